@@ -1,0 +1,12 @@
+// How the serial families enter programming mode.
+#pragma once
+
+#include "usb/run.h"
+
+namespace fliglaf {
+
+/// Family 1: reset pulses and the programming enable, at most 25 times, until the device answers.
+/// A device that never answers is left to the operation to find.
+void enterIspFam1(Run& run);
+
+}  // namespace fliglaf

@@ -1,0 +1,67 @@
+#include "host/cls_mpu.h"
+
+#include <exception>
+#include <limits>
+
+#include "host/factory_settings.h"
+#include "host/memory_map.h"
+
+namespace fliglaf {
+namespace {
+
+constexpr std::int16_t kTrue = -1;
+constexpr std::uint8_t kMapNumberBits = 0x7F;
+
+/// The host's boundary: a method that fails ends quietly.
+template <class Body>
+void Quietly(const Body& body) noexcept {
+  try {
+    body();
+  } catch (const std::exception&) {  // NOLINT: the host is told by results and log only
+  }
+}
+
+}  // namespace
+
+clsMPU::clsMPU(Library& library) : library_(library), vars_(std::make_shared<SharedVariables>()) {}
+
+clsMPU::~clsMPU() { library_.Forget(this); }
+
+void clsMPU::runMpu4Prg(std::int16_t& usbenable) noexcept {
+  if (usbenable != kTrue) return;  // the parallel engine is not built yet
+  Quietly([this] { library_.RunUsbRequest(vars_); });
+}
+
+void clsMPU::mpu4warn(std::uint8_t& no) noexcept {
+  no &= kMapNumberBits;
+  Quietly([this, no] { ShowMemoryMap(*vars_, library_.desktop(), no); });
+}
+
+void clsMPU::editfigmpu40() noexcept {}  // the editors are not built yet
+
+void clsMPU::bufcommpu4(std::int16_t& num) noexcept {
+  Quietly([this, num] { library_.WhenIdle(this, [this, num] { OpenVariables(num); }); });
+}
+
+void clsMPU::freesharebuffermpu4() noexcept {
+  Quietly([this] { library_.WhenIdle(this, [this] { vars_->ReleaseDataBuffers(); }); });
+}
+
+void clsMPU::sinitmpu4() noexcept {
+  Quietly([this] { PresetConfiguration(*vars_); });
+}
+
+void clsMPU::OpenVariables(std::int16_t instance) {
+  const auto report = [this] {
+    library_.desktop().MsgBox(platform::box_style::kOkOnly, u"fliglaf",
+                              u"Unable to create memory mapped file");
+  };
+  vars_->OpenMainGroup(instance, report);
+  const std::int32_t length = vars_->quorinbuflength[0];
+  constexpr std::int32_t kLongestData =
+      std::numeric_limits<std::int32_t>::max() - kDataBufferMargin;
+  vars_->OpenDataBuffers(length > kLongestData ? length : length + kDataBufferMargin, report);
+  buflg = vars_->quorinbuflength[0];
+}
+
+}  // namespace fliglaf

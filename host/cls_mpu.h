@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+
+#include "host/library.h"
+#include "shared/shared_variables.h"
+
+namespace fliglaf {
+
+/// The library's one public object. Everything but its two data members passes through the shared
+/// variables. No method throws; a failed request is told by quorinprgresult(0) and the log.
+class clsMPU {
+ public:
+  explicit clsMPU(Library& library);
+  /// Releases the variables; those of a running request when it has ended.
+  ~clsMPU();
+  clsMPU(const clsMPU&) = delete;
+  clsMPU& operator=(const clsMPU&) = delete;
+
+  /// quorinbuflength(0) as bufcommpu4 found it.
+  std::int32_t buflg = 0;
+  /// Kept for the host: 0 or -1.
+  std::int16_t exitpower = 0;
+
+  /// Runs the request of the host: on the USB engine when `usbenable` is -1. Returns when the whole
+  /// request has run; at once when one is running already.
+  void runMpu4Prg(std::int16_t& usbenable) noexcept;
+
+  /// Clears bit 7 of `no`, then shows the memory map that belongs to it: 30 or 31, none for others.
+  void mpu4warn(std::uint8_t& no) noexcept;
+
+  /// Opens the configuration editor of the device family.
+  void editfigmpu40() noexcept;
+
+  /// Opens the shared variables of instance `num`, the data buffers included; opens them anew when
+  /// they are open. During a request: when it has ended.
+  void bufcommpu4(std::int16_t& num) noexcept;
+
+  /// Releases the data buffers. During a request: when it has ended.
+  void freesharebuffermpu4() noexcept;
+
+  /// Presets the configuration area of the data buffer with the factory values of the device.
+  void sinitmpu4() noexcept;
+
+ private:
+  void OpenVariables(std::int16_t instance);
+
+  Library& library_;
+  std::shared_ptr<SharedVariables> vars_;
+};
+
+}  // namespace fliglaf

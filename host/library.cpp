@@ -1,0 +1,34 @@
+#include "host/library.h"
+
+#include <utility>
+
+namespace fliglaf {
+
+void Library::RunUsbRequest(const std::shared_ptr<SharedVariables>& variables) {
+  if (running_) return;
+  running_ = true;
+  usb_window_ = std::make_unique<usbmpu4prg>(variables, programmer_, desktop_);
+  usb_window_->wmpu0();
+  usb_window_.reset();
+  running_ = false;
+  RunWaitingActions();
+}
+
+void Library::WhenIdle(const void* owner, std::function<void()> action) {
+  if (running_) {
+    waiting_.push_back({owner, std::move(action)});
+  } else {
+    action();
+  }
+}
+
+void Library::Forget(const void* owner) {
+  std::erase_if(waiting_, [owner](const Waiting& waiting) { return waiting.owner == owner; });
+}
+
+void Library::RunWaitingActions() {
+  const std::vector<Waiting> actions = std::exchange(waiting_, {});
+  for (const Waiting& waiting : actions) waiting.action();
+}
+
+}  // namespace fliglaf

@@ -1,0 +1,37 @@
+// The library's own string table: texts of the user interface by number. A number is the base of a
+// language block plus the number of a text in it.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace fliglaf::resources {
+
+/// Bases of the language blocks.
+inline constexpr std::int64_t kEnglish = 0;
+inline constexpr std::int64_t kEnglishSecondCopy = 15000;
+
+/// Texts of the user interface, by their number within a language block.
+namespace text {
+inline constexpr int kWarning = 1066;
+inline constexpr int kNote = 1095;
+inline constexpr int kDeviceAddress = 1149;
+inline constexpr int kDeviceData = 1150;
+inline constexpr int kBufferAddress = 1151;
+inline constexpr int kBufferData = 1152;
+inline constexpr int kStop = 1210;
+inline constexpr int kInformation = 1240;
+inline constexpr int kDeviceCodeError = 1278;
+inline constexpr int kDeviceAndBuffer = 1281;
+inline constexpr int kProgramMemory = 1282;
+inline constexpr int kIdLocations = 1283;
+inline constexpr int kDataMemory = 1284;
+inline constexpr int kConfigWord = 1285;
+inline constexpr int kVerify = 2002;
+inline constexpr int kBlankCheck = 2003;
+}  // namespace text
+
+/// The text with that number, UTF-16; empty when the table has none.
+[[nodiscard]] std::u16string_view FindText(std::int64_t number);
+
+}  // namespace fliglaf::resources

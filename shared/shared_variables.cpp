@@ -1,0 +1,39 @@
+#include "shared/shared_variables.h"
+
+#include <string>
+
+namespace fliglaf {
+namespace {
+
+constexpr std::size_t kDataBufferRows = 2;
+
+}  // namespace
+
+std::span<SharedVariable* const> SharedVariables::main_group() const {
+  return table().first(table_.size() - kDataBufferRows);
+}
+
+void SharedVariables::OpenMainGroup(std::int16_t instance,
+                                    const std::function<void()>& on_failure) {
+  const std::string suffix = std::to_string(instance);
+  for (SharedVariable* variable : main_group()) {
+    if (!variable->Open(suffix)) on_failure();
+  }
+}
+
+void SharedVariables::OpenDataBuffers(std::int32_t length,
+                                      const std::function<void()>& on_failure) {
+  if (!quorinibuffer.Open("", length, length)) on_failure();
+  if (!quorinibuffer66.Open("")) on_failure();
+}
+
+void SharedVariables::ReleaseMainGroup() {
+  for (SharedVariable* variable : main_group()) variable->Release();
+}
+
+void SharedVariables::ReleaseDataBuffers() {
+  quorinibuffer.Release();
+  quorinibuffer66.Release();
+}
+
+}  // namespace fliglaf

@@ -1,0 +1,85 @@
+#include "usb/dispatch.h"
+
+#include <algorithm>
+#include <array>
+
+#include "families/serial_isp.h"
+#include "usb/notes.h"
+#include "usb/operation.h"
+
+namespace fliglaf {
+namespace {
+
+using ReadPass = void (*)(Run&, std::int16_t mode);
+using Routine = void (*)(Run&);
+
+/// The routines of one family; null runs nothing.
+struct FamilyRoutines {
+  std::uint8_t family;
+  ReadPass read_pass;  ///< codes below 6
+  Routine program;     ///< code 6
+  Routine code8;
+  Routine code9;
+  Routine code10;
+  Routine code11;
+};
+
+template <std::uint8_t kSelector>
+void LockLevels(Run& run) {
+  ispWriteLockLevels(run, kSelector);
+}
+
+// clang-format off
+constexpr std::array kFamilies{
+  //             family read pass         program         8              9              10             11
+  FamilyRoutines{1,     ispFam1ReadPass, ispFam1Program, LockLevels<0>, LockLevels<1>, LockLevels<2>, ispFam1Op11},
+};
+// clang-format on
+
+Routine OneOff(const FamilyRoutines& routines, std::int16_t code) {
+  switch (code) {
+    case operation::kProgram:
+      return routines.program;
+    case 8:
+      return routines.code8;
+    case 9:
+      return routines.code9;
+    case 10:
+      return routines.code10;
+    case 11:
+      return routines.code11;
+    default:
+      return nullptr;
+  }
+}
+
+void RunRoutine(Run& run, std::uint8_t family, std::int16_t code) {
+  const auto found = std::ranges::find(kFamilies, family, &FamilyRoutines::family);
+  if (found == kFamilies.end()) return;
+  if (code < operation::kProgram) {
+    if (found->read_pass != nullptr) {
+      found->read_pass(run, static_cast<std::int16_t>(code - operation::kRead));
+    }
+  } else if (const Routine routine = OneOff(*found, code)) {
+    routine(run);
+  }
+}
+
+}  // namespace
+
+void RunOperation(Run& run, std::int16_t code) {
+  SharedVariables& vars = run.vars;
+  vars.quorinprgresult[0] = result::kSuccess;
+  run.RangeStart = vars.quorinwltbigendbuf[0];
+  run.RangeEnd = vars.quorinwltbigendbuf[1];
+  vars.quorinprgmode[1] = 0;
+  NoteStart(run, code);
+  vars.quorinprgmode[1] = 1;
+  vars.quorinprgmode[2] = 0;
+  run.desktop.DoEvents();
+  RunRoutine(run, vars.quorinprgmode[0], code);
+  if (code == operation::kCompare) NoteListing(run);
+  NoteResult(run, code);
+}
+
+}  // namespace fliglaf

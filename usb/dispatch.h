@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstdint>
+
+#include "usb/run.h"
+
+namespace fliglaf {
+
+/// Runs operation `code` for the device family quorinprgmode(0): result and progress reset, start
+/// line, the family's routine, result line. The outcome is quorinprgresult(0).
+void RunOperation(Run& run, std::int16_t code);
+
+}  // namespace fliglaf

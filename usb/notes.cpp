@@ -1,0 +1,132 @@
+#include "usb/notes.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+#include <string>
+
+#include "resources/string_table.h"
+
+namespace fliglaf {
+namespace {
+
+constexpr std::size_t kLongestLogKept = 500;  // UTF-16 units
+constexpr double kSecondsPerDay = 86'400;
+constexpr double kMarginStep = 0.05;
+
+/// Elements of quorinprgnote.
+namespace note {
+constexpr int kBeforeName = 0;
+constexpr int kAfterName = 1;
+constexpr int kSuccess = 2;
+constexpr int kFailure = 3;
+constexpr int kStopped = 4;
+constexpr int kListingHeader1 = 5;
+constexpr int kListingHeader2 = 6;
+constexpr int kReadBackFails = 12;
+}  // namespace note
+
+std::u16string Widen(std::string_view ascii) { return {ascii.begin(), ascii.end()}; }
+
+/// The host's fragments around a name, as they stand in captions and start lines.
+std::u16string Framed(const Run& run, std::u16string_view name) {
+  std::u16string text(run.vars.quorinprgnote[note::kBeforeName]);
+  text += name;
+  text += run.vars.quorinprgnote[note::kAfterName];
+  return text;
+}
+
+void Announce(Run& run, std::u16string_view name) {
+  const std::u16string caption = Framed(run, name);
+  run.Log(u">>" + caption + u"\n");
+  run.window.caption = caption;
+}
+
+/// Hundredths of a volt as volts, without trailing zeros: 550 gives "5.5".
+std::u16string Volts(std::int32_t hundredths) {
+  const std::int64_t magnitude = std::abs(std::int64_t{hundredths});
+  std::string text = (hundredths < 0 ? "-" : "") + std::to_string(magnitude / 100);
+  if (const auto fraction = magnitude % 100; fraction != 0) {
+    text += '.';
+    text += static_cast<char>('0' + fraction / 10);
+    if (fraction % 10 != 0) text += static_cast<char>('0' + fraction % 10);
+  }
+  return Widen(text);
+}
+
+/// The supply of a verify pass in units of 10 mV, halves to the even neighbour.
+std::int32_t MarginSupply(const Run& run, double sign) {
+  const double margin = sign * run.vars.quorinwlverifyvcc[0] * kMarginStep;
+  const double supply = std::nearbyint(run.vars.quorinbvcc[0] * (1 + margin));
+  // Kept to what times 10 still is a Long.
+  constexpr double kLargest = std::numeric_limits<std::int32_t>::max() / 10;
+  return static_cast<std::int32_t>(std::clamp(supply, -kLargest, kLargest));
+}
+
+}  // namespace
+
+void NoteStart(Run& run, std::int16_t code) {
+  if (run.vars.quorinMainRtstr[0].size() > kLongestLogKept) run.vars.quorinMainRtstr.Set(0, u"");
+  Announce(run, run.vars.quorinMainmnuPrg[code]);
+}
+
+void NoteResult(Run& run, std::int16_t code) {
+  const auto named = [&run, code](int ending) {
+    return u">>" + std::u16string(run.vars.quorinMainmnuPrg[code]) +
+           std::u16string(run.vars.quorinprgnote[ending]) + u"\n";
+  };
+  const auto whole_line = [&run](int line) {
+    return std::u16string(run.vars.quorinprgnote[line]) + u"\n";
+  };
+  switch (run.outcome()) {
+    case result::kSuccess:
+      return run.Log(named(note::kSuccess));
+    case result::kFailure:
+      return run.Log(named(note::kFailure));
+    case result::kStopped:
+      return run.Log(whole_line(note::kStopped));
+    case result::kReadBackFails:
+      return run.Log(whole_line(note::kReadBackFails));
+    default:
+      return;
+  }
+}
+
+void NoteListing(Run& run) {
+  std::u16string text(run.vars.quorinprgnote[note::kListingHeader1]);
+  text += u"\n";
+  text += run.vars.quorinprgnote[note::kListingHeader2];
+  text += u"\n";
+  text += run.vars.quorinMainRtstr[1];
+  run.vars.quorinMainRtstr.Set(0, text);
+  run.vars.quorinMainRtstr.Set(1, u"");
+}
+
+void prgnote1(Run& run, std::uint8_t pass) {
+  std::u16string supply;
+  if (pass == 1 || pass == 2) {
+    const std::int32_t v = MarginSupply(run, pass == 1 ? 1 : -1);
+    run.io.SetVcc(v * 10);
+    supply = u"(VCC:" + Volts(v) + u"V) ";
+  }
+  run.io.DelayMs(100);
+  run.vars.quorinprgmode[1] = 0;
+  Announce(run, run.Text(resources::text::kVerify) + supply);
+  run.desktop.DoEvents();
+}
+
+void NoteBlankCheck(Run& run) { Announce(run, run.Text(resources::text::kBlankCheck)); }
+
+void NoteElapsedTime(Run& run, double start) {
+  double elapsed = run.desktop.SecondsSinceMidnight() + run.ExtraMs / 1000.0 - start;
+  if (elapsed < 0) elapsed += kSecondsPerDay;  // the run went over midnight
+  const auto hundredths = std::llround(elapsed * 100);
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), ">> %lld.%02lldSec\n", hundredths / 100,
+                hundredths % 100);
+  run.Log(Widen(text.data()));
+}
+
+}  // namespace fliglaf
