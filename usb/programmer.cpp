@@ -15,6 +15,6 @@ std::string Describe(const std::string& operation, std::uint32_t hresult) {
 }  // namespace
 
 ComponentError::ComponentError(const std::string& operation, std::uint32_t hresult)
-    : std::runtime_error(Describe(operation, hresult)) {}
+    : std::runtime_error(Describe(operation, hresult)), hresult_(hresult) {}
 
 }  // namespace fliglaf

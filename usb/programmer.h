@@ -17,6 +17,12 @@ class ComponentError : public std::runtime_error {
   explicit ComponentError(const std::string& what) : std::runtime_error(what) {}
   /// The call of an IoHelper operation returned `hresult`, a negative HRESULT.
   ComponentError(const std::string& operation, std::uint32_t hresult);
+
+  /// What the call returned; 0 when there was no call to make.
+  [[nodiscard]] std::uint32_t hresult() const { return hresult_; }
+
+ private:
+  std::uint32_t hresult_ = 0;
 };
 
 /// Registers of the programmer that shift or capture on the target's lines.
