@@ -1,0 +1,63 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/portable/time_source.h"
+#include "simulator/chip.h"
+#include "simulator/clock.h"
+#include "simulator/simulated_programmer.h"
+#include "simulator/socket.h"
+
+namespace fliglaf::simulator {
+
+/// The part that goes into the socket.
+struct ChipDescription {
+  std::uint8_t family = 0;  ///< 1 to 16
+  std::uint32_t flash_bytes = 0;
+  std::array<std::uint8_t, 3> signature{};
+  SupplyPins supply;
+  std::int64_t byte_write_us = 0;
+  std::int64_t erase_ms = 0;
+  std::int64_t lock_write_ms = 0;
+};
+
+/// What is to go wrong.
+struct Faults {
+  SimulatedProgrammer::Defects programmer = {};
+  bool no_chip = false;
+  std::optional<StuckBit> stuck_bit = std::nullopt;
+};
+
+/// A simulated bench: a programmer on USB, a socket, a chip in it, and the time that all of them
+/// share.
+class Bench : public platform::TimeSource {
+ public:
+  /// True when there is a chip model for the family.
+  [[nodiscard]] static bool Supports(std::uint8_t family);
+
+  /// Throws std::invalid_argument for a family without a chip model. `instance`: see
+  /// SimulatedProgrammer. In real time every call takes as long as it would on the bench.
+  Bench(const ChipDescription& description, std::int16_t instance, const Faults& faults,
+        bool real_time = false);
+
+  [[nodiscard]] SimulatedProgrammer& programmer() { return programmer_; }
+  [[nodiscard]] Chip& chip() { return *chip_; }
+
+  [[nodiscard]] std::int64_t Now() const override { return clock_.now(); }
+  [[nodiscard]] std::optional<std::int64_t> NextEvent() const override {
+    return programmer_.NextEvent();
+  }
+  void WaitUntil(std::int64_t time) override;
+
+ private:
+  Clock clock_;
+  std::unique_ptr<Chip> chip_;
+  Socket socket_;
+  SimulatedProgrammer programmer_;
+};
+
+}  // namespace fliglaf::simulator

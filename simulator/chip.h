@@ -1,0 +1,54 @@
+// A chip in the socket, as the programmer's lines meet it.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "simulator/lines.h"
+
+namespace fliglaf::simulator {
+
+/// A part of what a chip keeps without power.
+struct MemoryArea {
+  std::string name;
+  std::span<std::uint8_t> bytes;
+  std::uint8_t erased;  ///< value of a byte of a new chip
+};
+
+/// A memory cell that always reads the same.
+struct StuckBit {
+  std::uint32_t address = 0;
+  int bit = 0;  ///< 0 to 7
+  bool value = false;
+};
+
+/// One class a chip, with its own state. A chip sees lines, supply and time, and nothing of the
+/// algorithm.
+class Chip {
+ public:
+  Chip() = default;
+  virtual ~Chip() = default;
+  Chip(const Chip&) = delete;
+  Chip& operator=(const Chip&) = delete;
+
+  /// The supply has come or gone. A write in progress completes all the same.
+  virtual void Power(bool on) = 0;
+  /// The lines have changed: `levels` as the programmer drives them, 0 where it does not.
+  virtual void Observe(Lines levels) = 0;
+  /// The lines that the chip drives, and their levels.
+  [[nodiscard]] Lines driven() const { return driven_; }
+  [[nodiscard]] Lines levels() const { return levels_; }
+
+  /// What it keeps without power, in the order in which it is saved.
+  [[nodiscard]] virtual std::vector<MemoryArea> Memory() = 0;
+  /// Breaks a cell of the main memory; the address counts from 0.
+  virtual void Break(const StuckBit& stuck) = 0;
+
+ protected:
+  Lines driven_ = 0;
+  Lines levels_ = 0;
+};
+
+}  // namespace fliglaf::simulator

@@ -1,0 +1,11 @@
+#include "simulator/clock.h"
+
+#include <thread>
+
+namespace fliglaf::simulator {
+
+void Clock::CatchUp() const {
+  if (real_time_) std::this_thread::sleep_until(started_ + std::chrono::nanoseconds(now_));
+}
+
+}  // namespace fliglaf::simulator

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "simulator/chip.h"
+
+namespace fliglaf::simulator {
+
+/// Flash or EEPROM cells: programming takes bits from 1 to 0, erasing makes all of them 1.
+/// Addresses beyond the array wrap around, as a decoder with fewer address lines has it.
+class FlashArray {
+ public:
+  static constexpr std::uint8_t kErased = 0xFF;
+
+  /// `size` in bytes, above 0.
+  explicit FlashArray(std::size_t size) : cells_(size, kErased) {}
+
+  [[nodiscard]] std::uint8_t Read(std::uint32_t address) const {
+    const std::size_t index = address % cells_.size();
+    std::uint8_t byte = cells_[index];
+    for (const StuckBit& stuck : stuck_) {
+      if (stuck.address % cells_.size() != index) continue;
+      const auto mask = static_cast<std::uint8_t>(1U << stuck.bit);
+      byte = static_cast<std::uint8_t>(stuck.value ? byte | mask : byte & ~mask);
+    }
+    return byte;
+  }
+  void Program(std::uint32_t address, std::uint8_t byte) {
+    cells_[address % cells_.size()] &= byte;
+  }
+  void Erase() { std::ranges::fill(cells_, kErased); }
+  void Break(const StuckBit& stuck) { stuck_.push_back(stuck); }
+
+  [[nodiscard]] std::span<std::uint8_t> cells() { return cells_; }
+
+ private:
+  std::vector<std::uint8_t> cells_;
+  std::vector<StuckBit> stuck_;
+};
+
+}  // namespace fliglaf::simulator

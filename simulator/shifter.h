@@ -1,0 +1,50 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "simulator/clock.h"
+#include "simulator/wires.h"
+
+namespace fliglaf::simulator {
+
+/// How the shifter drives its lines: bytes 4 to 15 of the command buffer.
+struct ShifterBytes {
+  std::uint8_t line_register;  ///< 4
+  std::uint8_t byte5;
+  std::uint8_t clock;     ///< 6
+  std::uint8_t fixed;     ///< 7: bits that are high all the while
+  std::uint8_t data_in;   ///< 8: from the chip
+  std::uint8_t data_out;  ///< 9: to the chip
+  std::uint8_t byte10;
+  std::uint8_t low_bits;  ///< 11: bits of a group that goes out bit 0 first
+  std::uint8_t byte12;
+  std::uint8_t line_register2;
+  std::uint8_t fixed2;
+  std::uint8_t mode_select;  ///< 15
+};
+static_assert(sizeof(ShifterBytes) == 12);
+
+/// The programmer's shifter: clocks bytes over the lines at 1 MHz.
+class Shifter {
+ public:
+  static constexpr std::int64_t kHalfBit = 500;  ///< ns
+
+  Shifter(Clock& clock, Wires& wires) : clock_(clock), wires_(wires) {}
+
+  /// One byte out, bit 7 first.
+  void OutHighFirst(const ShifterBytes& bytes, std::uint8_t value);
+  /// A group of bits out, bit 0 first: 6 or 8 of them.
+  void OutLowFirst(const ShifterBytes& bytes, std::uint8_t value);
+  /// One byte in, bit 7 first, with the data output low.
+  [[nodiscard]] std::uint8_t In(const ShifterBytes& bytes);
+
+ private:
+  bool ClockBit(const ShifterBytes& bytes, bool data);
+  void Rest(const ShifterBytes& bytes);
+
+  Clock& clock_;
+  Wires& wires_;
+};
+
+}  // namespace fliglaf::simulator

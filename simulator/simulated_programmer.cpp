@@ -1,0 +1,243 @@
+#include "simulator/simulated_programmer.h"
+
+#include <algorithm>
+#include <bit>
+
+#include "simulator/judge.h"
+#include "simulator/usb_timing.h"
+
+namespace fliglaf::simulator {
+namespace {
+
+constexpr std::uint8_t kFirstSetupRegister = 0x36;
+constexpr std::uint8_t kLastSetupRegister = 0x3E;
+/// Where the shifter configuration begins in the command buffer.
+constexpr std::int64_t kFirstShifterByte = 4;
+
+constexpr std::uint8_t kCapturePacket = 0x0A;
+
+constexpr std::uint32_t kInvalidArgument = 0x80070057;
+
+/// A call that sends one packet is over with the frame that carries it; one that waits for an
+/// answer takes a second frame.
+constexpr std::int64_t kCommand = usb::kFrame;
+constexpr std::int64_t kQuestion = 2 * usb::kFrame;
+
+}  // namespace
+
+SimulatedProgrammer::SimulatedProgrammer(Clock& clock, Socket& socket, std::int16_t instance,
+                                         const Defects& defects)
+    : clock_(clock),
+      socket_(socket),
+      wires_(socket),
+      shifter_(clock, wires_),
+      instance_(instance),
+      defects_(defects) {
+  pipe_.SetFault(defects.usb);
+}
+
+void SimulatedProgrammer::Spend(std::int64_t nanoseconds) {
+  clock_.Advance(nanoseconds);
+  clock_.CatchUp();
+  Poll();
+}
+
+// Supplies, pins, signals
+
+std::int32_t SimulatedProgrammer::OpenProgrammer() {
+  Spend(kQuestion);
+  if (defects_.not_found) return kNoProgrammer;
+  OpenBlocks();
+  register_setup_.reset();
+  // The port lines of a programmer on USB come up high.
+  wires_.Preset(true);
+  return 0;
+}
+
+/// The blocks are held for a run only: their host may make them anew, of another size, after it.
+void SimulatedProgrammer::OpenBlocks() {
+  const auto none = [] {};
+  vars_.OpenMainGroup(instance_, none);
+  vars_.OpenDataBuffers(vars_.quorinbuflength[0] + kDataBufferMargin, none);
+}
+
+void SimulatedProgrammer::CloseBlocks() {
+  pipe_.Clear();
+  vars_.ReleaseMainGroup();
+  vars_.ReleaseDataBuffers();
+}
+
+void SimulatedProgrammer::EndRun() {
+  Spend(kCommand);
+  socket_.AllOff();
+  queue_.clear();
+  CloseBlocks();
+}
+
+std::int32_t SimulatedProgrammer::SetFigMode(std::uint8_t /*mode*/) {
+  Spend(kQuestion);
+  if (!defects_.adapter_missing) return 0;
+  CloseBlocks();
+  return kAdapterAbort;
+}
+
+std::int32_t SimulatedProgrammer::SetVcc(std::int32_t millivolts) {
+  Spend(kQuestion);
+  socket_.SetSupply(defects_.supply_fails ? 0 : millivolts);
+  return defects_.supply_fails ? kSupplyFailed : 0;
+}
+
+std::int32_t SimulatedProgrammer::SetVpp(std::int32_t /*millivolts*/, std::uint8_t /*channel*/) {
+  Spend(kQuestion);
+  return 0;
+}
+
+void SimulatedProgrammer::SetGndPin(std::uint8_t pin, std::uint8_t state) {
+  Spend(kCommand);
+  socket_.SetGndPin(pin, state != 0);
+}
+
+void SimulatedProgrammer::SetVccPin(std::uint8_t pin, std::uint8_t state) {
+  Spend(kCommand);
+  socket_.SetVccPin(pin, state != 0);
+}
+
+void SimulatedProgrammer::SetVppPin(std::uint8_t /*pin*/, std::uint8_t /*state*/) {
+  Spend(kCommand);
+}
+
+std::int32_t SimulatedProgrammer::SetOutputs(std::int32_t /*value*/) {
+  Spend(kCommand);
+  return 0;
+}
+
+void SimulatedProgrammer::SignalPass(std::int32_t /*value*/) { Spend(kCommand); }
+void SimulatedProgrammer::SignalFail(std::int32_t /*value*/) { Spend(kCommand); }
+void SimulatedProgrammer::ReportStartupFailure() { Spend(kCommand); }
+void SimulatedProgrammer::ResetInterface() { Spend(kCommand); }
+
+std::int32_t SimulatedProgrammer::EndProgramming(std::int32_t /*page*/, std::int32_t /*zero*/,
+                                                 std::int32_t /*data*/, std::int32_t /*address*/) {
+  Spend(kCommand);
+  return 0;
+}
+
+// Registers, latches, delays
+
+std::int32_t SimulatedProgrammer::WriteRegister(std::int32_t value, std::uint8_t register_number) {
+  const auto captured = Execute(static_cast<std::uint8_t>(value), register_number);
+  if (captured) captured_ = *captured;
+  Spend(kCommand);
+  return 0;
+}
+
+std::int32_t SimulatedProgrammer::ReadRegister(std::uint8_t register_number) {
+  Spend(kQuestion);
+  return register_number == reg::kCaptured ? captured_ : 0;
+}
+
+std::int32_t SimulatedProgrammer::WriteLatch(std::int32_t value, std::uint8_t latch) {
+  wires_.Write(latch, static_cast<std::uint8_t>(value));
+  Spend(kCommand);
+  return 0;
+}
+
+std::int32_t SimulatedProgrammer::DelayMs(std::int32_t milliseconds) {
+  Spend(milliseconds * Clock::kMillisecond);
+  return 0;
+}
+
+std::int32_t SimulatedProgrammer::ShortDelay(std::int32_t microseconds) {
+  Spend(microseconds * Clock::kMicrosecond);
+  return 0;
+}
+
+std::int32_t SimulatedProgrammer::QueueRegisterWrite(std::int32_t value,
+                                                     std::uint8_t register_number) {
+  queue_.push_back({value, register_number});
+  return 0;
+}
+
+std::int32_t SimulatedProgrammer::QueueDelay(std::int32_t microseconds) {
+  queue_.push_back({microseconds, QueueEntry::kDelay});
+  return 0;
+}
+
+/// The entries are carried out as they come over the wire: each when it has arrived and the one
+/// before it is done.
+std::int32_t SimulatedProgrammer::FlushQueue() {
+  std::int64_t arrival = clock_.now() + usb::kFrame;
+  for (const QueueEntry& entry : queue_) {
+    arrival += usb::kQueueEntryBytes * usb::kPacket / static_cast<int>(usb::kPacketBytes);
+    clock_.AdvanceTo(arrival);
+    if (entry.register_number == QueueEntry::kDelay) {
+      clock_.Advance(entry.value * Clock::kMicrosecond);
+      continue;
+    }
+    const auto captured = Execute(static_cast<std::uint8_t>(entry.value),
+                                  static_cast<std::uint8_t>(entry.register_number));
+    if (captured) pipe_.Capture(*captured);
+  }
+  queue_.clear();
+  Spend(0);
+  return 0;
+}
+
+/// Carries out a register write; the result is the byte that it captured, if it did.
+std::optional<std::uint8_t> SimulatedProgrammer::Execute(std::uint8_t value,
+                                                         std::uint8_t register_number) {
+  switch (register_number) {
+    case reg::kShiftOut:
+      shifter_.OutHighFirst(shifter_bytes(), value);
+      return std::nullopt;
+    case reg::kCapture:
+      return shifter_.In(shifter_bytes());
+    case reg::kShiftLow:
+      shifter_.OutLowFirst(shifter_bytes(), value);
+      return std::nullopt;
+    default:
+      break;
+  }
+  if (register_number >= kFirstSetupRegister && register_number <= kLastSetupRegister) {
+    if (!register_setup_) register_setup_.emplace();
+    (*register_setup_)[register_number - kFirstSetupRegister] = value;
+  } else {
+    wires_.Write(register_number, value);
+  }
+  return std::nullopt;
+}
+
+ShifterBytes SimulatedProgrammer::shifter_bytes() const {
+  if (register_setup_) return std::bit_cast<ShifterBytes>(*register_setup_);
+  std::array<std::uint8_t, sizeof(ShifterBytes)> bytes{};
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    bytes[i] = vars_.quorinubuf1[kFirstShifterByte + static_cast<std::int64_t>(i)];
+  }
+  return std::bit_cast<ShifterBytes>(bytes);
+}
+
+// Packets, captures, judgement
+
+void SimulatedProgrammer::usbcomwrite(std::span<const std::uint8_t> packet) {
+  Spend(kCommand);
+  if (!packet.empty() && packet[0] == kCapturePacket) pipe_.Arm();
+}
+
+void SimulatedProgrammer::usbbulkread(std::span<std::uint8_t> destination, std::uint8_t& status) {
+  pipe_.Start(clock_.now(), destination, status);
+}
+
+std::int32_t SimulatedProgrammer::BlockTransfer(std::int32_t data, std::int32_t address,
+                                                std::int32_t check_mode) {
+  try {
+    return Judge(vars_, data, address, check_mode);
+  } catch (const RangeError&) {
+    throw ComponentError("BlockTransfer", kInvalidArgument);
+  }
+}
+
+std::u16string SimulatedProgrammer::datstr(std::int32_t value, std::int32_t digits) {
+  return Hexadecimal(value, digits);
+}
+
+}  // namespace fliglaf::simulator

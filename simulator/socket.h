@@ -1,0 +1,52 @@
+#pragma once
+
+#include <array>
+#include <bitset>
+#include <cstdint>
+#include <vector>
+
+#include "simulator/chip.h"
+
+namespace fliglaf::simulator {
+
+/// Which socket pins supply the chip, and the supply it is made for in mV.
+struct SupplyPins {
+  std::vector<std::uint8_t> vcc;
+  std::vector<std::uint8_t> gnd;
+  std::int32_t nominal_millivolts = 5000;
+};
+
+/// The socket: supply and ground pins, and the chip in it, if any. The chip runs while all its
+/// supply pins are on and the supply is within 20 % of what it is made for.
+class Socket {
+ public:
+  /// `chip` may be null: an empty socket.
+  Socket(Chip* chip, SupplyPins pins) : chip_(chip), pins_(std::move(pins)) {}
+
+  void SetSupply(std::int32_t millivolts);
+  void SetVccPin(std::uint8_t pin, bool on);
+  void SetGndPin(std::uint8_t pin, bool on);
+  void AllOff();
+
+  void Observe(Lines levels) {
+    if (chip_ != nullptr) chip_->Observe(levels);
+  }
+  /// The level of `line` as the chip drives it; low where it drives nothing.
+  [[nodiscard]] bool Level(Lines line) const {
+    return powered_ && (chip_->driven() & chip_->levels() & line) != 0;
+  }
+
+ private:
+  using PinSet = std::bitset<256>;
+
+  void Update();
+
+  Chip* chip_;
+  SupplyPins pins_;
+  PinSet vcc_on_;
+  PinSet gnd_on_;
+  std::int32_t supply_ = 0;
+  bool powered_ = false;
+};
+
+}  // namespace fliglaf::simulator

@@ -1,0 +1,159 @@
+// Family 1 end to end: host object, USB engine, programmer on lines, chip.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/test_host.h"
+
+namespace fliglaf {
+namespace {
+
+using test::RandomBytes;
+using test::Tap;
+using test::TestHost;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr std::uint8_t kRead = 2, kVerify = 3, kBlank = 4, kCompare = 5, kProgram = 6;
+constexpr std::uint8_t kLock1 = 8, kLock2 = 9, kLock3 = 10, kErase = 11;
+
+class IspFam1 : public testing::TestWithParam<int> {};
+INSTANTIATE_TEST_SUITE_P(Sizes, IspFam1, testing::Values(4096, 8192));
+
+TEST_P(IspFam1, RandomImageSurvivesProgramReadAndCompare) {
+  TestHost host(GetParam());
+  const auto image = RandomBytes(static_cast<std::size_t>(GetParam()), 1);
+  host.SetImage(image);
+  ASSERT_EQ(host.Run({kErase, kProgram}), 0) << host.log();
+  EXPECT_EQ(host.flash(), image);
+  EXPECT_THAT(host.log(), StartsWith(">><op11>\n>><Blank Check>\n>>op11 ok\n>><op6>\n>><Verify>\n"
+                                     ">>op6 ok\n>> "));
+
+  host.SetImage(std::vector<std::uint8_t>(image.size(), 0x55));
+  ASSERT_EQ(host.Run(kRead), 0);
+  EXPECT_EQ(host.image(), image);
+
+  host.vars.quorinibuffer[0x1A7] = static_cast<std::uint8_t>(image[0x1A7] ^ 0xFF);
+  EXPECT_EQ(host.Run(kCompare), 0) << "a compare lists, it does not fail";
+  EXPECT_THAT(host.log(), StartsWith("h1\nh2\n>> 000001A7H  "));
+  EXPECT_THAT(host.log(), HasSubstr("H        000001A7H  "));
+  EXPECT_EQ(host.vars.quorinMainRtstr[1], u"");
+  EXPECT_EQ(host.tap.Count("EndRun"), 4U) << "program ends the run once more before its verify";
+}
+
+TEST(IspFam1Checks, NameTheFirstByteThatIsWrong) {
+  TestHost host(4096, {.stuck_bit = simulator::StuckBit{0x203, 4, true}});
+  host.SetImage(std::vector<std::uint8_t>(4096, 0x00));
+  EXPECT_EQ(host.Run({kErase, kProgram}), 1);
+  EXPECT_THAT(host.log(), HasSubstr(">>Device Address:00000203H  Device Data:10H  Buffer "
+                                    "Address:00000203H  Buffer Data:00H\n>>op6 failed\n"));
+  EXPECT_EQ(host.tap.Count("SignalFail"), 1U);
+
+  EXPECT_EQ(host.Run(kBlank), 1);
+  EXPECT_THAT(host.log(), HasSubstr(">>Device Address:00000000H  Device Data:00H\n>>op4 failed\n"));
+}
+
+TEST(IspFam1Checks, VerifyAtBothSuppliesStopsAtTheFirstFailure) {
+  TestHost host;
+  host.vars.quorinwlverifyvcc[0] = 2;
+  host.SetImage(RandomBytes(4096, 2));
+  EXPECT_EQ(host.Run({kErase, kProgram}), 0) << host.log();
+  EXPECT_THAT(host.log(), HasSubstr(">><Verify(VCC:5.5V) >\n>><Verify(VCC:4.5V) >\n>>op6 ok\n"));
+
+  host.vars.quorinwlverifyvcc[0] = 5;  // 25 % up: more than the part is made for
+  EXPECT_EQ(host.Run({kErase, kProgram}), 1);
+  EXPECT_THAT(host.log(), HasSubstr("(VCC:6.25V)"));
+  EXPECT_THAT(host.log(), testing::Not(HasSubstr("(VCC:3.75V)")));
+}
+
+TEST(IspFam1Lock, LevelsForbidWhatTheyShouldAndEraseLiftsThem) {
+  TestHost host;
+  const auto image = RandomBytes(4096, 3);
+  host.SetImage(image);
+  ASSERT_EQ(host.Run({kErase, kProgram, kLock1, kVerify}), 0) << "level 1 lets reading through";
+  host.SetImage(std::vector<std::uint8_t>(4096, 0x00));
+  EXPECT_EQ(host.Run(kProgram), 1);
+  EXPECT_EQ(host.flash(), image) << "level 1 forbids programming";
+
+  host.SetImage(image);
+  ASSERT_EQ(host.Run(kLock2), 0);
+  EXPECT_EQ(host.Run(kVerify), 1) << "level 2 forbids reading";
+  ASSERT_EQ(host.Run({kErase, kProgram, kVerify}), 0) << "a chip erase lifts the lock";
+  ASSERT_EQ(host.Run(kLock3), 0);
+  EXPECT_EQ(host.bench.chip().Memory()[1].bytes[0], 3) << "op 10 writes levels 1, 2 and 3";
+}
+
+TEST(IspFam1Stop, EndsProgrammingWithoutVerify) {
+  TestHost host;
+  host.SetImage(RandomBytes(4096, 4));
+  int turns = 0;
+  host.desktop.on_turn = [&] {
+    if (++turns == 4) host.vars.quorinprgresult[0] = 2;  // after the third page
+  };
+  EXPECT_EQ(host.Run(kProgram), 2);
+  EXPECT_THAT(host.log(), StartsWith(">><op6>\nstopped\n>> "));
+  EXPECT_EQ(host.tap.Count("SignalFail"), 1U);
+  EXPECT_EQ(host.tap.Count("usbbulkread"), 0U);
+  EXPECT_EQ(host.tap.calls.back().operation, "EndRun");
+  EXPECT_EQ(host.vars.quorinprgmode[1], 18) << "100 x 752 div 4096, byte 240 of the third page";
+}
+
+TEST(IspFam1Transfers, ThatNeverAnswerAreGivenUpAfterTenCaptures) {
+  TestHost host(4096, {.programmer = {.usb = simulator::CapturePipe::Fault::kNeverAnswers}});
+  EXPECT_EQ(host.Run(kRead), 3);
+  EXPECT_EQ(host.tap.Count("usbbulkread"), 10U);
+  EXPECT_THAT(host.log(), StartsWith(">><op2>\nread-back fails\n>> 5"));  // ten times 5 s
+  EXPECT_EQ(host.tap.calls.back().operation, "EndRun");
+}
+
+TEST(IspFam1Range, PartialBlocksAndOddEndsAreHandedOverToTheLastByte) {
+  TestHost host(8192);
+  const auto image = RandomBytes(8192, 5);
+  host.SetImage(image);
+  ASSERT_EQ(host.Run({kErase, kProgram}), 0);
+  host.vars.quorinwltbigendbuf[1] = 0x210;
+  host.SetImage(std::vector<std::uint8_t>(8192, 0x00));
+  host.tap.calls.clear();
+  ASSERT_EQ(host.Run(kRead), 0);
+  EXPECT_EQ(host.tap.Count("BlockTransfer"), 0x211U);
+  EXPECT_EQ(host.vars.quorinibuffer[0x210], image[0x210]);
+  EXPECT_EQ(host.vars.quorinibuffer[0x211], 0);
+
+  host.vars.quorinwltbigendbuf[1] = -1;
+  host.tap.calls.clear();
+  EXPECT_EQ(host.Run(kRead), 0);
+  EXPECT_EQ(host.tap.Count("usbbulkread"), 0U);
+
+  host.vars.quorintlength[0] = 8192 + 512;  // pages beyond the data buffer
+  EXPECT_EQ(host.Run(kProgram), 1);
+  EXPECT_THAT(host.log(), EndsWith(">>Index out of range\n"));
+  EXPECT_EQ(host.tap.calls.back().operation, "EndRun");
+}
+
+TEST(IspFam1Signature, MatchIsNotedAndMismatchAsks) {
+  TestHost host;
+  host.vars.quorinchipidtestmode[0] = -1;
+  host.vars.quorincompid[0] = 0x1E;
+  host.vars.quorintypeid[0] = 0x51;
+  EXPECT_EQ(host.Run(kBlank), 0);
+  EXPECT_THAT(host.log(), StartsWith(">>M1E   D5106\n>><op4>"));
+
+  host.vars.quorintypeid[0] = 0x52;
+  std::vector<int> answers{4, 3};  // Retry, then Abort
+  host.desktop.on_box = [&](int style, std::u16string_view title, std::u16string_view prompt) {
+    EXPECT_EQ(style, 50);
+    EXPECT_EQ(title, u"Warning! Device Code Error!");
+    EXPECT_EQ(prompt, u"M1E   D5106");
+    const int answer = answers.front();
+    answers.erase(answers.begin());
+    return answer;
+  };
+  host.tap.calls.clear();
+  host.Run(kBlank);
+  EXPECT_TRUE(answers.empty());
+  EXPECT_EQ(host.tap.Count("EndRun"), 2U) << "in the check and in the driver";
+  EXPECT_EQ(host.tap.Count("SignalFail") + host.tap.Count("SignalPass"), 0U);
+}
+
+}  // namespace
+}  // namespace fliglaf

@@ -1,0 +1,163 @@
+// A host for tests: its own view of the shared blocks, one object, and a simulated bench with a
+// family 1 chip in the socket.
+#pragma once
+
+#include <functional>
+#include <initializer_list>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "host/cls_mpu.h"
+#include "platform/portable/portable_desktop.h"
+#include "simulator/bench.h"
+#include "usb/forwarding_programmer.h"
+
+namespace fliglaf::test {
+
+inline std::string Narrow(std::u16string_view text) { return {text.begin(), text.end()}; }
+
+inline std::vector<std::uint8_t> RandomBytes(std::size_t count, unsigned seed) {
+  std::mt19937 random(seed);
+  std::vector<std::uint8_t> bytes(count);
+  for (std::uint8_t& byte : bytes) byte = static_cast<std::uint8_t>(random());
+  return bytes;
+}
+
+/// Sits between the library and the bench. `before` sees every call and keeps it from going on by
+/// returning false; `calls` counts by name.
+class Tap : public ForwardingProgrammer {
+ public:
+  using ForwardingProgrammer::ForwardingProgrammer;
+
+  struct Call {
+    std::string_view operation;
+    std::int32_t value = 0;
+    std::int32_t target = 0;  ///< register, latch, state; 0 where there is none
+  };
+  std::function<bool(const Call&)> before;
+  std::vector<Call> calls;
+
+  [[nodiscard]] std::size_t Count(std::string_view operation) const {
+    std::size_t count = 0;
+    for (const Call& call : calls) count += call.operation == operation ? 1 : 0;
+    return count;
+  }
+
+  std::int32_t WriteRegister(std::int32_t value, std::uint8_t number) override {
+    return Pass({"WriteRegister", value, number}) ? next().WriteRegister(value, number) : 0;
+  }
+  std::int32_t WriteLatch(std::int32_t value, std::uint8_t latch) override {
+    return Pass({"WriteLatch", value, latch}) ? next().WriteLatch(value, latch) : 0;
+  }
+  std::int32_t QueueDelay(std::int32_t microseconds) override {
+    return Pass({"QueueDelay", microseconds, 0}) ? next().QueueDelay(microseconds) : 0;
+  }
+  std::int32_t DelayMs(std::int32_t milliseconds) override {
+    return Pass({"DelayMs", milliseconds, 0}) ? next().DelayMs(milliseconds) : 0;
+  }
+
+ protected:
+  bool OnCall(std::string_view operation) override { return Pass({operation, 0, 0}); }
+
+ private:
+  bool Pass(const Call& call) {
+    calls.push_back(call);
+    return !before || before(call);
+  }
+};
+
+class TestHost {
+ public:
+  static constexpr std::int32_t kWriteTime = 42;
+
+  static simulator::ChipDescription Isp51(std::uint32_t flash_bytes) {
+    return {.family = 1,
+            .flash_bytes = flash_bytes,
+            .signature = {0x1E, 0x51, 0x06},
+            .supply = {.vcc = {40}, .gnd = {20}},
+            .byte_write_us = 405,
+            .erase_ms = 500,
+            .lock_write_ms = 60};
+  }
+
+  explicit TestHost(std::int32_t flash_bytes = 4096, const simulator::Faults& faults = {},
+                    std::int16_t instance = 7)
+      : bench(Isp51(static_cast<std::uint32_t>(flash_bytes)), instance, faults),
+        tap(bench.programmer()),
+        desktop(bench),
+        library(tap, desktop),
+        mpu(std::make_unique<clsMPU>(library)) {
+    vars.OpenMainGroup(instance, [] {});
+    vars.quorinbuflength[0] = flash_bytes;
+    vars.OpenDataBuffers(flash_bytes + kDataBufferMargin, [] {});
+    mpu->bufcommpu4(instance);
+
+    vars.quorinprgmode[0] = 1;
+    vars.quorintlength[0] = flash_bytes;
+    vars.quorinwltbigendbuf[1] = flash_bytes - 1;
+    vars.quorinpwte[0] = kWriteTime;
+    vars.quorinbvcc[0] = 500;
+    vars.quorinbvccpin[0] = 40;
+    vars.quorinbgndpin[0] = 20;
+    const char16_t* const notes[] = {u"<", u">", u" ok", u" failed", u"stopped", u"h1", u"h2",
+                                     u"prompt", u"title", u"M", u"D", u"", u"read-back fails"};
+    for (int i = 0; i < static_cast<int>(std::size(notes)); ++i) vars.quorinprgnote.Set(i, notes[i]);
+    for (int code = 0; code < vars.quorinMainmnuPrg.count(); ++code) {
+      const std::string name = "op" + std::to_string(code);
+      vars.quorinMainmnuPrg.Set(code, std::u16string(name.begin(), name.end()));
+    }
+  }
+
+  ~TestHost() {
+    mpu.reset();
+    for (SharedVariable* variable : vars.table()) {
+      auto* const strings = dynamic_cast<StringVariable*>(variable);
+      for (int i = 0; strings != nullptr && i < strings->count(); ++i) strings->Set(i, u"");
+    }
+  }
+
+  /// Runs one operation; the result is quorinprgresult(0).
+  int Run(std::uint8_t code) {
+    vars.quorinprgresult[1] = code;
+    return RunRequest();
+  }
+  /// Runs an automatic sequence.
+  int Run(std::initializer_list<std::uint8_t> codes) {
+    vars.quorinprgresult[1] = 0;
+    vars.quorinwautonum[0] = static_cast<std::uint8_t>(codes.size());
+    std::size_t step = 0;
+    for (const std::uint8_t code : codes) vars.quorinautoprg[step++] = code;
+    return RunRequest();
+  }
+
+  void SetImage(const std::vector<std::uint8_t>& bytes) {
+    std::ranges::copy(bytes, vars.quorinibuffer.Range(0, std::ssize(bytes)).begin());
+  }
+  [[nodiscard]] std::vector<std::uint8_t> image() {
+    const auto bytes = vars.quorinibuffer.Range(0, vars.quorintlength[0]);
+    return {bytes.begin(), bytes.end()};
+  }
+  [[nodiscard]] std::vector<std::uint8_t> flash() {
+    const auto bytes = bench.chip().Memory()[0].bytes;
+    return {bytes.begin(), bytes.end()};
+  }
+  [[nodiscard]] std::string log() const { return Narrow(vars.quorinMainRtstr[0]); }
+
+  simulator::Bench bench;
+  Tap tap;
+  platform::PortableDesktop desktop;
+  Library library;
+  SharedVariables vars;
+  std::unique_ptr<clsMPU> mpu;
+
+ private:
+  int RunRequest() {
+    std::int16_t usb = -1;
+    mpu->runMpu4Prg(usb);
+    return vars.quorinprgresult[0];
+  }
+};
+
+}  // namespace fliglaf::test
