@@ -47,7 +47,8 @@ void Announce(Run& run, std::u16string_view name) {
 /// Hundredths of a volt as volts, without trailing zeros: 550 gives "5.5".
 std::u16string Volts(std::int32_t hundredths) {
   const std::int64_t magnitude = std::abs(std::int64_t{hundredths});
-  std::string text = (hundredths < 0 ? "-" : "") + std::to_string(magnitude / 100);
+  std::string text = hundredths < 0 ? "-" : "";
+  text += std::to_string(magnitude / 100);
   if (const auto fraction = magnitude % 100; fraction != 0) {
     text += '.';
     text += static_cast<char>('0' + fraction / 10);

@@ -1,0 +1,108 @@
+#include "cli/fault_option.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <string_view>
+
+#include "cli/usage_error.h"
+
+namespace fliglaf::cli {
+namespace {
+
+using simulator::CapturePipe;
+
+/// Operations of the programmer, each of which can be made to fail.
+constexpr std::array<std::string_view, 25> kOperations{
+    "EndRun",         "SetVcc",         "SetVpp",         "SetGndPin",
+    "SetVccPin",      "SetVppPin",      "SetOutputs",     "SignalPass",
+    "SignalFail",     "OpenProgrammer", "WriteRegister",  "ReadRegister",
+    "WriteLatch",     "DelayMs",        "ShortDelay",     "QueueRegisterWrite",
+    "FlushQueue",     "QueueDelay",     "SetFigMode",     "ReportStartupFailure",
+    "EndProgramming", "BlockTransfer",  "ResetInterface", "usbcomwrite",
+    "usbbulkread"};
+
+[[noreturn]] void Fail(const std::string& fault, const std::string& reason) {
+  throw UsageError("--fault " + fault + ": " + reason);
+}
+
+/// A number in decimal or, after 0x, hexadecimal.
+std::optional<std::uint32_t> Number(std::string_view text) {
+  const int base = text.starts_with("0x") || text.starts_with("0X") ? 16 : 10;
+  if (base == 16) text.remove_prefix(2);
+  std::uint32_t value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, base);
+  if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
+  return value;
+}
+
+/// ADDRESS.BIT=VALUE
+simulator::StuckBit ParseStuckBit(const std::string& fault, std::string_view text,
+                                  std::uint32_t memory_bytes) {
+  const std::size_t dot = text.find('.');
+  const std::size_t equals = text.find('=');
+  if (dot == text.npos || equals == text.npos || equals < dot) {
+    Fail(fault, "expected stuck=ADDRESS.BIT=VALUE, as in stuck=0x1A7.3=0");
+  }
+  const auto address = Number(text.substr(0, dot));
+  const auto bit = Number(text.substr(dot + 1, equals - dot - 1));
+  const auto value = Number(text.substr(equals + 1));
+  if (!address || *address >= memory_bytes) {
+    Fail(fault, "the address is from 0 to " + std::to_string(memory_bytes - 1));
+  }
+  if (!bit || *bit > 7) Fail(fault, "the bit is from 0 to 7");
+  if (!value || *value > 1) Fail(fault, "the value is 0 or 1");
+  return {.address = *address, .bit = static_cast<int>(*bit), .value = *value == 1};
+}
+
+/// OPERATION[:NTH]
+FaultOptions::Call ParseCall(const std::string& fault, std::string_view text) {
+  const std::size_t colon = std::min(text.find(':'), text.size());
+  const std::string_view operation = text.substr(0, colon);
+  if (std::ranges::find(kOperations, operation) == kOperations.end()) {
+    Fail(fault, "the programmer has no operation \"" + std::string(operation) +
+                    "\"; one is WriteRegister, another SetVcc");
+  }
+  FaultOptions::Call call{.operation = std::string(operation)};
+  if (colon < text.size()) {
+    const auto nth = Number(text.substr(colon + 1));
+    if (!nth || *nth < 1) Fail(fault, "the call is numbered from 1");
+    call.nth = *nth;
+  }
+  return call;
+}
+
+}  // namespace
+
+FaultOptions ParseFaults(std::span<const std::string> faults, std::uint32_t memory_bytes) {
+  constexpr std::string_view kStuck = "stuck=";
+  constexpr std::string_view kCall = "call=";
+  FaultOptions options;
+  for (const std::string& fault : faults) {
+    const std::string_view text = fault;
+    if (text == "no-programmer") {
+      options.bench.programmer.not_found = true;
+    } else if (text == "no-adapter") {
+      options.bench.programmer.adapter_missing = true;
+    } else if (text == "no-chip") {
+      options.bench.no_chip = true;
+    } else if (text == "supply") {
+      options.bench.programmer.supply_fails = true;
+    } else if (text == "usb-timeout") {
+      options.bench.programmer.usb = CapturePipe::Fault::kNeverAnswers;
+    } else if (text == "usb-failure") {
+      options.bench.programmer.usb = CapturePipe::Fault::kFails;
+    } else if (text.starts_with(kStuck)) {
+      options.bench.stuck_bit = ParseStuckBit(fault, text.substr(kStuck.size()), memory_bytes);
+    } else if (text.starts_with(kCall)) {
+      options.failing_call = ParseCall(fault, text.substr(kCall.size()));
+    } else {
+      Fail(fault,
+           "expected no-programmer, no-adapter, no-chip, supply, usb-timeout, usb-failure, "
+           "stuck=ADDRESS.BIT=VALUE or call=OPERATION[:NTH]");
+    }
+  }
+  return options;
+}
+
+}  // namespace fliglaf::cli

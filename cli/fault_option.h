@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+
+#include "simulator/bench.h"
+
+namespace fliglaf::cli {
+
+/// What the --fault options ask for.
+struct FaultOptions {
+  struct Call {
+    std::string operation;
+    unsigned nth = 1;
+  };
+  simulator::Faults bench;
+  std::optional<Call> failing_call;
+};
+
+/// Throws UsageError for an unknown fault, an address outside `memory_bytes`, and an unknown
+/// operation.
+[[nodiscard]] FaultOptions ParseFaults(std::span<const std::string> faults,
+                                       std::uint32_t memory_bytes);
+
+}  // namespace fliglaf::cli

@@ -1,0 +1,119 @@
+#include "cli/host_session.h"
+
+#include <algorithm>
+
+#include "cli/utf8.h"
+#include "usb/operation.h"
+
+namespace fliglaf::cli {
+namespace {
+
+constexpr std::int16_t kTrue = -1;
+
+/// Values of quorinprgresult(1).
+constexpr std::uint8_t kRequestSequence = 0;
+
+}  // namespace
+
+HostSession::HostSession(std::int16_t instance, const DeviceProfile& device)
+    : instance_(instance), device_(device) {
+  const auto fail = [] { throw std::runtime_error("a shared memory block cannot be created"); };
+  vars_.OpenMainGroup(instance, fail);
+  vars_.quorinbuflength[0] = device.image_bytes;
+  vars_.OpenDataBuffers(device.image_bytes + kDataBufferMargin, fail);
+  std::ranges::fill(image(), device.erased);
+  DescribeDevice();
+  DescribeTexts();
+}
+
+/// The blocks go with their last owner, the texts in them only when somebody frees them.
+HostSession::~HostSession() {
+  for (SharedVariable* variable : vars_.table()) {
+    auto* const texts = dynamic_cast<StringVariable*>(variable);
+    for (int i = 0; texts != nullptr && i < texts->count(); ++i) texts->Set(i, u"");
+  }
+}
+
+std::int16_t HostSession::FreeInstance() { return clsMemMapped().findnum(); }
+
+std::span<std::uint8_t> HostSession::image() {
+  return vars_.quorinibuffer.Range(0, device_.image_bytes);
+}
+
+void HostSession::DescribeDevice() {
+  const auto set_pins = [](ByteVariable& variable, const std::vector<std::uint8_t>& pins) {
+    for (std::size_t i = 0; i < pins.size(); ++i) variable[i] = pins[i];
+  };
+  set_pins(vars_.quorinbvccpin, device_.vcc_pins);
+  set_pins(vars_.quorinbgndpin, device_.gnd_pins);
+  set_pins(vars_.quorinbvpppin, device_.vpp_pins);
+  vars_.quorinprgmode[0] = device_.family;
+  vars_.quorinwoption[0] = device_.option;
+  vars_.quorintlength[0] = device_.size;
+  vars_.quorinpagelength[0] = device_.page;
+  vars_.quorinbvcch[0] = device_.data_size;
+  vars_.quorinwltbigendbuf[0] = device_.range.first;
+  vars_.quorinwltbigendbuf[1] = device_.range.last;
+  vars_.quorinbuftype[0] = device_.erased == 0x00 ? 1 : 0;
+  vars_.quorinbvcc[0] = device_.supply;
+  vars_.quorinbvpp[0] = device_.programming_voltage;
+  vars_.quorinchippin[0] = device_.pin_count;
+  vars_.quorinfigmode[0] = device_.adapter;
+  vars_.quorinpwte[0] = device_.write_time;
+  vars_.quorinwretry[0] = device_.retries;
+}
+
+void HostSession::DescribeTexts() {
+  const auto set = [](StringVariable& variable, int index, std::string_view text) {
+    variable.Set(index, Widen(text));
+  };
+  StringVariable& notes = vars_.quorinprgnote;
+  set(notes, 0, kNameStart);
+  set(notes, 1, kNameEnd);
+  set(notes, 2, " ok");
+  set(notes, 3, " failed");
+  set(notes, 4, ">>Stopped");
+  set(notes, 5, ">>Differences");
+  set(notes, 6, ">>Device     Data     Buffer     Data");
+  set(notes, 7, "The device is not blank. Go on all the same?");
+  set(notes, 8, "Blank Check");
+  set(notes, 9, "Maker ");
+  set(notes, 10, "Device ");
+  set(notes, 12, ">>The data could not be read back from the programmer");
+
+  StringVariable& names = vars_.quorinMainmnuPrg;
+  set(names, operation::kRead, "Read");
+  set(names, operation::kVerify, "Verify");
+  set(names, operation::kBlankCheck, "Blank Check");
+  set(names, operation::kCompare, "Compare");
+  set(names, operation::kProgram, "Program");
+  const DeviceOperations& operations = device_.operations;
+  for (std::size_t level = 0; level < operations.lock.size(); ++level) {
+    set(names, operations.lock[level], "Lock " + std::to_string(level + 1));
+  }
+  if (operations.config) set(names, *operations.config, "Configuration");
+  if (operations.erase) set(names, *operations.erase, "Erase");
+}
+
+void HostSession::CheckSignature(const Signature& expected) {
+  vars_.quorinchipidtestmode[0] = kTrue;
+  vars_.quorincompid[0] = expected.maker;
+  vars_.quorintypeid[0] = expected.device;
+}
+
+void HostSession::Run(clsMPU& object, std::span<const std::uint8_t> codes) {
+  std::int16_t instance = instance_;
+  object.bufcommpu4(instance);
+  if (codes.size() == 1) {
+    vars_.quorinprgresult[1] = codes.front();
+  } else {
+    vars_.quorinprgresult[1] = kRequestSequence;
+    vars_.quorinwautonum[0] = static_cast<std::uint8_t>(codes.size());
+    std::ranges::copy(codes, vars_.quorinautoprg.Range(0, std::ssize(codes)).begin());
+  }
+  vars_.quorinprgresult[0] = 0;
+  std::int16_t on_usb = kTrue;
+  object.runMpu4Prg(on_usb);
+}
+
+}  // namespace fliglaf::cli

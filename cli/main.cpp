@@ -1,0 +1,58 @@
+// The command-line host.
+#include <exception>
+#include <iostream>
+
+#include <fmt/format.h>
+
+#include "cli/device_list.h"
+#include "cli/exit_status.h"
+#include "cli/operations.h"
+#include "cli/options.h"
+#include "cli/usage_error.h"
+#include "devices/device_catalogue.h"
+#include "images/whole_file.h"
+
+namespace fliglaf::cli {
+namespace {
+
+DeviceCatalogue LoadCatalogue(const Options& options) {
+  DeviceCatalogue catalogue = DeviceCatalogue::BuiltIn();
+  for (const auto& folder : options.device_folders) catalogue.AddFolder(folder);
+  return catalogue;
+}
+
+const DeviceProfile& FindDevice(const DeviceCatalogue& catalogue, const std::string& name) {
+  if (const DeviceProfile* device = catalogue.Find(name)) return *device;
+  const auto nearest = catalogue.NearestNames(name);
+  throw UsageError(fmt::format("{}: unknown device; {}", name,
+                               nearest.empty()
+                                   ? "\"fliglaf devices\" lists those that are known"
+                                   : fmt::format("did you mean {}?", fmt::join(nearest, ", "))));
+}
+
+ExitStatus Run(const Options& options) {
+  const DeviceCatalogue catalogue = LoadCatalogue(options);
+  if (options.command == Command::kDevices) {
+    PrintDevices(catalogue, options.json);
+    return ExitStatus::kSuccess;
+  }
+  return RunOperationCommand(options, FindDevice(catalogue, options.device));
+}
+
+ExitStatus Main(int argc, const char* const* argv) {
+  try {
+    const auto options = ParseOptions(argc, argv);
+    const ExitStatus status = options ? Run(*options) : ExitStatus::kSuccess;
+    if (std::cout.flush()) return status;
+    std::cerr << "fliglaf: standard output cannot be written\n";
+    return status == ExitStatus::kSuccess ? ExitStatus::kUsage : status;
+  } catch (const std::exception& error) {  // usage, image, profile errors
+    std::cerr << "fliglaf: " << error.what() << "\n";
+    return ExitStatus::kUsage;
+  }
+}
+
+}  // namespace
+}  // namespace fliglaf::cli
+
+int main(int argc, char** argv) { return static_cast<int>(fliglaf::cli::Main(argc, argv)); }

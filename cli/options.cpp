@@ -1,0 +1,211 @@
+#include "cli/options.h"
+
+#include <algorithm>
+#include <iostream>
+#include <map>
+#include <string_view>
+
+#include <CLI/CLI.hpp>
+
+#include "cli/usage_error.h"
+#include "devices/nearest_names.h"
+
+namespace fliglaf::cli {
+namespace {
+
+constexpr const char* kVersion = FLIGLAF_VERSION;
+
+/// Builds the commands and what each of them takes, straight into an Options.
+class Parser {
+ public:
+  Parser() {
+    app_.require_subcommand(1);
+    app_.set_version_flag("--version", std::string("fliglaf ") + kVersion);
+    app_.footer(
+        "Exit status: 0 success; 1 the device differs, or the operation failed on it; 2 wrong use\n"
+        "or a bad file; 3 the programmer could not be used; 130 stopped.\n"
+        "\"fliglaf COMMAND --help\" tells what a command takes.");
+    AddDevices();
+    AddProgram();
+    AddRead();
+    AddVerifyAndCompare();
+    AddBlankAndErase();
+    AddLock();
+  }
+
+  std::optional<Options> Parse(int argc, const char* const* argv) {
+    if (argc > 1) CheckCommand(argv[1]);
+    try {
+      app_.parse(argc, argv);
+    } catch (const CLI::Success& request) {  // help or version
+      app_.exit(request, std::cout, std::cout);
+      return std::nullopt;
+    } catch (const CLI::ParseError& error) {
+      throw UsageError(std::string(error.what()) + "\nRun with --help for what is right.");
+    }
+    return options_;
+  }
+
+ private:
+  /// An unknown command gets a better answer than that one is required.
+  void CheckCommand(std::string_view word) const {
+    if (word.starts_with("-")) return;
+    std::vector<std::string> names;
+    for (const CLI::App* sub : app_.get_subcommands({})) names.push_back(sub->get_name());
+    if (std::ranges::find(names, word) != names.end()) return;
+    const auto nearest =
+        NearestNames(word, std::vector<std::string_view>(names.begin(), names.end()));
+    throw UsageError("\"" + std::string(word) + "\" is no command" +
+                     (nearest.empty() ? "" : "; did you mean " + nearest.front() + "?") +
+                     "\nRun with --help for those that there are.");
+  }
+
+  CLI::App* Add(const char* name, Command command, const char* description, const char* example) {
+    CLI::App* sub = app_.add_subcommand(name, description);
+    sub->footer(std::string("Example:\n  fliglaf ") + example);
+    sub->callback([this, command, name] {
+      options_.command = command;
+      options_.command_name = name;
+    });
+    sub->add_option("--devices", options_.device_folders,
+                    "Folder with further device profiles (*.toml)")
+        ->type_name("DIR")
+        ->allow_extra_args(false);
+    return sub;
+  }
+
+  CLI::App* AddOperation(const char* name, Command command, const char* description,
+                         const char* example) {
+    CLI::App* sub = Add(name, command, description, example);
+    sub->add_option("device", options_.device, "Device, as \"fliglaf devices\" names it")
+        ->type_name("NAME")
+        ->required();
+    sub->add_flag_callback(
+        "--no-signature", [this] { options_.check_signature = false; },
+        "Do not check the device's signature first");
+    AddChoice(sub, "--on-mismatch", options_.on_mismatch,
+              {{"abort", MismatchAnswer::kAbort},
+               {"retry", MismatchAnswer::kRetry},
+               {"ignore", MismatchAnswer::kIgnore}},
+              "What to do about a wrong signature, instead of asking");
+    AddBenchOptions(sub);
+    sub->add_flag("--json", options_.json,
+                  "Print one JSON object with result, log, time and counts");
+    AddChoice(sub, "--progress", options_.progress,
+              {{"auto", ProgressStyle::kAuto},
+               {"bar", ProgressStyle::kBar},
+               {"lines", ProgressStyle::kLines},
+               {"json", ProgressStyle::kJson},
+               {"none", ProgressStyle::kNone}},
+              "How to show progress on standard error");
+    return sub;
+  }
+
+  template <class T>
+  static void AddChoice(CLI::App* sub, const char* name, T& value,
+                        const std::map<std::string, T>& choices, const std::string& description) {
+    std::string names;
+    for (const auto& choice : choices) names += (names.empty() ? "" : "|") + choice.first;
+    const auto take = [&value, choices, name, names](const std::string& word) {
+      const auto found = choices.find(word);
+      if (found == choices.end()) {
+        throw CLI::ValidationError(name, "\"" + word + "\" is none of " + names);
+      }
+      value = found->second;
+    };
+    sub->add_option_function<std::string>(name, take, description)->type_name(names);
+  }
+
+  void AddBenchOptions(CLI::App* sub) {
+    const char* const group = "Simulated bench";
+    sub->add_option("--chip", options_.chip_file,
+                    "File that keeps the chip's contents between calls; without it the chip is new")
+        ->type_name("FILE")
+        ->group(group);
+    sub->add_option("--fault", options_.faults,
+                    "Something that goes wrong: no-programmer, no-adapter, no-chip, supply,\n"
+                    "usb-timeout, usb-failure, stuck=ADDRESS.BIT=VALUE, call=OPERATION[:NTH]")
+        ->type_name("FAULT")
+        ->allow_extra_args(false)
+        ->group(group);
+    sub->add_flag("--real-time", options_.real_time, "Take as long as the bench would")
+        ->group(group);
+  }
+
+  void AddImageOptions(CLI::App* sub) {
+    CLI::Option* const memory =
+        sub->add_option("file", options_.memory_file,
+                        "Contents of the main memory: Intel HEX, Motorola S-record or binary")
+            ->type_name("FILE");
+    sub->add_option("--image", options_.image_file,
+                    "The whole device image instead, as the library lays it out")
+        ->type_name("FILE")
+        ->excludes(memory);
+  }
+
+  void AddMargin(CLI::App* sub) {
+    sub->add_option("--margin", options_.margin,
+                    "Verify at the supply plus and minus this many times 5 %")
+        ->type_name("N")
+        ->check(CLI::Range(0, 10).description(""));
+  }
+
+  void AddDevices() {
+    CLI::App* sub = Add("devices", Command::kDevices, "List the devices", "devices");
+    sub->add_flag("--json", options_.json, "Print them as JSON");
+  }
+
+  void AddProgram() {
+    CLI::App* sub = AddOperation("program", Command::kProgram, "Erase, program and verify a device",
+                                 "program isp51-8k firmware.hex --chip bench.chip");
+    AddImageOptions(sub);
+    sub->add_flag_callback(
+        "--no-erase", [this] { options_.erase = false; },
+        "Leave the erase and its blank check out");
+    AddMargin(sub);
+  }
+
+  void AddRead() {
+    CLI::App* sub = AddOperation("read", Command::kRead, "Read a device into a file",
+                                 "read isp51-8k -o contents.hex --chip bench.chip");
+    sub->add_option("-o,--output", options_.output,
+                    "File to write; its ending tells the format (.hex, .s19, .bin, ...)")
+        ->type_name("FILE")
+        ->required();
+  }
+
+  void AddVerifyAndCompare() {
+    AddImageOptions(AddOperation("verify", Command::kVerify,
+                                 "Check that a device holds what a file says",
+                                 "verify isp51-8k firmware.hex --chip bench.chip"));
+    AddImageOptions(AddOperation("compare", Command::kCompare,
+                                 "List every byte in which a device and a file differ",
+                                 "compare isp51-8k firmware.hex --chip bench.chip"));
+  }
+
+  void AddBlankAndErase() {
+    AddOperation("blank", Command::kBlank, "Check that a device is erased",
+                 "blank isp51-8k --chip bench.chip");
+    AddOperation("erase", Command::kErase, "Erase a device and check that it is blank",
+                 "erase isp51-8k --chip bench.chip");
+  }
+
+  void AddLock() {
+    CLI::App* sub =
+        AddOperation("lock", Command::kLock, "Lock a device", "lock isp51-8k 2 --chip bench.chip");
+    sub->add_option("level", options_.lock_level, "Lock level, from 1")
+        ->type_name("LEVEL")
+        ->required();
+  }
+
+  CLI::App app_{"fliglaf programs microcontrollers on a simulated bench.", "fliglaf"};
+  Options options_;
+};
+
+}  // namespace
+
+std::optional<Options> ParseOptions(int argc, const char* const* argv) {
+  return Parser().Parse(argc, argv);
+}
+
+}  // namespace fliglaf::cli

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace fliglaf::cli {
+
+enum class Command { kDevices, kProgram, kRead, kVerify, kBlank, kCompare, kErase, kLock };
+
+enum class ProgressStyle { kAuto, kBar, kLines, kJson, kNone };
+
+enum class MismatchAnswer { kAsk, kAbort, kRetry, kIgnore };
+
+/// What the user asked for.
+struct Options {
+  Command command = Command::kDevices;
+  std::string command_name;
+  std::string device;
+  std::vector<std::filesystem::path> device_folders;
+
+  std::filesystem::path memory_file;  ///< the device's main memory
+  std::filesystem::path image_file;   ///< the whole image
+  std::filesystem::path output;
+  int lock_level = 0;
+  bool erase = true;
+  int margin = 0;  ///< verify at the supply plus and minus this many times 5 %
+
+  bool check_signature = true;
+  MismatchAnswer on_mismatch = MismatchAnswer::kAsk;
+
+  std::filesystem::path chip_file;
+  std::vector<std::string> faults;
+  bool real_time = false;
+
+  bool json = false;
+  ProgressStyle progress = ProgressStyle::kAuto;
+};
+
+/// Reads the command line. Nothing when the user asked for help or the version, which has then been
+/// printed. Throws UsageError.
+[[nodiscard]] std::optional<Options> ParseOptions(int argc, const char* const* argv);
+
+}  // namespace fliglaf::cli

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "cli/options.h"
+
+namespace fliglaf::cli {
+
+/// Answers the library's message boxes: at the terminal where there is one, else with what the user
+/// said beforehand or the answer that does nothing to the chip.
+class Questions {
+ public:
+  Questions(MismatchAnswer on_mismatch, bool terminal)
+      : on_mismatch_(on_mismatch), terminal_(terminal) {}
+
+  int Answer(int style, std::u16string_view title, std::u16string_view prompt);
+
+  /// The signature that was read when it was not the expected one and the run was aborted; else
+  /// empty.
+  [[nodiscard]] const std::string& mismatch() const { return mismatch_; }
+
+ private:
+  int AnswerMismatch(const std::string& title, const std::string& prompt);
+  int AskMismatch(const std::string& title, const std::string& prompt) const;
+  int AskToGoOn(const std::string& title, const std::string& prompt) const;
+
+  MismatchAnswer on_mismatch_;
+  bool terminal_;
+  int retries_ = 0;
+  std::string mismatch_;
+};
+
+}  // namespace fliglaf::cli

@@ -1,0 +1,68 @@
+#include "cli/simulated_bench.h"
+
+#include "cli/fault_option.h"
+#include "cli/usage_error.h"
+#include "images/whole_file.h"
+#include "simulator/chip_file.h"
+#include "simulator/failing_call.h"
+
+namespace fliglaf::cli {
+namespace {
+
+simulator::ChipDescription Describe(const DeviceProfile& device) {
+  const Signature signature = device.signature.value_or(Signature{});
+  return {.family = device.family,
+          .flash_bytes = static_cast<std::uint32_t>(device.size * device.address_bytes),
+          .signature = {signature.maker, signature.device, signature.third},
+          .supply = {.vcc = device.vcc_pins,
+                     .gnd = device.gnd_pins,
+                     .nominal_millivolts = device.supply * 10},
+          .byte_write_us = device.chip.byte_write_us,
+          .erase_ms = device.chip.erase_ms,
+          .lock_write_ms = device.chip.lock_write_ms};
+}
+
+}  // namespace
+
+SimulatedBench::SimulatedBench(const DeviceProfile& device, std::int16_t instance,
+                               const Settings& settings)
+    : device_(device.name), chip_file_(settings.chip_file) {
+  if (!simulator::Bench::Supports(device.family)) {
+    throw UsageError(device.name + ": there is no simulated chip of family " +
+                     std::to_string(device.family) + " yet");
+  }
+  const simulator::ChipDescription description = Describe(device);
+  const FaultOptions faults = ParseFaults(settings.faults, description.flash_bytes);
+  bench_ =
+      std::make_unique<simulator::Bench>(description, instance, faults.bench, settings.real_time);
+  if (faults.failing_call) {
+    failing_ = std::make_unique<simulator::FailingCall>(
+        bench_->programmer(), faults.failing_call->operation, faults.failing_call->nth);
+  }
+  if (!chip_file_.empty()) LoadChip();
+}
+
+Programmer& SimulatedBench::programmer() {
+  return failing_ != nullptr ? *failing_ : bench_->programmer();
+}
+
+void SimulatedBench::LoadChip() {
+  CheckWritable(chip_file_);
+  if (!std::filesystem::exists(chip_file_)) return;
+  const auto bytes = ReadFileWhole(chip_file_);
+  try {
+    simulator::LoadChip(bench_->chip(), device_,
+                        {reinterpret_cast<const char*>(bytes.data()), bytes.size()},
+                        chip_file_.string());
+  } catch (const simulator::ChipFileError& error) {
+    throw UsageError(error.what());
+  }
+}
+
+void SimulatedBench::KeepChip() {
+  if (chip_file_.empty()) return;
+  const std::string text = simulator::SaveChip(bench_->chip(), device_);
+  WriteFileWhole(chip_file_, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+}
+
+}  // namespace fliglaf::cli

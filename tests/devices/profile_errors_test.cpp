@@ -1,0 +1,107 @@
+// Every mistake in a profile file is refused with its line and what would be right.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "devices/profile_error.h"
+#include "devices/profile_file.h"
+
+namespace fliglaf {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+/// A good file; a test changes one of its lines. The lines are numbered from 1.
+const std::vector<std::string> kGood = {
+    "[defaults]",           "family = 1",        "address_bytes = 1", "page = 256",
+    "supply = 500",         "vcc_pins = [40]",   "gnd_pins = [20]",   "pin_count = 40",
+    "lock = [8, 9]",        "erase = 11",        "write_time = 42",   "retries = 2",
+    "chip = {erase_ms=10}", "[[device]]",        "name = \"part\"",   "description = \"a part\"",
+    "size = 4096",          "range = [0, 4095]",
+};
+
+struct Mistake {
+  const char* good;     ///< the line that is changed
+  const char* written;  ///< into what
+  int line;
+  const char* wrong;
+  const char* right;
+};
+
+std::string Refusal(const Mistake& mistake) {
+  std::string text;
+  for (const std::string& line : kGood)
+    text += (line == mistake.good ? mistake.written : line) + "\n";
+  try {
+    static_cast<void>(ParseProfiles(text, "my.toml"));
+  } catch (const ProfileError& error) {
+    return error.what();
+  }
+  return "the file was taken";
+}
+
+TEST(ProfileErrors, AGoodFileIsTaken) {
+  EXPECT_EQ(Refusal({"", "", 0, "", ""}), "the file was taken");
+}
+
+const Mistake kMistakes[] = {
+    // What TOML itself refuses.
+    {"page = 256", "page = ", 4, "not valid TOML at column", "value"},
+    {"page = 256", "supply = 300", 5, "not valid TOML at column", "supply"},
+    {"description = \"a part\"", "description = \"\xFF\"", 16, "not valid TOML at column", "utf-8"},
+    // Names.
+    {"page = 256", "pagee = 256", 4, "field 'pagee' is not known", "'page' may be meant"},
+    {"page = 256", "colour = 1", 4, "field 'colour' is not known", "leave it out"},
+    {"chip = {erase_ms=10}", "chip = {erase_mss=10}", 13, "'chip.erase_mss'", "'chip.erase_ms'"},
+    {"chip = {erase_ms=10}", "chip = 10", 13, "field 'chip' is not a table", "table [chip]"},
+    {"[defaults]", "[default]", 1, "'default' is not known here", "[defaults]"},
+    {"[[device]]", "[device]", 14, "'device' is not known here", "[[device]]"},
+    {"[[device]]", "", 15, "field 'name' stands in [defaults]", "[[device]]"},
+    // Values.
+    {"size = 4096", "", 14, "field 'size' is missing", "from 1 to 16777216 (addresses)"},
+    {"name = \"part\"", "", 14, "field 'name' is missing", "text in double quotes"},
+    {"size = 4096", "size = \"4096\"", 17, "field 'size'", "a whole number"},
+    {"size = 4096", "size = 4096.0", 17, "field 'size'", "a whole number"},
+    {"vcc_pins = [40]", "vcc_pins = 40", 6, "field 'vcc_pins'", "a list of 1 to 2"},
+    {"vcc_pins = [40]", "vcc_pins = [40, \"a\"]", 6, "field 'vcc_pins'", "a list of 1 to 2"},
+    {"vcc_pins = [40]", "vcc_pins = [40, 41, 42]", 6, "has 3 entries", "a list of 1 to 2"},
+    {"vcc_pins = [40]", "vcc_pins = [296]", 6, "is 296", "from 1 to 255"},
+    {"name = \"part\"", "name = 5", 15, "field 'name'", "text in double quotes"},
+    {"family = 1", "family = 17", 2, "field 'family' is 17", "from 1 to 16"},
+    {"supply = 500", "supply = 5000", 5, "field 'supply' is 5000", "units of 10 mV"},
+    // Fields that do not go together.
+    {"name = \"part\"", "name = \"my part\"", 15, "field 'name'", "letters, digits"},
+    {"description = \"a part\"", "description = \"\\u001B[2J\"", 16, "'description'", "one line"},
+    {"range = [0, 4095]", "range = [0, 4096]", 18, "field 'range'", "below 'size'"},
+    {"range = [0, 4095]", "range = [9, 8]", 18, "field 'range'", "in this order"},
+    {"range = [0, 4095]", "data_size = 4096", 18, "field 'data_size'", "less than 'size'"},
+    {"range = [0, 4095]", "image_bytes = 4095", 18, "field 'image_bytes'", "less than 'size'"},
+    {"range = [0, 4095]", "erased = 1", 18, "field 'erased'", "0xFF or 0x00"},
+    {"range = [0, 4095]", "vpp_pins = [31]", 18, "field 'vpp_pins'", "'programming_voltage'"},
+    {"gnd_pins = [20]", "gnd_pins = [40]", 6, "stands twice", "one role"},
+    {"range = [0, 4095]", "vpp_pins = [20]\nprogramming_voltage = 1200", 6, "stands twice",
+     "one role"},
+    {"erase = 11", "erase = 8", 10, "stands twice", "does one thing"},
+    {"page = 256", "page = 128", 4, "field 'page'", "256 in family 1"},
+    {"size = 4096", "size = 4100", 17, "field 'size'", "a multiple of 256"},
+    {"address_bytes = 1", "address_bytes = 2", 14, "field 'image_bytes'", "'address_bytes' 1"},
+};
+
+TEST(ProfileErrors, NameTheLineTheMistakeAndWhatIsRight) {
+  for (const Mistake& mistake : kMistakes) {
+    EXPECT_THAT(Refusal(mistake),
+                AllOf(StartsWith("my.toml:" + std::to_string(mistake.line) + ": "),
+                      HasSubstr(mistake.wrong), HasSubstr(mistake.right)))
+        << mistake.written;
+  }
+}
+
+TEST(ProfileErrors, AFileWithoutDevicesIsRefused) {
+  EXPECT_THROW(static_cast<void>(ParseProfiles("", "my.toml")), ProfileError);
+  EXPECT_THROW(static_cast<void>(ParseProfiles("device = []", "my.toml")), ProfileError);
+}
+
+}  // namespace
+}  // namespace fliglaf
