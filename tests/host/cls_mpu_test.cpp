@@ -11,8 +11,8 @@ namespace {
 
 using test::Narrow;
 using test::TestHost;
-using testing::ElementsAre;
 using testing::Each;
+using testing::ElementsAre;
 
 TEST(Object, FollowsTheBufferLengthAndFreesTheBuffers) {
   TestHost host(4096, {}, 4);
@@ -106,9 +106,10 @@ TEST(MemoryMap, ShowsWhereAreasLieInDeviceAndBuffer) {
   host.vars.quorintlength[0] = 0x2000;
   std::uint8_t map = 31;
   host.mpu->mpu4warn(map);
-  EXPECT_EQ(prompt,
-            "                 Device         Buffer\r\rProgram Memory:000H---1FFEH    000H---1FFEH   "
-            "\r\r  Config. Word:    1FFFH         1FFFH   \r\r");
+  EXPECT_EQ(
+      prompt,
+      "                 Device         Buffer\r\rProgram Memory:000H---1FFEH    000H---1FFEH   "
+      "\r\r  Config. Word:    1FFFH         1FFFH   \r\r");
   host.vars.quorintlength[0] = 16;
   map = 30 + 128;
   host.mpu->mpu4warn(map);

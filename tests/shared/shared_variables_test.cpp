@@ -1,10 +1,10 @@
 #include "shared/shared_variables.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <set>
 #include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace fliglaf {
 namespace {

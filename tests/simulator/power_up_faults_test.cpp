@@ -40,16 +40,20 @@ INSTANTIATE_TEST_SUITE_P(
         Omission{"ground", [](const Tap::Call& c) { return c.operation == "SetGndPin"; }},
         Omission{"input mask", [](const Tap::Call& c) { return Is(c, "WriteLatch", 2, 1); }},
         Omission{"reset pulse", [](const Tap::Call& c) { return Is(c, "WriteLatch", 0, 2); }},
-        Omission{"enable AC", [](const Tap::Call& c) { return Is(c, "WriteRegister", 0xAC, 0x8E); }},
-        Omission{"enable 53", [](const Tap::Call& c) { return Is(c, "WriteRegister", 0x53, 0x8E); }},
-        Omission{"enable FF", [](const Tap::Call& c) { return Is(c, "WriteRegister", 0xFF, 0x8E); }},
-        Omission{"enable answer", [](const Tap::Call& c) { return Is(c, "WriteRegister", 1, 0x8F); }},
-        Omission{"byte write time",
-                 [](const Tap::Call& c) {
-                   return Is(c, "QueueDelay", 10 * TestHost::kWriteTime, 0);
-                 }},
-        Omission{"erase and lock time",
-                 [](const Tap::Call& c) { return Is(c, "DelayMs", 40 * TestHost::kWriteTime, 0); }}));
+        Omission{"enable AC",
+                 [](const Tap::Call& c) { return Is(c, "WriteRegister", 0xAC, 0x8E); }},
+        Omission{"enable 53",
+                 [](const Tap::Call& c) { return Is(c, "WriteRegister", 0x53, 0x8E); }},
+        Omission{"enable FF",
+                 [](const Tap::Call& c) { return Is(c, "WriteRegister", 0xFF, 0x8E); }},
+        Omission{"enable answer",
+                 [](const Tap::Call& c) { return Is(c, "WriteRegister", 1, 0x8F); }},
+        Omission{
+            "byte write time",
+            [](const Tap::Call& c) { return Is(c, "QueueDelay", 10 * TestHost::kWriteTime, 0); }},
+        Omission{"erase and lock time", [](const Tap::Call& c) {
+                   return Is(c, "DelayMs", 40 * TestHost::kWriteTime, 0);
+                 }}));
 
 /// The wait after a lock write alone: what follows in the sequence needs it.
 TEST(LeftOutOnce, LockTime) {

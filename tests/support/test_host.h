@@ -101,9 +101,11 @@ class TestHost {
     vars.quorinbvcc[0] = 500;
     vars.quorinbvccpin[0] = 40;
     vars.quorinbgndpin[0] = 20;
-    const char16_t* const notes[] = {u"<", u">", u" ok", u" failed", u"stopped", u"h1", u"h2",
-                                     u"prompt", u"title", u"M", u"D", u"", u"read-back fails"};
-    for (int i = 0; i < static_cast<int>(std::size(notes)); ++i) vars.quorinprgnote.Set(i, notes[i]);
+    const char16_t* const notes[] = {
+        u"<",     u">", u" ok", u" failed", u"stopped",        u"h1", u"h2", u"prompt",
+        u"title", u"M", u"D",   u"",        u"read-back fails"};
+    for (int i = 0; i < static_cast<int>(std::size(notes)); ++i)
+      vars.quorinprgnote.Set(i, notes[i]);
     for (int code = 0; code < vars.quorinMainmnuPrg.count(); ++code) {
       const std::string name = "op" + std::to_string(code);
       vars.quorinMainmnuPrg.Set(code, std::u16string(name.begin(), name.end()));

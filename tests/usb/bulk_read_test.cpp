@@ -1,8 +1,8 @@
 #include "usb/bulk_read.h"
 
-#include <gtest/gtest.h>
-
 #include <functional>
+
+#include <gtest/gtest.h>
 
 #include "tests/support/test_host.h"
 #include "usb/usbmpu4prg.h"
@@ -12,7 +12,8 @@ namespace {
 
 using test::TestHost;
 
-/// A programmer whose transfers the test carries out in its own way, a millisecond after their start.
+/// A programmer whose transfers the test carries out in its own way, a millisecond after their
+/// start.
 class ScriptedTransfer : public ForwardingProgrammer, public platform::TimeSource {
  public:
   using ForwardingProgrammer::ForwardingProgrammer;

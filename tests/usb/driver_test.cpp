@@ -31,8 +31,8 @@ TEST(Driver, EveryComponentFailureEndsTheRunWithItsLine) {
     host.vars.quorinprgresult[1] = 4;
     object.runMpu4Prg(usb);
     EXPECT_EQ(host.vars.quorinprgresult[0], 1) << operation;
-    EXPECT_THAT(host.log(), EndsWith(">>IoHelper." + std::string(operation) +
-                                     " failed: 0x80004005\n"));
+    EXPECT_THAT(host.log(),
+                EndsWith(">>IoHelper." + std::string(operation) + " failed: 0x80004005\n"));
     EXPECT_EQ(host.tap.calls.back().operation, "EndRun") << operation;
     EXPECT_EQ(host.tap.Count("SignalFail"), 0U) << operation;
     EXPECT_EQ(host.Run(4), 0) << "the next request works after " << operation;
@@ -103,7 +103,8 @@ TEST(Driver, ElapsedTimeGoesOverMidnight) {
   object.bufcommpu4(instance);
   host.vars.quorinprgresult[1] = 11;
   object.runMpu4Prg(usb);
-  EXPECT_THAT(host.log(), testing::MatchesRegex("(.*\n)*>> 1\\.9.Sec\n")) << "an erase of 1.68 s and its blank check";
+  EXPECT_THAT(host.log(), testing::MatchesRegex("(.*\n)*>> 1\\.9.Sec\n"))
+      << "an erase of 1.68 s and its blank check";
 }
 
 TEST(Driver, VerifyNotesNameTheSupply) {
@@ -111,10 +112,10 @@ TEST(Driver, VerifyNotesNameTheSupply) {
     int supply, margin, pass;
     const char* text;
   };
-  for (const Case& c : {Case{500, 2, 1, "(VCC:5.5V) "}, Case{500, 1, 2, "(VCC:4.75V) "},
-                        Case{500, 20, 1, "(VCC:10V) "}, Case{50, 1, 1, "(VCC:0.52V) "},
-                        Case{500, 20, 2, "(VCC:0V) "}, Case{330, -1, 1, "(VCC:3.14V) "},
-                        Case{500, 2, 0, ""}}) {
+  for (const Case& c :
+       {Case{500, 2, 1, "(VCC:5.5V) "}, Case{500, 1, 2, "(VCC:4.75V) "},
+        Case{500, 20, 1, "(VCC:10V) "}, Case{50, 1, 1, "(VCC:0.52V) "},
+        Case{500, 20, 2, "(VCC:0V) "}, Case{330, -1, 1, "(VCC:3.14V) "}, Case{500, 2, 0, ""}}) {
     TestHost host;
     auto vars = std::make_shared<SharedVariables>();
     vars->OpenMainGroup(7, [] {});

@@ -1,0 +1,164 @@
+// The program as a user runs it.
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <string>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+std::string ReadText(const fs::path& file) {
+  std::ostringstream text;
+  text << std::ifstream(file, std::ios::binary).rdbuf();
+  return text.str();
+}
+
+class Program : public testing::Test {
+ protected:
+  Program() {
+    std::string pattern = (fs::temp_directory_path() / "fliglaf-test-XXXXXX").string();
+    folder_ = mkdtemp(pattern.data());
+    std::mt19937 random(17);
+    std::string bytes(8192, '\0');
+    for (char& byte : bytes) byte = static_cast<char>(random());
+    std::ofstream(folder_ / "random.bin", std::ios::binary) << bytes;
+  }
+  ~Program() override { fs::remove_all(folder_); }
+
+  /// Starts the program in the test's folder, its output going to the files out and err.
+  pid_t Start(const std::string& arguments) {
+    const std::string command = "cd '" + folder_.string() + "' && exec '" FLIGLAF_PROGRAM "' " +
+                                arguments + " >out 2>err </dev/null";
+    const pid_t child = fork();
+    if (child == 0) {
+      execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+      _exit(127);
+    }
+    return child;
+  }
+  int Wait(pid_t child) {
+    int status = 0;
+    waitpid(child, &status, 0);
+    out_ = ReadText(folder_ / "out");
+    err_ = ReadText(folder_ / "err");
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+  int Run(const std::string& arguments) { return Wait(Start(arguments)); }
+
+  fs::path folder_;
+  std::string out_;
+  std::string err_;
+};
+
+TEST_F(Program, CarriesAnImageToTheChipAndBackInEveryFormat) {
+  ASSERT_EQ(Run("program isp51-8k random.bin --chip c --margin 1"), 0) << err_;
+  EXPECT_THAT(out_, HasSubstr(">><Verify(VCC:5.25V) >\n>><Verify(VCC:4.75V) >\n"));
+  EXPECT_THAT(out_, EndsWith("Sec\nisp51-8k: programmed with 8192 bytes and verified.\n"));
+  for (const char* const file : {"back.hex", "back.s19", "back.bin"}) {
+    ASSERT_EQ(Run("read isp51-8k --chip c -o " + std::string(file)), 0) << err_;
+    EXPECT_EQ(Run("compare isp51-8k --chip c " + std::string(file)), 0) << out_ << err_;
+    EXPECT_EQ(Run("verify isp51-8k --chip c --image " + std::string(file)), 0) << err_;
+  }
+  EXPECT_EQ(ReadText(folder_ / "back.bin"), ReadText(folder_ / "random.bin"));
+  EXPECT_EQ(Run("blank isp51-8k --chip c"), 1);
+  EXPECT_THAT(out_, HasSubstr(">>Device Address:00000000H  Device Data:"));
+
+  EXPECT_EQ(Run("lock isp51-8k 2 --chip c"), 0) << err_;
+  EXPECT_EQ(Run("verify isp51-8k random.bin --chip c"), 1) << "a locked chip cannot be read";
+  EXPECT_EQ(Run("erase isp51-8k --chip c"), 0) << err_;
+  EXPECT_EQ(Run("blank isp51-8k --chip c"), 0) << err_;
+}
+
+TEST_F(Program, TellsADeviceThatDiffersFromACheckThatCouldNotBeMade) {
+  const std::string example = FLIGLAF_EXAMPLES "/blink.hex";
+  EXPECT_EQ(Run("compare isp51-4k " + example + " --json"), 1);
+  EXPECT_THAT(out_, HasSubstr("\"differences\": 60,"));
+  EXPECT_THAT(out_, HasSubstr("\"result\": 0,")) << "a compare does not fail in the library";
+  for (const char* const fault : {"no-programmer", "no-adapter", "supply", "usb-timeout",
+                                  "usb-failure", "call=BlockTransfer", "call=EndRun"}) {
+    EXPECT_EQ(Run("verify isp51-4k --no-signature " + example + " --fault " + fault), 3) << fault;
+    EXPECT_THAT(err_, HasSubstr("fliglaf: ")) << fault;
+  }
+  EXPECT_EQ(Run("read isp51-4k --no-signature -o x.hex --fault supply"), 3);
+  EXPECT_FALSE(fs::exists(folder_ / "x.hex"));
+  EXPECT_EQ(Run("blank isp51-4k --fault no-chip"), 1);
+  EXPECT_THAT(err_, HasSubstr("another signature was read (Maker 00   Device 0000)"));
+  EXPECT_EQ(Run("blank isp51-4k --fault no-chip --on-mismatch ignore"), 1);
+  EXPECT_THAT(out_, HasSubstr("Blank Check failed"));
+}
+
+TEST_F(Program, RefusesBadInputBeforeAnythingIsDone) {
+  std::ofstream(folder_ / "sum.hex") << ":0100000000FE\n:00000001FF\n";
+  std::ofstream(folder_ / "bad.chip")
+      << "fliglaf chip 1\ndevice isp51-4k\narea flash 4096\n0FFF: 00 00\n";
+  std::ofstream(folder_ / "other.chip") << "fliglaf chip 1\ndevice isp51-8k\n";
+  struct Case {
+    const char* arguments;
+    const char* message;
+  };
+  for (const Case& c : {
+           Case{"prgram x", "did you mean program?"},
+           Case{"program isp51-4kk random.bin", "did you mean isp51-4k"},
+           Case{"program isp51-4k", "name the file"},
+           Case{"program isp51-4k none.hex", "none.hex"},
+           Case{"program isp51-4k sum.hex", "sum.hex:1: "},
+           Case{"program isp51-4k random.bin", "address 0x1000 lies outside isp51-4k"},
+           Case{"read isp51-4k -o none/x.hex", "none"},
+           Case{"read isp51-4k -o x.txt", ".hex"},
+           Case{"lock isp51-4k 4", "levels 1 to 3"},
+           Case{"blank isp51-4k --fault smoke", "--fault smoke: expected no-programmer"},
+           Case{"blank isp51-4k --fault stuck=4096.0=1", "from 0 to 4095"},
+           Case{"blank isp51-4k --chip bad.chip", "bad.chip:4: the row goes beyond"},
+           Case{"blank isp51-4k --chip other.chip", "other.chip:2: the file holds a isp51-8k"},
+           Case{"blank isp51-4k --devices none", "none"},
+       }) {
+    EXPECT_EQ(Run(c.arguments), 2) << c.arguments;
+    EXPECT_THAT(err_, StartsWith("fliglaf: ")) << c.arguments;
+    EXPECT_THAT(err_, HasSubstr(c.message)) << c.arguments;
+    EXPECT_EQ(out_, "") << c.arguments;
+  }
+  EXPECT_THAT(ReadText(folder_ / "other.chip"), EndsWith("device isp51-8k\n"));
+}
+
+TEST_F(Program, StopsAtASignalWithTheSocketOff) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    fs::remove(folder_ / "err");
+    const pid_t run = Start("program isp51-8k random.bin --no-erase --real-time --chip c");
+    while (ReadText(folder_ / "err").find("Program") == std::string::npos) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    kill(run, signal);
+    EXPECT_EQ(Wait(run), 130) << err_;
+    EXPECT_THAT(out_, HasSubstr(">><Program>\n>>Stopped\n>> "));
+    EXPECT_THAT(ReadText(folder_ / "c"), StartsWith("fliglaf chip 1\ndevice isp51-8k\narea flash"));
+  }
+}
+
+TEST_F(Program, ShowsProgressAsAskedFor) {
+  EXPECT_EQ(Run("program isp51-4k " FLIGLAF_EXAMPLES "/blink.hex --progress json"), 0);
+  EXPECT_THAT(err_, StartsWith("{\"operation\":\"Erase\",\"percent\":1}\n"));
+  EXPECT_THAT(err_, HasSubstr("{\"operation\":\"Program\",\"percent\":49}\n"));
+  EXPECT_EQ(Run("blank isp51-4k --progress lines"), 0);
+  EXPECT_THAT(err_, StartsWith("Blank Check 0 %\n"));
+  EXPECT_EQ(Run("blank isp51-4k --progress none"), 0);
+  EXPECT_EQ(err_, "");
+  EXPECT_EQ(Run("devices"), 0);
+  EXPECT_THAT(out_, HasSubstr("isp51-8k  family  1  "));
+}
+
+}  // namespace
