@@ -124,9 +124,10 @@ void ispFam1Op11(Run& run) {
 
 std::array<std::uint8_t, 3> ispFam1Signature(Run& run) {
   std::array<std::uint8_t, 3> bytes{};
-  for (std::uint8_t i = 0; i < bytes.size(); ++i) {
-    Send(run, {kReadSignature, i, 0x00});
-    bytes[i] = Receive(run);
+  std::uint8_t address = 0;
+  for (std::uint8_t& byte : bytes) {
+    Send(run, {kReadSignature, address++, 0x00});
+    byte = Receive(run);
   }
   return bytes;
 }

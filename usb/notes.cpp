@@ -62,8 +62,8 @@ std::int32_t MarginSupply(const Run& run, double sign) {
   const double margin = sign * run.vars.quorinwlverifyvcc[0] * kMarginStep;
   const double supply = std::nearbyint(run.vars.quorinbvcc[0] * (1 + margin));
   // Kept to what times 10 still is a Long.
-  constexpr double kLargest = std::numeric_limits<std::int32_t>::max() / 10;
-  return static_cast<std::int32_t>(std::clamp(supply, -kLargest, kLargest));
+  constexpr std::int32_t kLargest = std::numeric_limits<std::int32_t>::max() / 10;
+  return static_cast<std::int32_t>(std::clamp<double>(supply, -kLargest, kLargest));
 }
 
 }  // namespace
