@@ -6,12 +6,15 @@ namespace fliglaf {
 
 void Library::RunUsbRequest(const std::shared_ptr<SharedVariables>& variables) {
   if (running_) return;
-  running_ = true;
   usb_window_ = std::make_unique<usbmpu4prg>(variables, programmer_, desktop_);
-  usb_window_->wmpu0();
-  usb_window_.reset();
-  running_ = false;
-  RunWaitingActions();
+  running_ = true;
+  try {
+    usb_window_->wmpu0();
+  } catch (...) {
+    Unload();
+    throw;
+  }
+  Unload();
 }
 
 void Library::WhenIdle(const void* owner, std::function<void()> action) {
@@ -26,7 +29,9 @@ void Library::Forget(const void* owner) {
   std::erase_if(waiting_, [owner](const Waiting& waiting) { return waiting.owner == owner; });
 }
 
-void Library::RunWaitingActions() {
+void Library::Unload() {
+  usb_window_.reset();
+  running_ = false;
   const std::vector<Waiting> actions = std::exchange(waiting_, {});
   for (const Waiting& waiting : actions) waiting.action();
 }

@@ -37,7 +37,8 @@ class Library {
     std::function<void()> action;
   };
 
-  void RunWaitingActions();
+  /// Ends the request: unloads its window and carries out what has waited for that.
+  void Unload();
 
   Programmer& programmer_;
   platform::Desktop& desktop_;

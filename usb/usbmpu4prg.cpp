@@ -65,11 +65,11 @@ void usbmpu4prg::wmpu0() {
   } catch (const std::bad_alloc&) {
     Abandon("Out of memory");
   }
-  Timer2.Disable();
 }
 
 void usbmpu4prg::Request() {
   SharedVariables& vars = *vars_;
+  Form_Load();
   vars.quorinubuflg[0] = kUsbEngineMark;
   switch (powerUpTarget(run_)) {
     case kNoProgrammer:
