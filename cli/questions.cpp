@@ -60,8 +60,10 @@ int Questions::AnswerMismatch(const std::string& title, const std::string& promp
 
 int Questions::AskMismatch(const std::string& title, const std::string& prompt) const {
   if (!terminal_) return answer::kAbort;
+  std::string question = title;
+  question.append(" ").append(prompt).append("\n(A)bort, (R)etry or (I)gnore? ");
   for (;;) {
-    switch (AskLetter(title + " " + prompt + "\n(A)bort, (R)etry or (I)gnore? ")) {
+    switch (AskLetter(question)) {
       case 'a':
       case 'x':
         return answer::kAbort;

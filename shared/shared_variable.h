@@ -122,7 +122,7 @@ class StringVariable : public SharedVariable {
  public:
   StringVariable(std::vector<SharedVariable*>& table, const VariableRow& row)
       : SharedVariable(table, ElementType::kString, row) {}
-  ~StringVariable() override { Detach(); }
+  ~StringVariable() override { FreePrivateElement(); }
 
   /// Valid until the element is next written.
   [[nodiscard]] std::u16string_view operator[](std::int32_t index) const;

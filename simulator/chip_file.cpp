@@ -52,9 +52,9 @@ std::optional<std::size_t> Number(std::string_view word, int base) {
 
 class Reader {
  public:
-  Reader(std::vector<MemoryArea> areas, std::string_view device, std::string_view name)
+  Reader(const std::vector<MemoryArea>& areas, std::string_view device, std::string_view name)
       : device_(device), name_(name) {
-    for (MemoryArea& area : areas) {
+    for (const MemoryArea& area : areas) {
       contents_.push_back({area, std::vector<std::uint8_t>(area.bytes.size(), area.erased)});
     }
   }
