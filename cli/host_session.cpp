@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "cli/utf8.h"
+#include "shared/text.h"
 #include "usb/operation.h"
 
 namespace fliglaf::cli {
@@ -20,7 +20,7 @@ HostSession::HostSession(std::int16_t instance, const DeviceProfile& device)
   const auto fail = [] { throw std::runtime_error("a shared memory block cannot be created"); };
   vars_.OpenMainGroup(instance, fail);
   vars_.quorinbuflength[0] = device.image_bytes;
-  vars_.OpenDataBuffers(device.image_bytes + kDataBufferMargin, fail);
+  vars_.OpenDataBuffers(vars_.DataBufferLength(), fail);
   std::ranges::fill(image(), device.erased);
   DescribeDevice();
   DescribeTexts();

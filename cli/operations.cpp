@@ -167,7 +167,8 @@ class OperationRun {
         questions_(options.on_mismatch, platform::IsTerminal(platform::Stream::kInput)),
         progress_(MakeProgress(options.progress, platform::IsTerminal(platform::Stream::kError),
                                std::cerr)) {
-    desktop_.on_turn = [this] { Turn(); };
+    desktop_.on_turn = [this] { return Turn(); };
+    bench_.bench().programmer().on_turn = [this] { desktop_.DoEvents(); };
     desktop_.on_box = [this](int style, std::u16string_view title, std::u16string_view prompt) {
       return questions_.Answer(style, title, prompt);
     };
@@ -190,10 +191,13 @@ class OperationRun {
   }
 
  private:
-  void Turn() {
-    if (platform::StopRequested()) session_.RequestStop();
+  /// True when a stop was asked for in this turn.
+  bool Turn() {
     const std::string log = ToUtf8(session_.log());
     progress_->Update(CurrentOperation(log), session_.percent());
+    if (!platform::StopRequested()) return false;
+    session_.RequestStop();
+    return true;
   }
 
   const Options& options_;

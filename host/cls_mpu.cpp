@@ -1,7 +1,6 @@
 #include "host/cls_mpu.h"
 
 #include <exception>
-#include <limits>
 
 #include "host/factory_settings.h"
 #include "host/memory_map.h"
@@ -57,10 +56,7 @@ void clsMPU::OpenVariables(std::int16_t instance) {
                               u"Unable to create memory mapped file");
   };
   vars_->OpenMainGroup(instance, report);
-  const std::int32_t length = vars_->quorinbuflength[0];
-  constexpr std::int32_t kLongestData =
-      std::numeric_limits<std::int32_t>::max() - kDataBufferMargin;
-  vars_->OpenDataBuffers(length > kLongestData ? length : length + kDataBufferMargin, report);
+  vars_->OpenDataBuffers(vars_->DataBufferLength(), report);
   buflg = vars_->quorinbuflength[0];
 }
 

@@ -32,8 +32,11 @@ void Library::Forget(const void* owner) {
 void Library::Unload() {
   usb_window_.reset();
   running_ = false;
-  const std::vector<Waiting> actions = std::exchange(waiting_, {});
-  for (const Waiting& waiting : actions) waiting.action();
+  while (!waiting_.empty()) {  // an action may add one, or take others back
+    const Waiting waiting = std::move(waiting_.front());
+    waiting_.erase(waiting_.begin());
+    waiting.action();
+  }
 }
 
 }  // namespace fliglaf

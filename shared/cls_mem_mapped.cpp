@@ -40,12 +40,13 @@ bool clsMemMapped::OpenAndMapMemoryBlock(const std::string& name, std::int32_t s
   return true;
 }
 
-std::int16_t clsMemMapped::findnum() {
+std::int16_t clsMemMapped::findnum() const {
   for (std::int16_t instance = 0; instance <= kLastInstanceProbed; ++instance) {
     const std::string name = "quorinibuf1" + std::to_string(instance);
-    file_ = platform::OpenFileMappingA(platform::kFileMapAllAccess, false, name.c_str());
-    if (file_ == 0) return instance;
-    UnMapFile();
+    const platform::Handle probe =
+        platform::OpenFileMappingA(platform::kFileMapAllAccess, false, name.c_str());
+    if (probe == 0) return instance;
+    platform::CloseHandle(probe);
   }
   return kLastInstanceProbed + 1;
 }

@@ -36,7 +36,7 @@ class clsMemMapped {
   [[nodiscard]] bool OpenAndMapMemoryBlock(const std::string& name, std::int32_t size);
 
   /// The lowest instance number from 0 to 100 whose blocks are not in use; 101 when all are.
-  [[nodiscard]] std::int16_t findnum();
+  [[nodiscard]] std::int16_t findnum() const;
 
  private:
   platform::Handle file_ = 0;

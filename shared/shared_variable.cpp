@@ -9,7 +9,8 @@ bool SharedVariable::Open(const std::string& suffix) {
 }
 
 bool SharedVariable::Open(const std::string& suffix, std::int32_t bytes, std::int32_t elements) {
-  Release();
+  Detach();
+  block_.UnMapFile();
   // Two rows expose more elements than their bytes hold; a block of ours has room for all.
   const std::int64_t needed = std::int64_t{elements} * width();
   const auto size = static_cast<std::int32_t>(std::max<std::int64_t>(bytes, needed));
@@ -19,7 +20,8 @@ bool SharedVariable::Open(const std::string& suffix, std::int32_t bytes, std::in
 }
 
 void SharedVariable::Release() {
-  Detach();
+  const bool attached = block_.BaseAddress() != nullptr;
+  if (attached) Detach();
   block_.UnMapFile();
 }
 

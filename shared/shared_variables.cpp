@@ -1,11 +1,16 @@
 #include "shared/shared_variables.h"
 
+#include <algorithm>
+#include <limits>
 #include <string>
 
 namespace fliglaf {
 namespace {
 
 constexpr std::size_t kDataBufferRows = 2;
+
+/// What quorinibuffer has beyond the device data: room for the configuration bytes of any family.
+constexpr std::int32_t kDataBufferMargin = 200;
 
 }  // namespace
 
@@ -25,6 +30,12 @@ void SharedVariables::OpenDataBuffers(std::int32_t length,
                                       const std::function<void()>& on_failure) {
   if (!quorinibuffer.Open("", length, length)) on_failure();
   if (!quorinibuffer66.Open("")) on_failure();
+}
+
+std::int32_t SharedVariables::DataBufferLength() const {
+  const std::int32_t length = quorinbuflength[0];
+  constexpr std::int32_t kLongest = std::numeric_limits<std::int32_t>::max() - kDataBufferMargin;
+  return std::min(length, kLongest) + kDataBufferMargin;
 }
 
 void SharedVariables::ReleaseMainGroup() {

@@ -95,11 +95,10 @@ class SharedVariables {
   void OpenMainGroup(std::int16_t instance, const std::function<void()>& on_failure);
   /// Opens the data-buffer group; `length` is bytes and elements of quorinibuffer.
   void OpenDataBuffers(std::int32_t length, const std::function<void()>& on_failure);
+  /// Length of quorinibuffer for the data length in quorinbuflength(0), in bytes.
+  [[nodiscard]] std::int32_t DataBufferLength() const;
   void ReleaseMainGroup();
   void ReleaseDataBuffers();
 };
-
-/// What quorinibuffer has beyond the device data: room for the configuration bytes of any family.
-inline constexpr std::int32_t kDataBufferMargin = 200;
 
 }  // namespace fliglaf

@@ -14,7 +14,8 @@ namespace fliglaf::simulator {
 struct MemoryArea {
   std::string name;
   std::span<std::uint8_t> bytes;
-  std::uint8_t erased;  ///< value of a byte of a new chip
+  std::uint8_t erased;          ///< value of a byte of a new chip
+  std::uint8_t largest = 0xFF;  ///< value that a byte can have
 };
 
 /// A memory cell that always reads the same.

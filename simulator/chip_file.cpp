@@ -68,7 +68,7 @@ class Reader {
       ++line_;
       TakeLine(line);
     }
-    if (line_ < 2) Fail("the file ends before the device is named");
+    if (!ended_) Fail("the file ends before its line \"end\"; a part of it is missing");
   }
 
   /// Puts what was read into the chip.
@@ -92,6 +92,11 @@ class Reader {
     const auto words = Words(line);
     if (line_ == 2) return TakeDevice(words);
     if (words.empty()) return;
+    if (ended_) Fail("nothing follows the line \"end\"");
+    if (words[0] == "end") {
+      ended_ = true;
+      return;
+    }
     if (words[0] == "area") return TakeArea(words);
     if (words[0].back() == ':') return TakeRow(words);
     Fail("expected \"area NAME BYTES\" or a row \"ADDRESS: BYTES\"");
@@ -132,6 +137,10 @@ class Reader {
       if (!byte || *byte > 0xFF || words[i + 1].size() != 2) {
         Fail("\"" + std::string(words[i + 1]) + "\" is no byte of two hexadecimal digits");
       }
+      if (*byte > current_->area.largest) {
+        Fail("a byte of area \"" + current_->area.name + "\" is at most " +
+             std::to_string(current_->area.largest));
+      }
       current_->bytes[*start + i] = static_cast<std::uint8_t>(*byte);
     }
   }
@@ -145,6 +154,7 @@ class Reader {
   std::vector<Content> contents_;
   Content* current_ = nullptr;
   int line_ = 0;
+  bool ended_ = false;
 };
 
 }  // namespace
@@ -152,7 +162,7 @@ class Reader {
 std::string SaveChip(Chip& chip, std::string_view device) {
   std::string text = std::string(kFirstLine) + "\ndevice " + std::string(device) + "\n";
   for (const MemoryArea& area : chip.Memory()) SaveArea(area, text);
-  return text;
+  return text + "end\n";
 }
 
 void LoadChip(Chip& chip, std::string_view device, std::string_view text, std::string_view name) {

@@ -7,6 +7,7 @@
 //     0000: 02 00 06 75 90 FF ...
 //     area lock 1
 //     0000: 01
+//     end
 //
 // A row holds up to 32 bytes from its hexadecimal address on; bytes that no row names are erased.
 #pragma once

@@ -45,9 +45,11 @@ std::int32_t BlankCheck(SharedVariables& vars, std::uint8_t data, std::int32_t a
   return Fail(vars, DeviceNote(vars, data, address) + u"H\n");
 }
 
-std::int32_t Compare(SharedVariables& vars, std::uint8_t data, std::int32_t address) {
+std::int32_t Compare(SharedVariables& vars, std::uint8_t data, std::int32_t address,
+                     const std::function<void()>& turn) {
   const std::uint8_t expected = vars.quorinibuffer[address];
   if (data == expected) return 0;
+  if (turn) turn();
   if (vars.quorinprgresult[0] == result::kStopped) return 1;
   vars.quorinMainRtstr.Append(1, u">> " + Hexadecimal(address, 8) + u"H  " + Hexadecimal(data, 2) +
                                      u"H        " + Hexadecimal(address, 8) + u"H  " +
@@ -68,7 +70,7 @@ std::u16string Hexadecimal(std::int64_t value, std::int32_t digits) {
 }
 
 std::int32_t Judge(SharedVariables& vars, std::int32_t data, std::int32_t address,
-                   std::int32_t check_mode) {
+                   std::int32_t check_mode, const std::function<void()>& turn) {
   const auto byte = static_cast<std::uint8_t>(data);
   switch (check_mode) {
     case check_mode::kRead:
@@ -79,7 +81,7 @@ std::int32_t Judge(SharedVariables& vars, std::int32_t data, std::int32_t addres
     case check_mode::kBlankCheck:
       return BlankCheck(vars, byte, address);
     case check_mode::kCompare:
-      return Compare(vars, byte, address);
+      return Compare(vars, byte, address, turn);
     default:
       return 0;
   }

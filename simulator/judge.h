@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
 #include "shared/shared_variables.h"
 
@@ -11,8 +12,10 @@ namespace fliglaf::simulator {
 /// any other mode accepts it. The buffer index is `address` as it stands. Returns 1 to end the
 /// pass; the note and the result then stand in the shared variables. Throws RangeError for an
 /// address outside the data buffer.
+/// Where a difference is to be listed `turn`, if there is one, lets the message loop run; a stop
+/// request that then stands ends the pass.
 [[nodiscard]] std::int32_t Judge(SharedVariables& vars, std::int32_t data, std::int32_t address,
-                                 std::int32_t check_mode);
+                                 std::int32_t check_mode, const std::function<void()>& turn);
 
 /// The low `digits` hexadecimal digits of `value`, upper case.
 [[nodiscard]] std::u16string Hexadecimal(std::int64_t value, std::int32_t digits);

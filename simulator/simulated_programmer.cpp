@@ -14,7 +14,8 @@ constexpr std::uint8_t kLastSetupRegister = 0x3E;
 /// Where the shifter configuration begins in the command buffer.
 constexpr std::int64_t kFirstShifterByte = 4;
 
-constexpr std::uint8_t kCapturePacket = 0x0A;
+constexpr std::array<std::uint8_t, 3> kArmHead{0x0A, 0x10, 0x40};
+constexpr std::size_t kArmBytes = 8;
 
 constexpr std::uint32_t kInvalidArgument = 0x80070057;
 
@@ -58,7 +59,7 @@ std::int32_t SimulatedProgrammer::OpenProgrammer() {
 void SimulatedProgrammer::OpenBlocks() {
   const auto none = [] {};
   vars_.OpenMainGroup(instance_, none);
-  vars_.OpenDataBuffers(vars_.quorinbuflength[0] + kDataBufferMargin, none);
+  vars_.OpenDataBuffers(vars_.DataBufferLength(), none);
 }
 
 void SimulatedProgrammer::CloseBlocks() {
@@ -210,6 +211,7 @@ std::optional<std::uint8_t> SimulatedProgrammer::Execute(std::uint8_t value,
 ShifterBytes SimulatedProgrammer::shifter_bytes() const {
   if (register_setup_) return std::bit_cast<ShifterBytes>(*register_setup_);
   std::array<std::uint8_t, sizeof(ShifterBytes)> bytes{};
+  if (!vars_.quorinubuf1.block().BaseAddress()) return std::bit_cast<ShifterBytes>(bytes);
   for (std::size_t i = 0; i < bytes.size(); ++i) {
     bytes[i] = vars_.quorinubuf1[kFirstShifterByte + static_cast<std::int64_t>(i)];
   }
@@ -220,7 +222,9 @@ ShifterBytes SimulatedProgrammer::shifter_bytes() const {
 
 void SimulatedProgrammer::usbcomwrite(std::span<const std::uint8_t> packet) {
   Spend(kCommand);
-  if (!packet.empty() && packet[0] == kCapturePacket) pipe_.Arm();
+  if (packet.size() == kArmBytes && std::ranges::equal(packet.first(kArmHead.size()), kArmHead)) {
+    pipe_.Arm();
+  }
 }
 
 void SimulatedProgrammer::usbbulkread(std::span<std::uint8_t> destination, std::uint8_t& status) {
@@ -230,7 +234,7 @@ void SimulatedProgrammer::usbbulkread(std::span<std::uint8_t> destination, std::
 std::int32_t SimulatedProgrammer::BlockTransfer(std::int32_t data, std::int32_t address,
                                                 std::int32_t check_mode) {
   try {
-    return Judge(vars_, data, address, check_mode);
+    return Judge(vars_, data, address, check_mode, on_turn);
   } catch (const RangeError&) {
     throw ComponentError("BlockTransfer", kInvalidArgument);
   }

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -30,6 +31,10 @@ class SimulatedProgrammer : public Programmer {
 
   /// `instance`: the number of the shared blocks that it serves.
   SimulatedProgrammer(Clock& clock, Socket& socket, std::int16_t instance, const Defects& defects);
+
+  /// Lets the message loop of whoever calls turn once: a compare does so at each difference, so
+  /// that it can be stopped.
+  std::function<void()> on_turn;
 
   /// News of a running transfer, for whoever waits in virtual time.
   [[nodiscard]] std::optional<std::int64_t> NextEvent() const { return pipe_.NextEvent(); }

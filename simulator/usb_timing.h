@@ -1,5 +1,5 @@
-// How long the programmer's USB connection takes: full speed, 12 Mbit/s, frames of 1 ms, as the USB
-// 2.0 specification has them (section 5.8.4: at most 19 bulk packets of 64 bytes in a frame).
+// How long the programmer's USB connection takes: full speed, 12 Mbit/s, frames of 1 ms, as USB
+// 2.0 has them (section 5.8.4: at most 19 bulk packets of 64 bytes in a frame).
 #pragma once
 
 #include <cstddef>

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "resources/string_table.h"
+#include "shared/text.h"
 
 namespace fliglaf {
 namespace {
@@ -27,8 +28,6 @@ constexpr int kListingHeader1 = 5;
 constexpr int kListingHeader2 = 6;
 constexpr int kReadBackFails = 12;
 }  // namespace note
-
-std::u16string Widen(std::string_view ascii) { return {ascii.begin(), ascii.end()}; }
 
 /// The host's fragments around a name, as they stand in captions and start lines.
 std::u16string Framed(const Run& run, std::u16string_view name) {

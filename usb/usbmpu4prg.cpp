@@ -7,6 +7,7 @@
 
 #include "families/power_up.h"
 #include "resources/string_table.h"
+#include "shared/text.h"
 #include "usb/dispatch.h"
 #include "usb/notes.h"
 #include "usb/sequence.h"
@@ -64,6 +65,8 @@ void usbmpu4prg::wmpu0() {
     Abandon("Index out of range");
   } catch (const std::bad_alloc&) {
     Abandon("Out of memory");
+  } catch (const std::exception& error) {
+    Abandon(error.what());
   }
 }
 
@@ -115,7 +118,7 @@ void usbmpu4prg::Abandon(std::string_view reason) noexcept {
     if (!run_.stopped()) vars_->quorinprgresult[0] = result::kFailure;
   });
   attempt(
-      [this, reason] { run_.Log(u">>" + std::u16string(reason.begin(), reason.end()) + u"\n"); });
+      [this, reason] { run_.Log(u">>" + Widen(reason) + u"\n"); });
   attempt([this] { programmer_.EndRun(); });
 }
 

@@ -20,9 +20,8 @@ class usbmpu4prg {
   usbmpu4prg(std::shared_ptr<SharedVariables> variables, Programmer& programmer,
              platform::Desktop& desktop);
 
-  /// Runs the whole request. Failures are left in quorinprgresult(0) and the log; no exception of a
-  /// component, an index or the memory leaves, and on every way out but a failed start the run has
-  /// been ended with EndRun.
+  /// Runs the whole request. Failures are left in quorinprgresult(0) and the log; no exception
+  /// leaves, and on every way out but a failed start the run has been ended with EndRun.
   void wmpu0();
 
   /// Announces a verify pass: see prgnote1 in usb/notes.h.

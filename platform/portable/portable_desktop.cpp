@@ -32,8 +32,8 @@ int PortableDesktop::MsgBox(int style, std::u16string_view title, std::u16string
 }
 
 void PortableDesktop::DoEvents() {
-  if (on_turn) on_turn();
-  if (FireDueTimers()) return;
+  const bool handled = on_turn && on_turn();
+  if (FireDueTimers() || handled) return;
 
   std::optional<std::int64_t> next = time_.NextEvent();
   for (const Running& running : running_) {

@@ -10,6 +10,7 @@ constexpr std::uint8_t kReadPage = 0x30;
 constexpr std::uint8_t kWritePage = 0x50;
 constexpr std::uint8_t kReadSignature = 0x28;
 constexpr int kPageBytes = 256;
+constexpr std::uint8_t kLockLevels = 3;
 constexpr std::uint8_t kHiddenByte = 0x00;
 
 /// From the rise of reset to the first instruction: the oscillator has to start.
@@ -26,7 +27,7 @@ Isp51Chip::Isp51Chip(const Clock& clock, std::size_t flash_bytes,
     : clock_(clock), flash_(flash_bytes), signature_(signature), timing_(timing) {}
 
 std::vector<MemoryArea> Isp51Chip::Memory() {
-  return {{"flash", flash_.cells(), FlashArray::kErased}, {"lock", {&lock_level_, 1}, 0}};
+  return {{"flash", flash_.cells(), FlashArray::kErased}, {"lock", {&lock_level_, 1}, 0, kLockLevels}};
 }
 
 void Isp51Chip::Power(bool on) {
@@ -76,10 +77,9 @@ void Isp51Chip::TakeByte(std::uint8_t byte) {
 
 void Isp51Chip::TakeInstructionByte(std::uint8_t byte) {
   instruction_[instruction_bytes_++] = byte;
-  if (instruction_bytes_ == 2 && instruction_[0] == kReadPage)
-    return StartPage(Phase::kReadingPage);
-  if (instruction_bytes_ == 2 && instruction_[0] == kWritePage) {
-    return StartPage(Phase::kWritingPage);
+  if (instruction_bytes_ == 2 && enabled_) {
+    if (instruction_[0] == kReadPage) return StartPage(Phase::kReadingPage);
+    if (instruction_[0] == kWritePage) return StartPage(Phase::kWritingPage);
   }
   if (instruction_bytes_ == 3) {
     if (instruction_[0] == kControl && instruction_[1] == kProgrammingEnable) {

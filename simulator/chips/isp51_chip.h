@@ -46,7 +46,7 @@ struct Isp51Timing {
 ///   that edge also leaves programming mode.
 /// - Only the programming enable is understood before it; the fourth byte answers 0x69.
 /// - It is busy for its write, erase and lock times. Data bytes and instructions that come while it
-///   is busy are lost; what is read then is 0x00.
+///   is busy are taken in and not carried out; what is read then is 0x00.
 /// - Level 1 forbids programming, level 2 reading as well (0x00 is read), level 3 external
 /// execution.
 ///   Each level needs the one before it; a chip erase lifts them.

@@ -105,8 +105,9 @@ TEST_F(Program, TellsADeviceThatDiffersFromACheckThatCouldNotBeMade) {
 TEST_F(Program, RefusesBadInputBeforeAnythingIsDone) {
   std::ofstream(folder_ / "sum.hex") << ":0100000000FE\n:00000001FF\n";
   std::ofstream(folder_ / "bad.chip")
-      << "fliglaf chip 1\ndevice isp51-4k\narea flash 4096\n0FFF: 00 00\n";
+      << "fliglaf chip 1\ndevice isp51-4k\narea flash 4096\n0FFF: 00 00\nend\n";
   std::ofstream(folder_ / "other.chip") << "fliglaf chip 1\ndevice isp51-8k\n";
+  std::ofstream(folder_ / "cut.chip") << "fliglaf chip 1\ndevice isp51-4k\narea lock 1\n";
   struct Case {
     const char* arguments;
     const char* message;
@@ -125,6 +126,7 @@ TEST_F(Program, RefusesBadInputBeforeAnythingIsDone) {
            Case{"blank isp51-4k --fault stuck=4096.0=1", "from 0 to 4095"},
            Case{"blank isp51-4k --chip bad.chip", "bad.chip:4: the row goes beyond"},
            Case{"blank isp51-4k --chip other.chip", "other.chip:2: the file holds a isp51-8k"},
+           Case{"blank isp51-4k --chip cut.chip", "cut.chip:3: the file ends before"},
            Case{"blank isp51-4k --devices none", "none"},
        }) {
     EXPECT_EQ(Run(c.arguments), 2) << c.arguments;

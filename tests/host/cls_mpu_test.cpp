@@ -65,7 +65,7 @@ TEST(Object, CallsFromWithinARunWaitOrReturnAtOnce) {
   TestHost host;
   bool called = false;
   host.desktop.on_turn = [&] {
-    if (std::exchange(called, true)) return;
+    if (std::exchange(called, true)) return false;
     std::int16_t usb = -1;
     std::int16_t instance = 9;
     const std::size_t calls = host.tap.calls.size();
@@ -74,6 +74,7 @@ TEST(Object, CallsFromWithinARunWaitOrReturnAtOnce) {
     host.mpu->bufcommpu4(instance);
     host.mpu->freesharebuffermpu4();
     EXPECT_EQ(clsMemMapped().findnum(), 0) << "nothing of it is open yet";
+    return true;
   };
   EXPECT_EQ(host.Run(4), 0) << host.log();
   clsMemMapped probe;
@@ -89,6 +90,7 @@ TEST(Object, MayBeReleasedDuringARun) {
   host.desktop.on_turn = [&] {
     if (second) second->freesharebuffermpu4();
     second.reset();
+    return false;
   };
   EXPECT_EQ(host.Run(4), 0);
   EXPECT_EQ(second, nullptr);

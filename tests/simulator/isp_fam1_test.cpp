@@ -89,6 +89,7 @@ TEST(IspFam1Stop, EndsProgrammingWithoutVerify) {
   int turns = 0;
   host.desktop.on_turn = [&] {
     if (++turns == 4) host.vars.quorinprgresult[0] = 2;  // after the third page
+    return turns == 4;
   };
   EXPECT_EQ(host.Run(kProgram), 2);
   EXPECT_THAT(host.log(), StartsWith(">><op6>\nstopped\n>> "));
@@ -96,6 +97,31 @@ TEST(IspFam1Stop, EndsProgrammingWithoutVerify) {
   EXPECT_EQ(host.tap.Count("usbbulkread"), 0U);
   EXPECT_EQ(host.tap.calls.back().operation, "EndRun");
   EXPECT_EQ(host.vars.quorinprgmode[1], 18) << "100 x 752 div 4096, byte 240 of the third page";
+}
+
+TEST(IspFam1Stop, IsNotLostWhileATransferHangs) {
+  TestHost host(4096, {.programmer = {.usb = simulator::CapturePipe::Fault::kNeverAnswers}});
+  bool pressed = false;
+  host.desktop.on_turn = [&] {
+    if (pressed || host.tap.Count("usbbulkread") == 0) return false;
+    host.vars.quorinprgresult[0] = 2;
+    return pressed = true;
+  };
+  EXPECT_EQ(host.Run(kRead), 2) << host.log();
+  EXPECT_EQ(host.tap.Count("usbbulkread"), 1U);
+}
+
+TEST(IspFam1Stop, EndsACompareThatLists) {
+  TestHost host;
+  host.SetImage(std::vector<std::uint8_t>(4096, 0x00));
+  host.bench.programmer().on_turn = [&] { host.desktop.DoEvents(); };
+  host.desktop.on_turn = [&] {
+    if (host.tap.Count("BlockTransfer") < 10) return false;
+    host.vars.quorinprgresult[0] = 2;
+    return true;
+  };
+  EXPECT_EQ(host.Run(kCompare), 2);
+  EXPECT_EQ(host.tap.Count("BlockTransfer"), 10U);
 }
 
 TEST(IspFam1Transfers, ThatNeverAnswerAreGivenUpAfterTenCaptures) {

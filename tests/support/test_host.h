@@ -91,7 +91,7 @@ class TestHost {
         mpu(std::make_unique<clsMPU>(library)) {
     vars.OpenMainGroup(instance, [] {});
     vars.quorinbuflength[0] = flash_bytes;
-    vars.OpenDataBuffers(flash_bytes + kDataBufferMargin, [] {});
+    vars.OpenDataBuffers(vars.DataBufferLength(), [] {});
     mpu->bufcommpu4(instance);
 
     vars.quorinprgmode[0] = 1;

@@ -98,7 +98,10 @@ TEST_F(BulkReadTest, DataWithoutEndMarkTimeOutAfterFiveSeconds) {
 }
 
 TEST_F(BulkReadTest, StopEndsTheWaitAtOnceAndStays) {
-  desktop_.on_turn = [&] { host_.vars.quorinprgresult[0] = 2; };
+  desktop_.on_turn = [&] {
+    host_.vars.quorinprgresult[0] = 2;
+    return true;
+  };
   EXPECT_EQ(BulkRead(run_, 1, 0, 65), 1) << "also when the data are there already";
   EXPECT_EQ(host_.vars.quorinprgresult[0], 2);
 }

@@ -39,6 +39,16 @@ TEST(Driver, EveryComponentFailureEndsTheRunWithItsLine) {
   }
 }
 
+TEST(Driver, AnyOtherExceptionEndsTheRunToo) {
+  TestHost host;
+  host.desktop.on_turn = []() -> bool { throw std::runtime_error("the host's window failed"); };
+  EXPECT_EQ(host.Run(4), 1);
+  EXPECT_THAT(host.log(), EndsWith(">>the host's window failed\n"));
+  EXPECT_EQ(host.tap.calls.back().operation, "EndRun");
+  host.desktop.on_turn = nullptr;
+  EXPECT_EQ(host.Run(4), 0);
+}
+
 TEST(Driver, StartThatFailsEndsWithoutEndRun) {
   TestHost host(4096, {.programmer = {.not_found = true}});
   host.vars.quorinprgresult[0] = 9;
