@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <istream>
+#include <limits>
+#include <optional>
+#include <string>
+
+#include "record/playback.h"
+
+namespace fliglaf::record {
+
+struct PlayOptions {
+  /// A difference tells the calls before it.
+  bool keep_calls = false;
+  /// Longest data buffer that a record may ask for, in bytes.
+  std::int32_t longest_data = std::numeric_limits<std::int32_t>::max();
+};
+
+struct Verdict {
+  /// Component calls and message boxes that agreed.
+  std::uint64_t calls = 0;
+  /// None when all agreed.
+  std::optional<Difference> difference;
+};
+
+/// Runs the library against the record `in`, which messages call `name`. Throws RecordError when it
+/// cannot be read, std::runtime_error when somebody else in the process has the shared variables
+/// of instance 0 open.
+[[nodiscard]] Verdict PlayRecord(std::istream& in, const std::string& name,
+                                 const PlayOptions& options);
+
+}  // namespace fliglaf::record
