@@ -101,9 +101,7 @@ void HostSession::CheckSignature(const Signature& expected) {
   vars_.quorintypeid[0] = expected.device;
 }
 
-void HostSession::Run(clsMPU& object, std::span<const std::uint8_t> codes) {
-  std::int16_t instance = instance_;
-  object.bufcommpu4(instance);
+void HostSession::Request(std::span<const std::uint8_t> codes) {
   if (codes.size() == 1) {
     vars_.quorinprgresult[1] = codes.front();
   } else {
@@ -112,6 +110,14 @@ void HostSession::Run(clsMPU& object, std::span<const std::uint8_t> codes) {
     std::ranges::copy(codes, vars_.quorinautoprg.Range(0, std::ssize(codes)).begin());
   }
   vars_.quorinprgresult[0] = 0;
+}
+
+void HostSession::Open(clsMPU& object) const {
+  std::int16_t instance = instance_;
+  object.bufcommpu4(instance);
+}
+
+void HostSession::Run(clsMPU& object) {
   std::int16_t on_usb = kTrue;
   object.runMpu4Prg(on_usb);
 }

@@ -29,9 +29,13 @@ class HostSession {
   void SetMargin(int steps) { vars_.quorinwlverifyvcc[0] = steps; }
   void CheckSignature(const Signature& expected);
 
-  /// Runs the operations of `codes`: one as a request, several as an automatic sequence of at most
-  /// eleven.
-  void Run(clsMPU& object, std::span<const std::uint8_t> codes);
+  /// Asks for the operations of `codes`: one as a request, several as an automatic sequence of at
+  /// most eleven.
+  void Request(std::span<const std::uint8_t> codes);
+  /// Has `object` open the blocks.
+  void Open(clsMPU& object) const;
+  /// Runs the request.
+  void Run(clsMPU& object);
 
   /// Asks the running request to stop; to be repeated at each turn of the message loop, since the
   /// start of an operation forgets it.
@@ -41,6 +45,7 @@ class HostSession {
   [[nodiscard]] int percent() const { return vars_.quorinprgmode[1]; }
   [[nodiscard]] std::u16string_view log() const { return vars_.quorinMainRtstr[0]; }
   [[nodiscard]] std::int16_t instance() const { return instance_; }
+  [[nodiscard]] SharedVariables& variables() { return vars_; }
 
  private:
   void DescribeDevice();

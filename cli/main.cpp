@@ -10,7 +10,7 @@
 #include "cli/options.h"
 #include "cli/usage_error.h"
 #include "devices/device_catalogue.h"
-#include "images/whole_file.h"
+#include "record/replay.h"
 
 namespace fliglaf::cli {
 namespace {
@@ -30,7 +30,14 @@ const DeviceProfile& FindDevice(const DeviceCatalogue& catalogue, const std::str
                                    : fmt::format("did you mean {}?", fmt::join(nearest, ", "))));
 }
 
+/// The exit statuses of a replay are those of the program: 0 agrees, 1 differs, 2 unreadable.
+ExitStatus ReplayRecords(const Options& options) {
+  return static_cast<ExitStatus>(
+      record::Replay(options.records, {.explain = options.explain}, std::cout, std::cerr));
+}
+
 ExitStatus Run(const Options& options) {
+  if (options.command == Command::kReplay) return ReplayRecords(options);
   const DeviceCatalogue catalogue = LoadCatalogue(options);
   if (options.command == Command::kDevices) {
     PrintDevices(catalogue, options.json);

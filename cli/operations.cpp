@@ -2,6 +2,7 @@
 
 #include <ctime>
 #include <iostream>
+#include <sstream>
 #include <vector>
 
 #include <fmt/format.h>
@@ -19,6 +20,7 @@
 #include "images/image.h"
 #include "platform/portable/portable_desktop.h"
 #include "platform/terminal.h"
+#include "record/recorder.h"
 #include "usb/operation.h"
 #include "usb/run.h"
 
@@ -177,12 +179,30 @@ class OperationRun {
   }
 
   [[nodiscard]] HostSession& session() { return session_; }
-  [[nodiscard]] SimulatedBench& bench() { return bench_; }
+
+  /// Writes what the run leaves behind, whatever became of it: the chip's contents and the record.
+  void Keep() {
+    bench_.KeepChip();
+    if (options_.record_file.empty()) return;
+    if (!record_problem_.empty()) {
+      throw ImageError(fmt::format("{}: the run cannot be recorded: {}",
+                                   options_.record_file.string(), record_problem_));
+    }
+    const std::string text = record_.str();
+    WriteFileWhole(options_.record_file,
+                   {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+  }
 
   Report Run(const std::string& device) {
-    Library library(watch_, desktop_);
-    clsMPU object(library);
-    session_.Run(object, codes_);
+    session_.Request(codes_);
+    if (options_.record_file.empty()) {
+      Library library(watch_, desktop_);
+      clsMPU object(library);
+      session_.Open(object);
+      session_.Run(object);
+    } else {
+      RunRecorded();
+    }
     progress_->Finish();
     Report report;
     report.log = ToUtf8(session_.log());
@@ -191,6 +211,16 @@ class OperationRun {
   }
 
  private:
+  void RunRecorded() {
+    record::Recorder recorder(watch_, desktop_, session_.variables(), record_);
+    Library library(recorder.programmer(), recorder.desktop());
+    clsMPU object(library);
+    session_.Open(object);
+    recorder.Begin("runMpu4Prg(-1)");
+    session_.Run(object);
+    if (!recorder.End()) record_problem_ = recorder.problem();
+  }
+
   /// True when a stop was asked for in this turn.
   bool Turn() {
     const std::string log = ToUtf8(session_.log());
@@ -208,6 +238,8 @@ class OperationRun {
   platform::PortableDesktop desktop_;
   Questions questions_;
   std::unique_ptr<Progress> progress_;
+  std::ostringstream record_;
+  std::string record_problem_;
 };
 
 }  // namespace
@@ -216,6 +248,7 @@ ExitStatus RunOperationCommand(const Options& options, const DeviceProfile& devi
   const bool reads = options.command == Command::kRead;
   const ImageFormat format = reads ? OutputFormat(options) : ImageFormat::kBinary;
   if (reads) CheckWritable(options.output);
+  if (!options.record_file.empty()) CheckWritable(options.record_file);
 
   OperationRun run(options, device);
   std::size_t bytes = 0;
@@ -234,7 +267,7 @@ ExitStatus RunOperationCommand(const Options& options, const DeviceProfile& devi
   }
   report.bytes = bytes;
   PrintReport(options, report);
-  run.bench().KeepChip();
+  run.Keep();
   return report.status;
 }
 

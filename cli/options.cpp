@@ -31,6 +31,7 @@ class Parser {
     AddVerifyAndCompare();
     AddBlankAndErase();
     AddLock();
+    AddReplay();
   }
 
   std::optional<Options> Parse(int argc, const char* const* argv) {
@@ -88,6 +89,9 @@ class Parser {
                {"retry", MismatchAnswer::kRetry},
                {"ignore", MismatchAnswer::kIgnore}},
               "What to do about a wrong signature, instead of asking");
+    sub->add_option("--record", options_.record_file,
+                    "Write a record of the run, for \"fliglaf replay\"")
+        ->type_name("FILE");
     AddBenchOptions(sub);
     sub->add_flag("--json", options_.json,
                   "Print one JSON object with result, log, time and counts");
@@ -196,6 +200,21 @@ class Parser {
     sub->add_option("level", options_.lock_level, "Lock level, from 1")
         ->type_name("LEVEL")
         ->required();
+  }
+
+  void AddReplay() {
+    CLI::App* sub =
+        app_.add_subcommand("replay", "Play run records back, with no programmer and no chip");
+    sub->footer("Example:\n  fliglaf replay failure.run --explain");
+    sub->callback([this] {
+      options_.command = Command::kReplay;
+      options_.command_name = "replay";
+    });
+    sub->add_option("records", options_.records, "Records, as --record writes them")
+        ->type_name("FILE")
+        ->required();
+    sub->add_flag("--explain", options_.explain,
+                  "At a difference, tell the calls before it and where in the run it is");
   }
 
   CLI::App app_{"fliglaf programs microcontrollers on a simulated bench.", "fliglaf"};

@@ -7,7 +7,7 @@
 
 namespace fliglaf::cli {
 
-enum class Command { kDevices, kProgram, kRead, kVerify, kBlank, kCompare, kErase, kLock };
+enum class Command { kDevices, kProgram, kRead, kVerify, kBlank, kCompare, kErase, kLock, kReplay };
 
 enum class ProgressStyle { kAuto, kBar, kLines, kJson, kNone };
 
@@ -29,6 +29,10 @@ struct Options {
 
   bool check_signature = true;
   MismatchAnswer on_mismatch = MismatchAnswer::kAsk;
+
+  std::filesystem::path record_file;           ///< where to write the run's record
+  std::vector<std::filesystem::path> records;  ///< to replay
+  bool explain = false;
 
   std::filesystem::path chip_file;
   std::vector<std::string> faults;
