@@ -122,6 +122,7 @@ TEST_F(Program, RefusesBadInputBeforeAnythingIsDone) {
            Case{"read isp51-4k -o none/x.hex", "none"},
            Case{"read isp51-4k -o x.txt", ".hex"},
            Case{"lock isp51-4k 4", "levels 1 to 3"},
+           Case{"blank isp51-4k --record none/x.run", "none"},
            Case{"blank isp51-4k --fault smoke", "--fault smoke: expected no-programmer"},
            Case{"blank isp51-4k --fault stuck=4096.0=1", "from 0 to 4095"},
            Case{"blank isp51-4k --chip bad.chip", "bad.chip:4: the row goes beyond"},
@@ -140,15 +141,37 @@ TEST_F(Program, RefusesBadInputBeforeAnythingIsDone) {
 TEST_F(Program, StopsAtASignalWithTheSocketOff) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     fs::remove(folder_ / "err");
-    const pid_t run = Start("program isp51-8k random.bin --no-erase --real-time --chip c");
+    const pid_t run = Start("program isp51-8k random.bin --no-erase --real-time --chip c --record r");
     while (ReadText(folder_ / "err").find("Program") == std::string::npos) {
       std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     kill(run, signal);
     EXPECT_EQ(Wait(run), 130) << err_;
     EXPECT_THAT(out_, HasSubstr(">><Program>\n>>Stopped\n>> "));
+    EXPECT_EQ(Run("replay r --explain"), 0) << out_ << err_;
     EXPECT_THAT(ReadText(folder_ / "c"), StartsWith("fliglaf chip 1\ndevice isp51-8k\narea flash"));
   }
+}
+
+TEST_F(Program, RecordsWhatReplaysAndReportsWhatDoesNot) {
+  const std::string example = FLIGLAF_EXAMPLES "/blink.hex";
+  ASSERT_EQ(Run("program isp51-4k " + example + " --chip c --margin 2 --record a"), 0) << err_;
+  EXPECT_EQ(Run("read isp51-4k --chip c -o x.bin --record b --fault usb-timeout"), 3);
+  EXPECT_EQ(Run("compare isp51-4k --chip c x.bin --record c2"), 2) << "there is no such file";
+  EXPECT_EQ(Run("blank isp51-4k --chip c --record d --fault call=BlockTransfer"), 3);
+  EXPECT_EQ(Run("blank isp51-8k --record e --fault no-chip --on-mismatch retry"), 1);
+  EXPECT_EQ(Run("replay a b d e"), 0) << out_ << err_;
+  EXPECT_FALSE(fs::exists(folder_ / "c2"));
+
+  std::string record = ReadText(folder_ / "d");
+  std::ofstream(folder_ / "broken") << record.substr(0, record.size() / 2);
+  record.replace(record.find("SetVcc(5000)"), 12, "SetVcc(5001)");
+  std::ofstream(folder_ / "changed") << record;
+  EXPECT_EQ(Run("replay broken changed d"), 2);
+  EXPECT_THAT(err_, StartsWith("broken:")) << "the first file cannot be read";
+  EXPECT_THAT(out_, HasSubstr(": expected SetVcc(5001), got SetVcc(5000)\n"));
+  EXPECT_THAT(out_, HasSubstr("d: ok, ")) << "the files after it are played";
+  EXPECT_EQ(Run("replay changed d"), 1);
 }
 
 TEST_F(Program, ShowsProgressAsAskedFor) {

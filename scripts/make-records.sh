@@ -1,0 +1,44 @@
+#!/usr/bin/env bash
+# Makes the run records under tests/records anew, from the simulated bench. Read what changed, call by
+# call, before you keep it: a record is the exact traffic that the library is held to.
+#   scripts/make-records.sh [FOLDER]
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+. scripts/setup.sh
+records=$(realpath "${1:-tests/records}")
+devices=$PWD/tests/records/devices
+fliglaf=$PWD/build/release/bin/fliglaf
+configure_and_build release fliglaf
+
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+cd "$folder"
+
+# record NAME COMMAND DEVICE ARGUMENT...: the command may fail, the record is what counts.
+record() {
+  local name=$1
+  shift
+  "$fliglaf" "$@" --devices "$devices" --progress none --record "$records/$name.run" >/dev/null 2>&1 || true
+  "$fliglaf" replay "$records/$name.run"
+}
+
+# An image of 256 bytes in which every byte is another, and one that differs from it in three.
+for ((i = 0; i < 256; i++)); do printf "\\x$(printf %02x $(((i * 7 + 1) % 256)))"; done >image.bin
+{ head -c 16 image.bin; printf '\x00\x00\x00'; tail -c +20 image.bin; } >other.bin
+
+record f1_program_with_erase program isp51-tiny image.bin --chip c
+record f1_read read isp51-tiny -o read.bin --chip c
+record f1_verify verify isp51-tiny image.bin --chip c
+record f1_verify_fails verify isp51-tiny other.bin --chip c
+record f1_compare_three_differences compare isp51-tiny other.bin --chip c
+record f1_blank_fails blank isp51-tiny --chip c
+record f1_lock_1 lock isp51-tiny 1 --chip c
+record f1_lock_2 lock isp51-tiny 2 --chip c
+record f1_lock_3 lock isp51-tiny 3 --chip c
+record f1_erase erase isp51-tiny --chip c --no-signature
+record f1_program_both_supplies program isp51-tiny image.bin --no-erase --margin 2 --no-signature
+record f1_read_never_answers read isp51-tiny -o none.bin --fault usb-timeout
+record f1_read_fails_at_a_call read isp51-tiny -o none.bin --fault call=FlushQueue
+record f1_blank_wrong_signature blank isp51-tiny --fault no-chip --on-mismatch retry
+record no_programmer blank isp51-tiny --fault no-programmer
+record no_adapter blank isp51-tiny --fault no-adapter
