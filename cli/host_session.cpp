@@ -27,12 +27,7 @@ HostSession::HostSession(std::int16_t instance, const DeviceProfile& device)
 }
 
 /// The blocks go with their last owner, the texts in them only when somebody frees them.
-HostSession::~HostSession() {
-  for (SharedVariable* variable : vars_.table()) {
-    auto* const texts = dynamic_cast<StringVariable*>(variable);
-    for (int i = 0; texts != nullptr && i < texts->count(); ++i) texts->Set(i, u"");
-  }
-}
+HostSession::~HostSession() { vars_.EmptyTexts(); }
 
 std::int16_t HostSession::FreeInstance() { return clsMemMapped().findnum(); }
 

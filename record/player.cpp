@@ -13,6 +13,7 @@
 #include "record/funnel_programmer.h"
 #include "resources/string_table.h"
 #include "shared/cls_mem_mapped.h"
+#include "shared/text.h"
 
 namespace fliglaf::record {
 namespace {
@@ -26,12 +27,7 @@ class PlayedProgrammer : public FunnelProgrammer {
     playback_.BulkRead(destination, status);
   }
   [[nodiscard]] std::u16string datstr(std::int32_t value, std::int32_t digits) override {
-    auto pattern = static_cast<std::uint32_t>(value);
-    std::u16string text(static_cast<std::size_t>(std::max(digits, 0)), u'0');
-    for (auto digit = text.rbegin(); digit != text.rend(); ++digit, pattern /= 16) {
-      *digit = u"0123456789ABCDEF"[pattern % 16];
-    }
-    return text;
+    return HexDigits(value, digits);
   }
 
  protected:
@@ -138,13 +134,7 @@ class TextsFreed {
   explicit TextsFreed(SharedVariables& vars) : vars_(vars) {}
   TextsFreed(const TextsFreed&) = delete;
   TextsFreed& operator=(const TextsFreed&) = delete;
-  ~TextsFreed() {
-    for (SharedVariable* variable : vars_.table()) {
-      if (!IsText(*variable)) continue;
-      auto& texts = static_cast<StringVariable&>(*variable);
-      for (std::int32_t i = 0; i < texts.count(); ++i) texts.Set(i, u"");
-    }
-  }
+  ~TextsFreed() { vars_.EmptyTexts(); }
 
  private:
   SharedVariables& vars_;

@@ -38,6 +38,14 @@ std::int32_t SharedVariables::DataBufferLength() const {
   return std::min(length, kLongest) + kDataBufferMargin;
 }
 
+void SharedVariables::EmptyTexts() {
+  for (SharedVariable* variable : table()) {
+    if (variable->type() != ElementType::kString) continue;
+    auto& texts = static_cast<StringVariable&>(*variable);
+    for (std::int32_t i = 0; i < texts.count(); ++i) texts.Set(i, u"");
+  }
+}
+
 void SharedVariables::ReleaseMainGroup() {
   for (SharedVariable* variable : main_group()) variable->Release();
 }

@@ -97,6 +97,8 @@ class SharedVariables {
   void OpenDataBuffers(std::int32_t length, const std::function<void()>& on_failure);
   /// Length of quorinibuffer for the data length in quorinbuflength(0), in bytes.
   [[nodiscard]] std::int32_t DataBufferLength() const;
+  /// Empties every text, for the side that made the blocks: they do not free what they refer to.
+  void EmptyTexts();
   void ReleaseMainGroup();
   void ReleaseDataBuffers();
 };

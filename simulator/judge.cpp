@@ -1,9 +1,9 @@
 #include "simulator/judge.h"
 
-#include <algorithm>
 #include <string>
 
 #include "resources/string_table.h"
+#include "shared/text.h"
 #include "usb/run.h"
 
 namespace fliglaf::simulator {
@@ -21,8 +21,8 @@ std::uint8_t ErasedValue(const SharedVariables& vars) {
 
 /// The common beginning of a failed verify and a failed blank check.
 std::u16string DeviceNote(const SharedVariables& vars, std::uint8_t data, std::int32_t address) {
-  return std::u16string(Text(vars, text::kDeviceAddress)) + Hexadecimal(address, 8) +
-         std::u16string(Text(vars, text::kDeviceData)) + Hexadecimal(data, 2);
+  return std::u16string(Text(vars, text::kDeviceAddress)) + HexDigits(address, 8) +
+         std::u16string(Text(vars, text::kDeviceData)) + HexDigits(data, 2);
 }
 
 std::int32_t Fail(SharedVariables& vars, const std::u16string& note) {
@@ -35,8 +35,8 @@ std::int32_t Verify(SharedVariables& vars, std::uint8_t data, std::int32_t addre
   const std::uint8_t expected = vars.quorinibuffer[address];
   if (data == expected) return 0;
   return Fail(vars, DeviceNote(vars, data, address) +
-                        std::u16string(Text(vars, text::kBufferAddress)) + Hexadecimal(address, 8) +
-                        std::u16string(Text(vars, text::kBufferData)) + Hexadecimal(expected, 2) +
+                        std::u16string(Text(vars, text::kBufferAddress)) + HexDigits(address, 8) +
+                        std::u16string(Text(vars, text::kBufferData)) + HexDigits(expected, 2) +
                         u"H\n");
 }
 
@@ -51,23 +51,13 @@ std::int32_t Compare(SharedVariables& vars, std::uint8_t data, std::int32_t addr
   if (data == expected) return 0;
   if (turn) turn();
   if (vars.quorinprgresult[0] == result::kStopped) return 1;
-  vars.quorinMainRtstr.Append(1, u">> " + Hexadecimal(address, 8) + u"H  " + Hexadecimal(data, 2) +
-                                     u"H        " + Hexadecimal(address, 8) + u"H  " +
-                                     Hexadecimal(expected, 2) + u"H\n");
+  vars.quorinMainRtstr.Append(1, u">> " + HexDigits(address, 8) + u"H  " + HexDigits(data, 2) +
+                                     u"H        " + HexDigits(address, 8) + u"H  " +
+                                     HexDigits(expected, 2) + u"H\n");
   return 0;
 }
 
 }  // namespace
-
-std::u16string Hexadecimal(std::int64_t value, std::int32_t digits) {
-  std::u16string text(static_cast<std::size_t>(std::max(digits, 0)), u'0');
-  auto pattern = static_cast<std::uint64_t>(value);
-  for (auto digit = text.rbegin(); digit != text.rend(); ++digit) {
-    *digit = u"0123456789ABCDEF"[pattern % 16];
-    pattern /= 16;
-  }
-  return text;
-}
 
 std::int32_t Judge(SharedVariables& vars, std::int32_t data, std::int32_t address,
                    std::int32_t check_mode, const std::function<void()>& turn) {

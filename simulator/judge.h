@@ -17,7 +17,4 @@ namespace fliglaf::simulator {
 [[nodiscard]] std::int32_t Judge(SharedVariables& vars, std::int32_t data, std::int32_t address,
                                  std::int32_t check_mode, const std::function<void()>& turn);
 
-/// The low `digits` hexadecimal digits of `value`, upper case.
-[[nodiscard]] std::u16string Hexadecimal(std::int64_t value, std::int32_t digits);
-
 }  // namespace fliglaf::simulator

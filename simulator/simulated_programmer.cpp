@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 
+#include "shared/text.h"
 #include "simulator/judge.h"
 #include "simulator/usb_timing.h"
 
@@ -241,7 +242,7 @@ std::int32_t SimulatedProgrammer::BlockTransfer(std::int32_t data, std::int32_t 
 }
 
 std::u16string SimulatedProgrammer::datstr(std::int32_t value, std::int32_t digits) {
-  return Hexadecimal(value, digits);
+  return HexDigits(value, digits);
 }
 
 }  // namespace fliglaf::simulator
