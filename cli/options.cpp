@@ -31,6 +31,8 @@ class Parser {
     AddVerifyAndCompare();
     AddBlankAndErase();
     AddLock();
+    AddOperation("signature", Command::kSignature,
+                 "Check that the expected device is in the socket", "signature isp51-8k");
     AddReplay();
   }
 
@@ -141,10 +143,22 @@ class Parser {
         sub->add_option("file", options_.memory_file,
                         "Contents of the main memory: Intel HEX, Motorola S-record or binary")
             ->type_name("FILE");
-    sub->add_option("--image", options_.image_file,
-                    "The whole device image instead, as the library lays it out")
-        ->type_name("FILE")
-        ->excludes(memory);
+    CLI::Option* const eeprom = AddEeprom(sub);
+    AddImage(sub)->excludes(memory)->excludes(eeprom);
+  }
+
+  CLI::Option* AddEeprom(CLI::App* sub) {
+    return sub
+        ->add_option("--eeprom", options_.eeprom_file,
+                     "Contents of the data memory, in a file of its own from address 0")
+        ->type_name("FILE");
+  }
+
+  CLI::Option* AddImage(CLI::App* sub) {
+    return sub
+        ->add_option("--image", options_.image_file,
+                     "The whole device image instead, as the library lays it out")
+        ->type_name("FILE");
   }
 
   void AddMargin(CLI::App* sub) {
@@ -173,9 +187,10 @@ class Parser {
     CLI::App* sub = AddOperation("read", Command::kRead, "Read a device into a file",
                                  "read isp51-8k -o contents.hex --chip bench.chip");
     sub->add_option("-o,--output", options_.output,
-                    "File to write; its ending tells the format (.hex, .s19, .bin, ...)")
-        ->type_name("FILE")
-        ->required();
+                    "File for the main memory; its ending tells the format (.hex, .s19, .bin, ...)")
+        ->type_name("FILE");
+    AddEeprom(sub);
+    AddImage(sub);
   }
 
   void AddVerifyAndCompare() {

@@ -7,7 +7,18 @@
 
 namespace fliglaf::cli {
 
-enum class Command { kDevices, kProgram, kRead, kVerify, kBlank, kCompare, kErase, kLock, kReplay };
+enum class Command {
+  kDevices,
+  kProgram,
+  kRead,
+  kVerify,
+  kBlank,
+  kCompare,
+  kErase,
+  kLock,
+  kSignature,
+  kReplay
+};
 
 enum class ProgressStyle { kAuto, kBar, kLines, kJson, kNone };
 
@@ -21,6 +32,7 @@ struct Options {
   std::vector<std::filesystem::path> device_folders;
 
   std::filesystem::path memory_file;  ///< the device's main memory
+  std::filesystem::path eeprom_file;  ///< its data memory
   std::filesystem::path image_file;   ///< the whole image
   std::filesystem::path output;
   int lock_level = 0;

@@ -55,6 +55,7 @@ int Questions::AnswerMismatch(const std::string& title, const std::string& promp
       break;
   }
   mismatch_ = chosen == answer::kAbort ? prompt : "";
+  ignored_ = chosen == answer::kIgnore;
   return chosen;
 }
 

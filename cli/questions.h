@@ -19,6 +19,8 @@ class Questions {
   /// The signature that was read when it was not the expected one and the run was aborted; else
   /// empty.
   [[nodiscard]] const std::string& mismatch() const { return mismatch_; }
+  /// True when a wrong signature was ignored.
+  [[nodiscard]] bool ignored() const { return ignored_; }
 
  private:
   int AnswerMismatch(const std::string& title, const std::string& prompt);
@@ -28,6 +30,7 @@ class Questions {
   MismatchAnswer on_mismatch_;
   bool terminal_;
   int retries_ = 0;
+  bool ignored_ = false;
   std::string mismatch_;
 };
 

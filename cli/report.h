@@ -22,6 +22,8 @@ struct Report {
   /// Bytes that came from a file or went to one.
   std::size_t bytes = 0;
   int differences = 0;
+  /// The device has another signature than expected, and the user went on all the same.
+  bool signature_ignored = false;
 };
 
 /// Prints it: the log as the library wrote it and the sentence, or one JSON object.

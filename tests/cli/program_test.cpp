@@ -98,6 +98,8 @@ TEST_F(Program, TellsADeviceThatDiffersFromACheckThatCouldNotBeMade) {
   EXPECT_FALSE(fs::exists(folder_ / "x.hex"));
   EXPECT_EQ(Run("blank isp51-4k --fault no-chip"), 1);
   EXPECT_THAT(err_, HasSubstr("another signature was read (Maker 00   Device 0000)"));
+  EXPECT_EQ(Run("signature isp51-4k"), 0);
+  EXPECT_EQ(Run("signature isp51-4k --fault no-chip --on-mismatch ignore"), 1);
   EXPECT_EQ(Run("blank isp51-4k --fault no-chip --on-mismatch ignore"), 1);
   EXPECT_THAT(out_, HasSubstr("Blank Check failed"));
 }
@@ -121,6 +123,8 @@ TEST_F(Program, RefusesBadInputBeforeAnythingIsDone) {
            Case{"program isp51-4k random.bin", "address 0x1000 lies outside isp51-4k"},
            Case{"read isp51-4k -o none/x.hex", "none"},
            Case{"read isp51-4k -o x.txt", ".hex"},
+           Case{"read isp51-4k --eeprom x.hex", "has no data memory"},
+           Case{"signature isp51-4k --no-signature", "nothing to do"},
            Case{"lock isp51-4k 4", "levels 1 to 3"},
            Case{"blank isp51-4k --record none/x.run", "none"},
            Case{"blank isp51-4k --fault smoke", "--fault smoke: expected no-programmer"},
