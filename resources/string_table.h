@@ -7,9 +7,16 @@
 
 namespace fliglaf::resources {
 
-/// Bases of the language blocks.
+/// Bases of the language blocks, in the order of the blocks and one block size apart.
 inline constexpr std::int64_t kEnglish = 0;
+inline constexpr std::int64_t kChineseSimplified = 3000;
+inline constexpr std::int64_t kChineseTraditional = 6000;
+inline constexpr std::int64_t kKorean = 9000;
+inline constexpr std::int64_t kPolish = 12000;
 inline constexpr std::int64_t kEnglishSecondCopy = 15000;
+inline constexpr std::int64_t kItalian = 18000;
+inline constexpr std::int64_t kDutch = 21000;
+inline constexpr std::int64_t kBlockSize = 3000;
 
 /// Texts of the user interface, by their number within a language block.
 namespace text {
@@ -31,7 +38,7 @@ inline constexpr int kVerify = 2002;
 inline constexpr int kBlankCheck = 2003;
 }  // namespace text
 
-/// The text with that number, UTF-16; empty when the table has none.
+/// The text with that number, UTF-16; empty when the table has none, whatever the number.
 [[nodiscard]] std::u16string_view FindText(std::int64_t number);
 
 }  // namespace fliglaf::resources
