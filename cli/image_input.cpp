@@ -5,8 +5,8 @@
 
 #include <fmt/format.h>
 
-#include "cli/image_layout.h"
 #include "cli/usage_error.h"
+#include "devices/memory_layout.h"
 #include "images/image.h"
 
 namespace fliglaf::cli {
@@ -34,6 +34,11 @@ std::size_t LoadMemory(const std::filesystem::path& file, std::span<std::uint8_t
   return count;
 }
 
+std::span<std::uint8_t> Part(std::span<std::uint8_t> image, std::int32_t start,
+                             std::int32_t bytes) {
+  return image.subspan(static_cast<std::size_t>(start), static_cast<std::size_t>(bytes));
+}
+
 }  // namespace
 
 std::size_t LoadImage(const Options& options, const DeviceProfile& device,
@@ -41,19 +46,19 @@ std::size_t LoadImage(const Options& options, const DeviceProfile& device,
   if (!options.image_file.empty()) {
     return LoadMemory(options.image_file, image, "image", device.name);
   }
-  const ImageLayout layout = LayoutOf(device);
+  const MemoryLayout layout = LayoutOf(device);
   std::size_t count = 0;
   if (!options.eeprom_file.empty()) {
-    if (layout.data.bytes == 0) throw UsageError(device.name + " has no data memory for --eeprom");
-    count += LoadMemory(options.eeprom_file, image.subspan(layout.data.first, layout.data.bytes),
+    if (layout.data_bytes == 0) throw UsageError(device.name + " has no data memory for --eeprom");
+    count += LoadMemory(options.eeprom_file, Part(image, layout.data_start, layout.data_bytes),
                         "data memory", device.name);
   } else if (options.memory_file.empty()) {
     throw UsageError(
         fmt::format("{}: name the file with the device's contents", options.command_name));
   }
   if (!options.memory_file.empty()) {
-    count += LoadMemory(options.memory_file, image.subspan(layout.main.first, layout.main.bytes),
-                        "memory", device.name);
+    count +=
+        LoadMemory(options.memory_file, Part(image, 0, layout.main_bytes), "memory", device.name);
   }
   return count;
 }

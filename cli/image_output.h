@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "cli/image_layout.h"
 #include "cli/options.h"
 #include "devices/device_profile.h"
 #include "images/image.h"
@@ -30,10 +29,11 @@ class ImageOutput {
   struct File {
     std::filesystem::path path;
     ImageFormat format;
-    ImageArea area;
+    std::int32_t start;  ///< in the image
+    std::int32_t bytes;
   };
 
-  void Add(const std::filesystem::path& path, const ImageArea& area);
+  void Add(const std::filesystem::path& path, std::int32_t start, std::int32_t bytes);
 
   std::vector<File> files_;
 };

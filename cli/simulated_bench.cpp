@@ -2,6 +2,7 @@
 
 #include "cli/fault_option.h"
 #include "cli/usage_error.h"
+#include "devices/memory_layout.h"
 #include "images/whole_file.h"
 #include "simulator/chip_file.h"
 #include "simulator/failing_call.h"
@@ -11,13 +12,20 @@ namespace {
 
 simulator::ChipDescription Describe(const DeviceProfile& device) {
   const Signature signature = device.signature.value_or(Signature{});
+  const MemoryLayout memory = LayoutOf(device);
   return {.family = device.family,
-          .flash_bytes = static_cast<std::uint32_t>(device.size * device.address_bytes),
+          .option = device.option,
+          .flash_bytes = static_cast<std::uint32_t>(memory.main_bytes),
+          .page_bytes = static_cast<std::uint32_t>(device.page * device.address_bytes),
+          .eeprom_bytes = static_cast<std::uint32_t>(memory.data_bytes),
           .signature = {signature.maker, signature.device, signature.third},
           .supply = {.vcc = device.vcc_pins,
                      .gnd = device.gnd_pins,
                      .nominal_millivolts = device.supply * 10},
           .byte_write_us = device.chip.byte_write_us,
+          .page_write_us = device.chip.page_write_us,
+          .eeprom_write_us = device.chip.eeprom_write_us,
+          .config_write_us = device.chip.config_write_us,
           .erase_ms = device.chip.erase_ms,
           .lock_write_ms = device.chip.lock_write_ms};
 }

@@ -35,6 +35,9 @@ struct DeviceOperations {
 /// long. 0: not published, done at once.
 struct ChipTimes {
   std::int32_t byte_write_us = 0;
+  std::int32_t page_write_us = 0;
+  std::int32_t eeprom_write_us = 0;  ///< of a byte
+  std::int32_t config_write_us = 0;  ///< of a fuse or lock byte
   std::int32_t erase_ms = 0;
   std::int32_t lock_write_ms = 0;
 };

@@ -118,6 +118,9 @@ constexpr std::array kFields{
     List<&P::operations, &O::lock>("lock", kOptional, {0, 4}, kOperation, "operation codes, level 1 first"),
     Number<&P::operations, &O::config>("config", kOptional, kOperation, "an operation code"),
     Number<&P::chip, &C::byte_write_us>("chip.byte_write_us", kOptional, kTime, "us"),
+    Number<&P::chip, &C::page_write_us>("chip.page_write_us", kOptional, kTime, "us"),
+    Number<&P::chip, &C::eeprom_write_us>("chip.eeprom_write_us", kOptional, kTime, "us"),
+    Number<&P::chip, &C::config_write_us>("chip.config_write_us", kOptional, kTime, "us"),
     Number<&P::chip, &C::erase_ms>("chip.erase_ms", kOptional, kTime, "ms"),
     Number<&P::chip, &C::lock_write_ms>("chip.lock_write_ms", kOptional, kTime, "ms"),
 };

@@ -2,14 +2,20 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <string>
 #include <vector>
+
+#include "devices/memory_layout.h"
 
 namespace fliglaf {
 namespace {
 
 constexpr std::int32_t kSerialPage = 256;
-constexpr std::int32_t kSerialLargest = 8192;  // a page instruction has five page bits
+constexpr std::int32_t kSerialLargest = 8192;  // an instruction has address bits 0 to 12
+constexpr std::int32_t kSerialLargestData = 2048;
+constexpr std::int32_t kWordFlash = 1024;
+constexpr std::int32_t kWordEeprom = 64;
 
 bool Distinct(std::vector<std::uint8_t> values) {
   std::ranges::sort(values);
@@ -44,6 +50,19 @@ bool CodesHaveOneMeaning(const DeviceProfile& device) {
   return Distinct(codes);
 }
 
+/// Families 13 and 14: words, a page buffer, EEPROM and configuration bytes.
+bool IsSerialPage(const DeviceProfile& device) {
+  return device.family == 13 || device.family == 14;
+}
+
+/// A memory that a family fetches in one transfer; more would never be read.
+constexpr std::int32_t kOneTransfer = 16'384;
+
+bool FlashIsWholePages(const DeviceProfile& device) {
+  const std::int64_t page = std::int64_t{device.page} * device.address_bytes;
+  return page > 0 && LayoutOf(device).main_bytes % page == 0;
+}
+
 using D = const DeviceProfile&;
 
 // clang-format off
@@ -61,6 +80,25 @@ constexpr std::array kRules{
     ProfileRule{1, "page", [](D d) { return d.page == kSerialPage; }, "right is 256 in family 1"},
     ProfileRule{1, "size", [](D d) { return d.size % kSerialPage == 0 && d.size <= kSerialLargest; }, "right is a multiple of 256 up to 8192 in family 1, which writes whole pages"},
     ProfileRule{1, "image_bytes", [](D d) { return d.image_bytes == d.size; }, "right is 'size' in family 1, with 'address_bytes' 1"},
+    ProfileRule{2, "size", [](D d) { return d.size - d.data_size <= kSerialLargest; }, "without 'data_size' right is up to 8192 in family 2, whose instructions have 13 address bits"},
+    ProfileRule{2, "data_size", [](D d) { return d.data_size >= 1 && d.data_size <= kSerialLargestData; }, "right is 1 to 2048 in family 2, whose instructions have 11 address bits for the data memory"},
+    ProfileRule{2, "image_bytes", [](D d) { return d.image_bytes == d.size; }, "right is 'size' in family 2, with 'address_bytes' 1"},
+    ProfileRule{3, "image_bytes", [](D d) { return d.address_bytes == 2 && d.image_bytes == 2 * d.size; }, "right is twice 'size' in family 3, with 'address_bytes' 2"},
+    ProfileRule{3, "data_size", [](D d) { return d.data_size >= 2 && d.data_size <= kWordEeprom && d.data_size % 2 == 0; }, "right is an even number from 2 to 64 in family 3, whose instructions have 6 address bits for the EEPROM"},
+    ProfileRule{3, "size", [](D d) { return LayoutOf(d).main_bytes == kWordFlash; }, "right is 528 and half of 'data_size' in family 3: the EEPROM is programmed from image byte 1024, which has to follow the 512 words of flash"},
+    ProfileRule{3, "range", [](D d) { return d.range.first == 0; }, "right is to begin at 0 in family 3, which would leave out EEPROM bytes below it"},
+    ProfileRule{0, "option", [](D d) { return !IsSerialPage(d) || d.option == 14 || d.option == 15; }, "right is 14 or 15 in families 13 and 14"},
+    ProfileRule{0, "image_bytes", [](D d) { return !IsSerialPage(d) || (d.address_bytes == 2 && d.image_bytes == 2 * d.size); }, "right is twice 'size' in families 13 and 14, with 'address_bytes' 2"},
+    ProfileRule{0, "data_size", [](D d) { return !IsSerialPage(d) || LayoutOf(d).data_bytes <= kOneTransfer; }, "cannot be more than 16384 in families 13 and 14, which read the EEPROM in one transfer"},
+    ProfileRule{0, "size", [](D d) { return !IsSerialPage(d) || LayoutOf(d).main_bytes > 0; }, "right is the flash words, one more for each EEPROM byte of 'data_size', and 16 in families 13 and 14"},
+    ProfileRule{0, "size", [](D d) { return !IsSerialPage(d) || LayoutOf(d).main_bytes <= kOneTransfer; }, "makes more than 8192 words of flash; families 13 and 14 read it in one transfer, which holds no more than these 16384 bytes"},
+    ProfileRule{0, "page", [](D d) { return !IsSerialPage(d) || (std::has_single_bit(static_cast<unsigned>(d.page)) && d.page <= 256); }, "right is 1, 2, 4, ... 256 words in families 13 and 14"},
+    ProfileRule{0, "page", [](D d) { return !IsSerialPage(d) || FlashIsWholePages(d); }, "has to divide the flash into whole pages in families 13 and 14"},
+    ProfileRule{0, "retries", [](D d) { return !IsSerialPage(d) || d.retries >= 1; }, "right is 1 or more in families 13 and 14, the attempts at the programming enable"},
+    ProfileRule{15, "image_bytes", [](D d) { return d.image_bytes == d.size; }, "right is 'size' in family 15, with 'address_bytes' 1"},
+    ProfileRule{15, "size", [](D d) { return LayoutOf(d).main_bytes > 0; }, "right is the flash bytes and 32 more in family 15"},
+    ProfileRule{15, "size", [](D d) { return LayoutOf(d).main_bytes <= kOneTransfer; }, "makes more than 16384 bytes of flash; family 15 reads it in one transfer, which holds no more"},
+    ProfileRule{15, "page", FlashIsWholePages, "has to divide the flash into whole pages in family 15"},
 };
 // clang-format on
 

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "families/serial_entry.h"
+#include "families/serial_page_entry.h"
 
 namespace fliglaf {
 namespace {
@@ -20,6 +21,11 @@ struct FamilyEntry {
 
 constexpr std::array kEntries{
     FamilyEntry{1, enterIspFam1},
+    FamilyEntry{2, enterIspFam2},
+    FamilyEntry{3, enterIspFam3},
+    FamilyEntry{13, enterSerialPage},
+    FamilyEntry{14, enterSerialPage},
+    FamilyEntry{15, enterFramedPage},
 };
 
 void EnterProgrammingMode(Run& run) {

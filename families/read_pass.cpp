@@ -1,16 +1,30 @@
 #include "families/read_pass.h"
 
+#include <stdexcept>
+#include <string>
+
+#include "families/power_up.h"
 #include "usb/bulk_read.h"
 #include "usb/notes.h"
 
 namespace fliglaf {
+namespace {
+
+void SendClosingPacket(Run& run) { run.SendPacket({0x0D, 0x00}, kLongPacket); }
+
+}  // namespace
 
 void OpenPass(Run& run, std::uint8_t kind) { run.SendPacket({0x0D, kind}, kLongPacket); }
 
 void ClosePass(Run& run) {
   run.io.FlushQueue();
   run.io.DelayMs(100);
-  run.SendPacket({0x0D, 0x00}, kLongPacket);
+  SendClosingPacket(run);
+}
+
+void ProgressAt(Run& run, std::int64_t address) {
+  const std::int64_t first = run.vars.quorinwltbigendbuf[0];
+  run.Progress(address - first, run.vars.quorintlength[0] - first + 1);
 }
 
 void ArmCapture(Run& run) { run.SendPacket({0x0A, 0x10, 0x40}, kShortPacket); }
@@ -29,6 +43,19 @@ bool HandOver(Run& run, std::int32_t last, std::int32_t image, std::int16_t mode
   return true;
 }
 
+bool FetchAndHandOver(Run& run, std::int32_t count, std::int64_t bytes, std::int64_t image,
+                      std::int16_t mode) {
+  if (!FetchCaptures(run, count) && run.stopped()) return false;
+  return HandOver(run, static_cast<std::int32_t>(bytes - 1), static_cast<std::int32_t>(image),
+                  mode);
+}
+
+void RequireOneBlock(std::int64_t bytes) {
+  if (bytes <= kBlockBytes) return;
+  throw std::length_error("A memory of " + std::to_string(bytes) + " bytes cannot be read; " +
+                          std::to_string(kBlockBytes) + " bytes at most are read in this family");
+}
+
 void VerifyProgrammed(Run& run, void (*read_pass)(Run&, std::int16_t)) {
   if (run.vars.quorinwlverifyvcc[0] == 0) {
     prgnote1(run, 0);
@@ -39,6 +66,13 @@ void VerifyProgrammed(Run& run, void (*read_pass)(Run&, std::int16_t)) {
   if (run.outcome() != result::kSuccess) return;
   prgnote1(run, 2);
   read_pass(run, check_mode::kVerify);
+}
+
+void VerifyPoweredAnew(Run& run, void (*read_pass)(Run&, std::int16_t)) {
+  SendClosingPacket(run);
+  run.io.EndRun();
+  static_cast<void>(powerUpTarget(run));  // a target that is not there fails the verify
+  VerifyProgrammed(run, read_pass);
 }
 
 }  // namespace fliglaf

@@ -10,14 +10,25 @@ namespace fliglaf {
 
 /// Most bytes that one captured block holds.
 inline constexpr std::int32_t kBlockBytes = 16384;
+/// Asked for where a block is fetched with one count whatever its size.
+inline constexpr std::int32_t kBlockAndEndMark = kBlockBytes + 1;
 
 /// Packets around a pass. `kind` is the second byte of the opening packet.
 void OpenPass(Run& run, std::uint8_t kind);
 void ClosePass(Run& run);
 
+/// Writes the progress of a pass that has come to `address` of the device.
+void ProgressAt(Run& run, std::int64_t address);
+
 /// Starts a capture: what is captured from here on is what the bulk read after the next ArmCapture
 /// brings.
 void ArmCapture(Run& run);
+
+/// What to ask for when `bytes` captured bytes are fetched in whole packets with the end mark
+/// behind them.
+[[nodiscard]] constexpr std::int32_t WholePackets(std::int64_t bytes) {
+  return static_cast<std::int32_t>((bytes + 64) / 64 * 64 + 1);
+}
 
 /// Sends what is queued, waits, and fetches the captured bytes into quorinibuf2: `count` bytes, the
 /// end mark included. False when the bulk read failed or was stopped.
@@ -27,8 +38,22 @@ void ArmCapture(Run& run);
 /// programmer ended the pass.
 [[nodiscard]] bool HandOver(Run& run, std::int32_t last, std::int32_t image, std::int16_t mode);
 
+/// Fetches a block of `bytes` captured bytes and hands it over, the first at image address `image`.
+/// A fetch that fails ends the pass only after a stop; otherwise what quorinibuf2 holds goes to the
+/// judgement all the same. False when the pass is over.
+[[nodiscard]] bool FetchAndHandOver(Run& run, std::int32_t count, std::int64_t bytes,
+                                    std::int64_t image, std::int16_t mode);
+
+/// Throws std::length_error for a memory beyond kBlockBytes, in a family that reads it in one
+/// block: what lies beyond would never be read.
+void RequireOneBlock(std::int64_t bytes);
+
 /// Verifies what has just been programmed: one read pass at nominal supply, or one at the raised
 /// and, if that was good, one at the lowered supply.
 void VerifyProgrammed(Run& run, void (*read_pass)(Run&, std::int16_t mode));
+
+/// Closes the programming of a family that verifies after a new start: takes the device from its
+/// supply, powers it up again and verifies.
+void VerifyPoweredAnew(Run& run, void (*read_pass)(Run&, std::int16_t mode));
 
 }  // namespace fliglaf

@@ -1,6 +1,5 @@
 #include <algorithm>
 
-#include "families/power_up.h"
 #include "families/read_pass.h"
 #include "families/serial_isp.h"
 #include "families/serial_lines.h"
@@ -25,11 +24,6 @@ std::uint8_t PageByte(std::int32_t address) {
   return static_cast<std::uint8_t>(0xE0 | (address >> 8 & 0x1F));
 }
 
-void ProgressAt(Run& run, std::int64_t address) {
-  const std::int64_t first = run.vars.quorinwltbigendbuf[0];
-  run.Progress(address - first, run.vars.quorintlength[0] - first + 1);
-}
-
 void QueuePageReads(Run& run, std::int32_t block_start, std::int32_t last) {
   for (std::int32_t offset = 0; offset <= last; offset += kPageBytes) {
     QueueSend(run, kReadPage);
@@ -43,11 +37,10 @@ void QueuePageReads(Run& run, std::int32_t block_start, std::int32_t last) {
 
 /// Captures a block until it comes back whole; false after a stop or ten attempts.
 bool CaptureBlock(Run& run, std::int32_t block_start, std::int32_t last) {
-  const std::int32_t count = 64 * ((last + 65) / 64) + 1;  // whole packets, then the end mark
   for (int attempt = 0; attempt < kCapturesOfABlock; ++attempt) {
     ArmCapture(run);
     QueuePageReads(run, block_start, last);
-    if (FetchCaptures(run, count)) return true;
+    if (FetchCaptures(run, WholePackets(last + 1))) return true;
     if (run.stopped()) return false;
   }
   run.vars.quorinprgresult[0] = result::kReadBackFails;
@@ -102,10 +95,7 @@ void ispFam1Program(Run& run) {
   }
   run.io.FlushQueue();
   run.io.DelayMs(50);
-  run.SendPacket({0x0D, 0x00}, kLongPacket);
-  run.io.EndRun();
-  static_cast<void>(powerUpTarget(run));  // a target that is not there fails the verify
-  VerifyProgrammed(run, ispFam1ReadPass);
+  VerifyPoweredAnew(run, ispFam1ReadPass);
 }
 
 void ispWriteLockLevels(Run& run, std::uint8_t selector) {

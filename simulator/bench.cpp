@@ -3,13 +3,67 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "simulator/chips/framed_page_chip.h"
 #include "simulator/chips/isp51_chip.h"
+#include "simulator/chips/isp51_data_chip.h"
+#include "simulator/chips/serial_page_chip.h"
+#include "simulator/chips/serial_word_chip.h"
 
 namespace fliglaf::simulator {
 namespace {
 
 /// In real time a wait is cut short, so that a stop request is noticed while it lasts.
 constexpr std::int64_t kLongestRealWait = 20 * Clock::kMillisecond;
+
+std::unique_ptr<Chip> MakeIsp51DataChip(const ChipDescription& description, const Clock& clock) {
+  return std::make_unique<Isp51DataChip>(
+      clock, Isp51DataModel{.flash_bytes = description.flash_bytes,
+                            .eeprom_bytes = description.eeprom_bytes,
+                            .flash_write = description.byte_write_us * Clock::kMicrosecond,
+                            .eeprom_write = description.eeprom_write_us * Clock::kMicrosecond,
+                            .chip_erase = description.erase_ms * Clock::kMillisecond});
+}
+
+std::unique_ptr<Chip> MakeSerialWordChip(const ChipDescription& description, const Clock& clock) {
+  return std::make_unique<SerialWordChip>(
+      clock, SerialWordModel{.flash_bytes = description.flash_bytes,
+                             .eeprom_bytes = description.eeprom_bytes,
+                             .signature = description.signature,
+                             .flash_write = description.byte_write_us * Clock::kMicrosecond,
+                             .eeprom_write = description.eeprom_write_us * Clock::kMicrosecond,
+                             .lock_write = description.lock_write_ms * Clock::kMillisecond,
+                             .chip_erase = description.erase_ms * Clock::kMillisecond});
+}
+
+/// Fuse bytes of families 13 and 14: the first variant of family 13 has the low one only.
+std::size_t FuseBytes(const ChipDescription& description) {
+  if (description.family == 14) return 3;
+  return description.option == 14 ? 1 : 2;
+}
+
+std::unique_ptr<Chip> MakeSerialPageChip(const ChipDescription& description, const Clock& clock) {
+  return std::make_unique<SerialPageChip>(
+      clock, SerialPageModel{.flash_bytes = description.flash_bytes,
+                             .page_bytes = description.page_bytes,
+                             .eeprom_bytes = description.eeprom_bytes,
+                             .fuse_bytes = FuseBytes(description),
+                             .signature = description.signature,
+                             .page_write = description.page_write_us * Clock::kMicrosecond,
+                             .eeprom_write = description.eeprom_write_us * Clock::kMicrosecond,
+                             .config_write = description.config_write_us * Clock::kMicrosecond,
+                             .chip_erase = description.erase_ms * Clock::kMillisecond,
+                             .start_up = description.start_up_ms * Clock::kMillisecond});
+}
+
+std::unique_ptr<Chip> MakeFramedPageChip(const ChipDescription& description, const Clock& clock) {
+  return std::make_unique<FramedPageChip>(
+      clock, FramedPageModel{.flash_bytes = description.flash_bytes,
+                             .page_bytes = description.page_bytes,
+                             .signature = description.signature,
+                             .page_write = description.page_write_us * Clock::kMicrosecond,
+                             .config_write = description.config_write_us * Clock::kMicrosecond,
+                             .chip_erase = description.erase_ms * Clock::kMillisecond});
+}
 
 std::unique_ptr<Chip> MakeChip(const ChipDescription& description, const Clock& clock) {
   switch (description.family) {
@@ -19,6 +73,15 @@ std::unique_ptr<Chip> MakeChip(const ChipDescription& description, const Clock& 
           Isp51Timing{.byte_write = description.byte_write_us * Clock::kMicrosecond,
                       .chip_erase = description.erase_ms * Clock::kMillisecond,
                       .lock_write = description.lock_write_ms * Clock::kMillisecond});
+    case 2:
+      return MakeIsp51DataChip(description, clock);
+    case 3:
+      return MakeSerialWordChip(description, clock);
+    case 13:
+    case 14:
+      return MakeSerialPageChip(description, clock);
+    case 15:
+      return MakeFramedPageChip(description, clock);
     default:
       throw std::invalid_argument("there is no simulated chip of family " +
                                   std::to_string(description.family));
@@ -27,7 +90,10 @@ std::unique_ptr<Chip> MakeChip(const ChipDescription& description, const Clock& 
 
 }  // namespace
 
-bool Bench::Supports(std::uint8_t family) { return family == 1; }
+bool Bench::Supports(std::uint8_t family) {
+  constexpr std::uint8_t kFamilies[] = {1, 2, 3, 13, 14, 15};
+  return std::ranges::find(kFamilies, family) != std::end(kFamilies);
+}
 
 Bench::Bench(const ChipDescription& description, std::int16_t instance, const Faults& faults,
              bool real_time)

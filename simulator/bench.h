@@ -17,12 +17,19 @@ namespace fliglaf::simulator {
 /// The part that goes into the socket.
 struct ChipDescription {
   std::uint8_t family = 0;  ///< 1 to 16
+  std::uint8_t option = 0;  ///< variant within the family
   std::uint32_t flash_bytes = 0;
+  std::uint32_t page_bytes = 0;
+  std::uint32_t eeprom_bytes = 0;
   std::array<std::uint8_t, 3> signature{};
   SupplyPins supply;
   std::int64_t byte_write_us = 0;
+  std::int64_t page_write_us = 0;
+  std::int64_t eeprom_write_us = 0;
+  std::int64_t config_write_us = 0;  ///< of a fuse or lock byte
   std::int64_t erase_ms = 0;
   std::int64_t lock_write_ms = 0;
+  std::int64_t start_up_ms = 0;  ///< from the supply to the first instruction
 };
 
 /// What is to go wrong.

@@ -31,6 +31,8 @@ class FlashArray {
   void Program(std::uint32_t address, std::uint8_t byte) {
     cells_[address % cells_.size()] &= byte;
   }
+  /// What an EEPROM does with a byte: erases its cell first.
+  void Rewrite(std::uint32_t address, std::uint8_t byte) { cells_[address % cells_.size()] = byte; }
   void Erase() { std::ranges::fill(cells_, kErased); }
   void Break(const StuckBit& stuck) { stuck_.push_back(stuck); }
 

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <string_view>
 
 #include "families/serial_isp.h"
+#include "families/serial_page.h"
 #include "usb/notes.h"
 #include "usb/operation.h"
 
@@ -29,10 +31,30 @@ void LockLevels(Run& run) {
   ispWriteLockLevels(run, kSelector);
 }
 
+template <std::uint8_t kBits>
+void Fam2Lock(Run& run) {
+  ispFam2Lock(run, kBits);
+}
+
+template <std::int32_t kBits>
+void LockBits(Run& run) {
+  ispWriteLockBits(run, kBits);
+}
+
+template <void (*kConfig)(Run&, std::string_view direction)>
+void WriteConfig(Run& run) {
+  kConfig(run, "input");
+}
+
 // clang-format off
 constexpr std::array kFamilies{
   //             family read pass         program         8              9              10             11
   FamilyRoutines{1,     ispFam1ReadPass, ispFam1Program, LockLevels<0>, LockLevels<1>, LockLevels<2>, ispFam1Op11},
+  FamilyRoutines{2,     ispFam2ReadPass, ispFam2Program, Fam2Lock<3>,   Fam2Lock<1>,   Fam2Lock<0>,   ispFam2Op11},
+  FamilyRoutines{3,     ispFam3ReadPass, ispFam3Program, LockBits<2>,   LockBits<0>,   ispFam3Op10,   nullptr},
+  FamilyRoutines{13,    dataOp13,        program13,      erase13,       WriteConfig<config13>, nullptr, nullptr},
+  FamilyRoutines{14,    dataOp14,        program14,      erase14,       WriteConfig<config14>, nullptr, nullptr},
+  FamilyRoutines{15,    dataOp15,        program15,      erase15,       WriteConfig<config15>, nullptr, nullptr},
 };
 // clang-format on
 

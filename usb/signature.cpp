@@ -4,6 +4,8 @@
 #include <string>
 
 #include "families/serial_isp.h"
+#include "families/serial_lines.h"
+#include "families/serial_page.h"
 #include "resources/string_table.h"
 
 namespace fliglaf {
@@ -13,12 +15,21 @@ namespace {
 constexpr int kMakerLabel = 9;
 constexpr int kDeviceLabel = 10;
 
+/// The one family whose parts have no signature that could be read in their programming mode.
+constexpr std::uint8_t kNoSignature = 2;
+
 using Signature = std::array<std::uint8_t, 3>;
 
 Signature ReadSignature(Run& run) {
   switch (run.vars.quorinprgmode[0]) {
     case 1:
       return ispFam1Signature(run);
+    case 3:
+    case 13:
+    case 14:
+      return serial::WordFamilySignature(run);
+    case 15:
+      return fam15Signature(run);
     default:
       return {};
   }
@@ -29,6 +40,7 @@ Signature ReadSignature(Run& run) {
 std::int16_t CheckSignature(Run& run) {
   SharedVariables& vars = run.vars;
   if (vars.quorintypeid[0] == 0 && vars.quorincompid[0] == 0) return 0;
+  if (vars.quorinprgmode[0] == kNoSignature) return 0;
   for (;;) {
     const Signature bytes = ReadSignature(run);
     std::u16string text(vars.quorinprgnote[kMakerLabel]);

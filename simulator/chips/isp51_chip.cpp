@@ -16,6 +16,13 @@ constexpr std::uint8_t kHiddenByte = 0x00;
 /// From the rise of reset to the first instruction: the oscillator has to start.
 constexpr std::int64_t kStartUp = 10 * Clock::kMillisecond;
 
+/// Its answer comes back through a buffer with an enable of its own.
+constexpr SerialWiring kWiring = [] {
+  SerialWiring wiring = kSerialWiring;
+  wiring.enable_from_chip = LinesOf(0, 0x20);
+  return wiring;
+}();
+
 /// Second bytes of control instructions, by their published patterns.
 constexpr bool IsChipErase(std::uint8_t byte) { return (byte & 0xE0) == 0x80; }
 constexpr bool IsLockWrite(std::uint8_t byte) { return (byte & 0xFC) == 0xE0; }
@@ -24,50 +31,23 @@ constexpr bool IsLockWrite(std::uint8_t byte) { return (byte & 0xFC) == 0xE0; }
 
 Isp51Chip::Isp51Chip(const Clock& clock, std::size_t flash_bytes,
                      std::array<std::uint8_t, 3> signature, const Isp51Timing& timing)
-    : clock_(clock), flash_(flash_bytes), signature_(signature), timing_(timing) {}
+    : SerialChip(clock, kWiring, {.after_reset = kStartUp}),
+      flash_(flash_bytes),
+      signature_(signature),
+      timing_(timing) {}
 
 std::vector<MemoryArea> Isp51Chip::Memory() {
-  return {{"flash", flash_.cells(), FlashArray::kErased}, {"lock", {&lock_level_, 1}, 0, kLockLevels}};
+  return {{"flash", flash_.cells(), FlashArray::kErased},
+          {"lock", {&lock_level_, 1}, 0, kLockLevels}};
 }
 
-void Isp51Chip::Power(bool on) {
-  powered_ = on;
-  in_step_ = false;
+void Isp51Chip::Restart() {
   enabled_ = false;
-  driven_ = 0;
-}
-
-void Isp51Chip::Observe(Lines levels) {
-  constexpr SerialWiring wiring = kIsp51Wiring;
-  if ((levels & wiring.enable_to_chip) == 0) levels &= ~(wiring.clock | wiring.data_in);
-  const Lines rose = levels & ~seen_;
-  const Lines fell = seen_ & ~levels;
-  seen_ = levels;
-  if (!powered_) return;
-
-  if ((fell & wiring.reset) != 0) in_step_ = enabled_ = false;
-  if ((rose & wiring.reset) != 0) ResetRose((levels & wiring.clock) != 0);
-  if (in_step_) {
-    if ((rose & wiring.clock) != 0 && port_.Rise((levels & wiring.data_in) != 0)) {
-      TakeByte(port_.received());
-    }
-    if ((fell & wiring.clock) != 0) port_.Fall();
-  }
-  driven_ = (levels & wiring.enable_from_chip) != 0 ? wiring.data_out : 0;
-  levels_ = port_.data_out() ? wiring.data_out : 0;
-}
-
-void Isp51Chip::ResetRose(bool clock_high) {
-  in_step_ = !clock_high;
-  enabled_ = false;
-  listens_from_ = clock_.now() + kStartUp;
-  port_.Reset();
   phase_ = Phase::kInstruction;
   instruction_bytes_ = 0;
 }
 
 void Isp51Chip::TakeByte(std::uint8_t byte) {
-  if (clock_.now() < listens_from_) return;
   if (phase_ == Phase::kInstruction) {
     TakeInstructionByte(byte);
   } else {
@@ -83,9 +63,9 @@ void Isp51Chip::TakeInstructionByte(std::uint8_t byte) {
   }
   if (instruction_bytes_ == 3) {
     if (instruction_[0] == kControl && instruction_[1] == kProgrammingEnable) {
-      port_.Load(kEnableAnswer);
+      Load(kEnableAnswer);
     } else if (instruction_[0] == kReadSignature && enabled_) {
-      port_.Load(signature_[instruction_[1] % signature_.size()]);
+      Load(signature_[instruction_[1] % signature_.size()]);
     }
   }
   if (instruction_bytes_ < instruction_.size()) return;
@@ -103,13 +83,13 @@ void Isp51Chip::StartPage(Phase phase) {
 
 void Isp51Chip::OfferPageByte() {
   const auto address = page_ * kPageBytes + static_cast<std::uint32_t>(page_bytes_);
-  port_.Load(may_read() && !busy() ? flash_.Read(address) : kHiddenByte);
+  Load(may_read() && !busy() ? flash_.Read(address) : kHiddenByte);
 }
 
 void Isp51Chip::TakePageByte(std::uint8_t byte) {
   if (phase_ == Phase::kWritingPage && may_write() && !busy()) {
     flash_.Program(page_ * kPageBytes + static_cast<std::uint32_t>(page_bytes_), byte);
-    busy_until_ = clock_.now() + timing_.byte_write;
+    BusyFor(timing_.byte_write);
     busy_with_lock_ = false;
   }
   ++page_bytes_;
@@ -129,7 +109,7 @@ void Isp51Chip::Execute() {
   } else if (IsChipErase(instruction_[1]) && enabled_ && !busy()) {
     flash_.Erase();
     lock_level_ = 0;
-    busy_until_ = clock_.now() + timing_.chip_erase;
+    BusyFor(timing_.chip_erase);
     busy_with_lock_ = false;
   }
 }
@@ -139,7 +119,7 @@ void Isp51Chip::Execute() {
 void Isp51Chip::WriteLockLevel(std::uint8_t level) {
   if (!enabled_ || (busy() && !busy_with_lock_)) return;
   if (level == lock_level_ + 1) lock_level_ = level;
-  busy_until_ = clock_.now() + timing_.lock_write;
+  BusyFor(timing_.lock_write);
   busy_with_lock_ = true;
 }
 

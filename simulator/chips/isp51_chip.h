@@ -4,34 +4,10 @@
 #include <cstdint>
 #include <vector>
 
-#include "simulator/chip.h"
-#include "simulator/clock.h"
+#include "simulator/chips/serial_chip.h"
 #include "simulator/flash_array.h"
-#include "simulator/spi_port.h"
 
 namespace fliglaf::simulator {
-
-/// Where a chip's serial interface is wired to.
-struct SerialWiring {
-  Lines reset;
-  Lines clock;
-  Lines data_in;   ///< to the chip
-  Lines data_out;  ///< from the chip
-  /// Lines that must be high for clock and data to reach the chip, and for its answer to come back.
-  Lines enable_to_chip;
-  Lines enable_from_chip;
-};
-
-/// The serial lines of family 1: port 0 carries clock, data and the buffers' enables, port 1 the
-/// reset.
-inline constexpr SerialWiring kIsp51Wiring{
-    .reset = LinesOf(2, 0x08),
-    .clock = LinesOf(0, 0x10),
-    .data_in = LinesOf(0, 0x01),
-    .data_out = LinesOf(0, 0x02),
-    .enable_to_chip = LinesOf(0, 0x80),
-    .enable_from_chip = LinesOf(0, 0x20),
-};
 
 /// How long the chip is busy with what it does by itself, in ns.
 struct Isp51Timing {
@@ -50,22 +26,20 @@ struct Isp51Timing {
 /// - Level 1 forbids programming, level 2 reading as well (0x00 is read), level 3 external
 /// execution.
 ///   Each level needs the one before it; a chip erase lifts them.
-class Isp51Chip : public Chip {
+class Isp51Chip : public SerialChip {
  public:
   /// `flash_bytes`: 256 to 8192.
   Isp51Chip(const Clock& clock, std::size_t flash_bytes, std::array<std::uint8_t, 3> signature,
             const Isp51Timing& timing);
 
-  void Power(bool on) override;
-  void Observe(Lines levels) override;
   [[nodiscard]] std::vector<MemoryArea> Memory() override;
   void Break(const StuckBit& stuck) override { flash_.Break(stuck); }
 
  private:
   enum class Phase : std::uint8_t { kInstruction, kReadingPage, kWritingPage };
 
-  void ResetRose(bool clock_high);
-  void TakeByte(std::uint8_t byte);
+  void Restart() override;
+  void TakeByte(std::uint8_t byte) override;
   void TakeInstructionByte(std::uint8_t byte);
   void StartPage(Phase phase);
   void TakePageByte(std::uint8_t byte);
@@ -73,28 +47,20 @@ class Isp51Chip : public Chip {
   void Execute();
   void WriteLockLevel(std::uint8_t level);
 
-  [[nodiscard]] bool busy() const { return clock_.now() < busy_until_; }
   [[nodiscard]] bool may_write() const { return enabled_ && lock_level_ < 1; }
   [[nodiscard]] bool may_read() const { return enabled_ && lock_level_ < 2; }
 
-  const Clock& clock_;
   FlashArray flash_;
   std::array<std::uint8_t, 3> signature_;
   Isp51Timing timing_;
   std::uint8_t lock_level_ = 0;
 
-  bool powered_ = false;
-  Lines seen_ = 0;
-  bool in_step_ = false;
-  std::int64_t listens_from_ = 0;
   bool enabled_ = false;
-  SpiPort port_;
   Phase phase_ = Phase::kInstruction;
   std::array<std::uint8_t, 4> instruction_{};
   std::size_t instruction_bytes_ = 0;
   std::uint32_t page_ = 0;
   int page_bytes_ = 0;
-  std::int64_t busy_until_ = 0;
   bool busy_with_lock_ = false;
 };
 

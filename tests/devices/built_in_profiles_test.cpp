@@ -33,6 +33,35 @@ TEST(BuiltInProfiles, Family1WaitsAsLongAsItsPartsTake) {
   });
 }
 
+TEST(BuiltInProfiles, ByteFamiliesWaitAsLongAsTheirPartsTake) {
+  for (const int family : {2, 3}) {
+    ForFamily(family, [](const DeviceProfile& device) {
+      ASSERT_GT(device.chip.byte_write_us, 0);
+      ASSERT_GT(device.chip.eeprom_write_us, 0);
+      ASSERT_GT(device.chip.erase_ms, 0);
+      EXPECT_GE(device.write_time, device.chip.byte_write_us);
+      EXPECT_GE(device.write_time, device.chip.eeprom_write_us);
+      EXPECT_GE(10 * device.write_time, 1000 * device.chip.erase_ms);
+    });
+  }
+}
+
+TEST(BuiltInProfiles, PageFamiliesWaitAsLongAsTheirPartsTake) {
+  for (const int family : {13, 14, 15}) {
+    ForFamily(family, [family](const DeviceProfile& device) {
+      ASSERT_GT(device.chip.page_write_us, 0);
+      ASSERT_GT(device.chip.erase_ms, 0);
+      EXPECT_GE(device.write_time, device.chip.page_write_us);
+      EXPECT_GE(2 * device.write_time, 1000 * device.chip.erase_ms);
+      EXPECT_GT(device.chip.config_write_us, 0);
+      if (family == 15) return;  // nothing waits after its configuration, and it has no EEPROM
+      EXPECT_GE(device.write_time, device.chip.config_write_us);
+      ASSERT_GT(device.chip.eeprom_write_us, 0);
+      EXPECT_GE((family == 13 ? 2 : 1) * device.write_time, device.chip.eeprom_write_us);
+    });
+  }
+}
+
 TEST(BuiltInProfiles, Family1CanBeIdentifiedErasedAndLocked) {
   ForFamily(1, [](const DeviceProfile& device) {
     ASSERT_TRUE(device.signature);

@@ -22,6 +22,15 @@ const std::vector<std::string> kGood = {
     "size = 4096",          "range = [0, 4095]",
 };
 
+/// A good file of a family with words, pages and EEPROM.
+const std::vector<std::string> kGoodWords = {
+    "[[device]]",     "name = \"part\"",   "description = \"a part\"",
+    "family = 13",    "option = 14",       "address_bytes = 2",
+    "size = 8720",    "data_size = 512",   "page = 64",
+    "supply = 500",   "vcc_pins = [7]",    "gnd_pins = [8]",
+    "pin_count = 28", "write_time = 5000", "retries = 1",
+};
+
 struct Mistake {
   const char* good;     ///< the line that is changed
   const char* written;  ///< into what
@@ -30,9 +39,9 @@ struct Mistake {
   const char* right;
 };
 
-std::string Refusal(const Mistake& mistake) {
+std::string Refusal(const Mistake& mistake, const std::vector<std::string>& good = kGood) {
   std::string text;
-  for (const std::string& line : kGood)
+  for (const std::string& line : good)
     text += (line == mistake.good ? mistake.written : line) + "\n";
   try {
     static_cast<void>(ParseProfiles(text, "my.toml"));
@@ -44,6 +53,7 @@ std::string Refusal(const Mistake& mistake) {
 
 TEST(ProfileErrors, AGoodFileIsTaken) {
   EXPECT_EQ(Refusal({"", "", 0, "", ""}), "the file was taken");
+  EXPECT_EQ(Refusal({"", "", 0, "", ""}, kGoodWords), "the file was taken");
 }
 
 const Mistake kMistakes[] = {
@@ -87,15 +97,34 @@ const Mistake kMistakes[] = {
     {"page = 256", "page = 128", 4, "field 'page'", "256 in family 1"},
     {"size = 4096", "size = 4100", 17, "field 'size'", "a multiple of 256"},
     {"address_bytes = 1", "address_bytes = 2", 14, "field 'image_bytes'", "'address_bytes' 1"},
+    {"family = 1", "family = 2", 14, "field 'data_size'", "1 to 2048"},
 };
 
+/// What would drive a page write, a read or the programming enable beyond what it can do.
+const Mistake kMistakesInWords[] = {
+    {"size = 8720", "size = 8784", 7, "field 'size'", "one transfer"},
+    {"size = 8720", "size = 528", 7, "field 'size'", "16 in families 13 and 14"},
+    {"size = 8720", "size = 8719", 9, "field 'page'", "whole pages"},
+    {"page = 64", "page = 48", 9, "field 'page'", "1, 2, 4"},
+    {"page = 64", "page = 0", 9, "field 'page'", "1, 2, 4"},
+    {"option = 14", "option = 13", 5, "field 'option'", "14 or 15"},
+    {"retries = 1", "retries = 0", 15, "field 'retries'", "1 or more"},
+    {"address_bytes = 2", "address_bytes = 1", 1, "field 'image_bytes'", "twice 'size'"},
+    {"family = 13", "family = 15", 1, "field 'image_bytes'", "'address_bytes' 1"},
+    {"family = 13", "family = 3", 8, "field 'data_size'", "even number from 2 to 64"},
+    {"family = 13", "family = 2", 7, "field 'size'", "up to 8192"},
+};
+
+void ExpectRefusal(const Mistake& mistake, const std::vector<std::string>& good) {
+  EXPECT_THAT(Refusal(mistake, good),
+              AllOf(StartsWith("my.toml:" + std::to_string(mistake.line) + ": "),
+                    HasSubstr(mistake.wrong), HasSubstr(mistake.right)))
+      << mistake.written;
+}
+
 TEST(ProfileErrors, NameTheLineTheMistakeAndWhatIsRight) {
-  for (const Mistake& mistake : kMistakes) {
-    EXPECT_THAT(Refusal(mistake),
-                AllOf(StartsWith("my.toml:" + std::to_string(mistake.line) + ": "),
-                      HasSubstr(mistake.wrong), HasSubstr(mistake.right)))
-        << mistake.written;
-  }
+  for (const Mistake& mistake : kMistakes) ExpectRefusal(mistake, kGood);
+  for (const Mistake& mistake : kMistakesInWords) ExpectRefusal(mistake, kGoodWords);
 }
 
 TEST(ProfileErrors, AFileWithoutDevicesIsRefused) {

@@ -1,5 +1,5 @@
 // A host for tests: its own view of the shared blocks, one object, and a simulated bench with a
-// family 1 chip in the socket.
+// chip in the socket, one of family 1 unless told otherwise.
 #pragma once
 
 #include <functional>
@@ -51,6 +51,9 @@ class Tap : public ForwardingProgrammer {
   std::int32_t WriteLatch(std::int32_t value, std::uint8_t latch) override {
     return Pass({"WriteLatch", value, latch}) ? next().WriteLatch(value, latch) : 0;
   }
+  std::int32_t ShortDelay(std::int32_t microseconds) override {
+    return Pass({"ShortDelay", microseconds, 0}) ? next().ShortDelay(microseconds) : 0;
+  }
   std::int32_t QueueDelay(std::int32_t microseconds) override {
     return Pass({"QueueDelay", microseconds, 0}) ? next().QueueDelay(microseconds) : 0;
   }
@@ -68,36 +71,58 @@ class Tap : public ForwardingProgrammer {
   }
 };
 
+/// A device: the chip, with its supply on pins 40 and 20, and what its host says of it.
+struct TestDevice {
+  simulator::ChipDescription chip;
+  std::int32_t size = 0;         ///< addresses
+  std::int32_t image_bytes = 0;  ///< length of the device image
+  std::int16_t data_size = 0;
+  std::int16_t page = 0;
+  std::int32_t write_time = 0;
+  std::int16_t retries = 0;
+};
+
 class TestHost {
  public:
   static constexpr std::int32_t kWriteTime = 42;
 
-  static simulator::ChipDescription Isp51(std::uint32_t flash_bytes) {
-    return {.family = 1,
-            .flash_bytes = flash_bytes,
-            .signature = {0x1E, 0x51, 0x06},
-            .supply = {.vcc = {40}, .gnd = {20}},
-            .byte_write_us = 405,
-            .erase_ms = 500,
-            .lock_write_ms = 60};
+  static TestDevice Isp51(std::int32_t flash_bytes) {
+    return {.chip = {.family = 1,
+                     .flash_bytes = static_cast<std::uint32_t>(flash_bytes),
+                     .signature = {0x1E, 0x51, 0x06},
+                     .supply = {.vcc = {40}, .gnd = {20}},
+                     .byte_write_us = 405,
+                     .erase_ms = 500,
+                     .lock_write_ms = 60},
+            .size = flash_bytes,
+            .image_bytes = flash_bytes,
+            .write_time = kWriteTime};
   }
 
   explicit TestHost(std::int32_t flash_bytes = 4096, const simulator::Faults& faults = {},
                     std::int16_t instance = 7)
-      : bench(Isp51(static_cast<std::uint32_t>(flash_bytes)), instance, faults),
+      : TestHost(Isp51(flash_bytes), faults, instance) {}
+
+  explicit TestHost(const TestDevice& device, const simulator::Faults& faults = {},
+                    std::int16_t instance = 7)
+      : bench(device.chip, instance, faults),
         tap(bench.programmer()),
         desktop(bench),
         library(tap, desktop),
         mpu(std::make_unique<clsMPU>(library)) {
     vars.OpenMainGroup(instance, [] {});
-    vars.quorinbuflength[0] = flash_bytes;
+    vars.quorinbuflength[0] = device.image_bytes;
     vars.OpenDataBuffers(vars.DataBufferLength(), [] {});
     mpu->bufcommpu4(instance);
 
-    vars.quorinprgmode[0] = 1;
-    vars.quorintlength[0] = flash_bytes;
-    vars.quorinwltbigendbuf[1] = flash_bytes - 1;
-    vars.quorinpwte[0] = kWriteTime;
+    vars.quorinprgmode[0] = device.chip.family;
+    vars.quorinwoption[0] = device.chip.option;
+    vars.quorintlength[0] = device.size;
+    vars.quorinbvcch[0] = device.data_size;
+    vars.quorinpagelength[0] = device.page;
+    vars.quorinwltbigendbuf[1] = device.size - 1;
+    vars.quorinpwte[0] = device.write_time;
+    vars.quorinwretry[0] = device.retries;
     vars.quorinbvcc[0] = 500;
     vars.quorinbvccpin[0] = 40;
     vars.quorinbgndpin[0] = 20;
@@ -138,11 +163,18 @@ class TestHost {
     std::ranges::copy(bytes, vars.quorinibuffer.Range(0, std::ssize(bytes)).begin());
   }
   [[nodiscard]] std::vector<std::uint8_t> image() {
-    const auto bytes = vars.quorinibuffer.Range(0, vars.quorintlength[0]);
+    const auto bytes = vars.quorinibuffer.Range(0, vars.quorinbuflength[0]);
     return {bytes.begin(), bytes.end()};
   }
+  /// The cells of a memory of the chip; empty for one that it has not.
+  [[nodiscard]] std::span<std::uint8_t> cells(std::string_view area) {
+    for (const simulator::MemoryArea& memory : bench.chip().Memory()) {
+      if (memory.name == area) return memory.bytes;
+    }
+    return {};
+  }
   [[nodiscard]] std::vector<std::uint8_t> flash() {
-    const auto bytes = bench.chip().Memory()[0].bytes;
+    const auto bytes = cells("flash");
     return {bytes.begin(), bytes.end()};
   }
   [[nodiscard]] std::string log() const { return Narrow(vars.quorinMainRtstr[0]); }

@@ -1,0 +1,17 @@
+// How the serial families with page-wise flash enter programming mode.
+#pragma once
+
+#include "usb/run.h"
+
+namespace fliglaf {
+
+/// Families 13 and 14: a positive reset pulse and the programming enable, until the device echoes
+/// its second byte, at most quorinwretry(0) times and once at least. A device that never does is
+/// left to the operation to find.
+void enterSerialPage(Run& run);
+
+/// Family 15: reset high, then the programming enable in a frame of the select line; nothing
+/// answers.
+void enterFramedPage(Run& run);
+
+}  // namespace fliglaf

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "simulator/chips/serial_chip.h"
+#include "simulator/flash_array.h"
+
+namespace fliglaf::simulator {
+
+/// What distinguishes one chip of the kind from another. Times in ns.
+struct FramedPageModel {
+  std::size_t flash_bytes;  ///< above 0
+  std::size_t page_bytes;   ///< above 0
+  std::array<std::uint8_t, 3> signature;
+  std::int64_t page_write;
+  std::int64_t config_write;  ///< of the fuse or lock bits
+  std::int64_t chip_erase;
+};
+
+/// A flash microcontroller whose serial instructions begin with 0xAA and are framed by a select
+/// line. Works as the data sheets of such parts publish it:
+/// - It is in programming mode while reset is high, after the programming enable.
+/// - An instruction is carried out when the select rises, a read while its bytes go out. Nothing is
+///   carried out while a write or an erase is in progress; what is read then is 0x00.
+/// - A page takes up to its size of bytes; the address wraps round within it.
+/// - Lock bit 0 forbids writing, lock bit 1 reading as well (0x00 is read). They can only be
+/// written
+///   to 0; a chip erase lifts them. Bits that there are not read as 1.
+/// A host that waits for nothing after fuse and lock bits is served: their write time is less than
+/// the calls take that select the chip again.
+class FramedPageChip : public SerialChip {
+ public:
+  FramedPageChip(const Clock& clock, const FramedPageModel& model);
+
+  [[nodiscard]] std::vector<MemoryArea> Memory() override;
+  void Break(const StuckBit& stuck) override { flash_.Break(stuck); }
+
+ private:
+  void Restart() override;
+  void TakeByte(std::uint8_t byte) override;
+  void Selected() override { frame_.clear(); }
+  void Released() override;
+  [[nodiscard]] std::uint8_t Answer() const;
+  void Write();
+  void WritePage();
+  void EraseChip();
+
+  /// Flash address of byte `offset` of the page that the instruction names.
+  [[nodiscard]] std::uint32_t PageAddress(std::size_t offset) const;
+  [[nodiscard]] bool may_write() const { return lock_ == kAllLockBits; }
+  [[nodiscard]] bool may_read() const { return (lock_ & 0x02) != 0; }
+
+  static constexpr std::uint8_t kAllFuseBits = 0x0F;
+  static constexpr std::uint8_t kAllLockBits = 0x03;
+
+  FramedPageModel model_;
+  FlashArray flash_;
+  std::uint8_t fuses_ = kAllFuseBits;
+  std::uint8_t lock_ = kAllLockBits;
+
+  bool enabled_ = false;
+  std::vector<std::uint8_t> frame_;  ///< since the select fell
+};
+
+}  // namespace fliglaf::simulator

@@ -1,0 +1,173 @@
+#include "simulator/chips/serial_page_chip.h"
+
+#include <algorithm>
+
+namespace fliglaf::simulator {
+namespace {
+
+/// From the fall of reset to the first instruction.
+constexpr std::int64_t kAfterReset = 20 * Clock::kMillisecond;
+
+/// First bytes of instructions.
+constexpr std::uint8_t kReadFlashLow = 0x20;
+constexpr std::uint8_t kReadFlashHigh = 0x28;
+constexpr std::uint8_t kReadSignature = 0x30;
+constexpr std::uint8_t kReadCalibration = 0x38;
+constexpr std::uint8_t kLoadPageLow = 0x40;
+constexpr std::uint8_t kLoadPageHigh = 0x48;
+constexpr std::uint8_t kWritePage = 0x4C;
+constexpr std::uint8_t kReadConfig1 = 0x50;  // second byte 0x00: low fuses, 0x08: extended fuses
+constexpr std::uint8_t kReadConfig2 = 0x58;  // second byte 0x00: lock, 0x08: high fuses
+constexpr std::uint8_t kReadEeprom = 0xA0;
+constexpr std::uint8_t kControl = 0xAC;
+constexpr std::uint8_t kWriteEeprom = 0xC0;
+
+/// Second bytes of control instructions.
+constexpr std::uint8_t kProgrammingEnable = 0x53;
+constexpr std::uint8_t kChipErase = 0x80;
+constexpr std::uint8_t kWriteFuseLow = 0xA0;
+constexpr std::uint8_t kWriteFuseExtended = 0xA4;
+constexpr std::uint8_t kWriteFuseHigh = 0xA8;
+constexpr std::uint8_t kWriteLock = 0xE0;
+
+/// Lock bits that there are; the others read as 1.
+constexpr std::uint8_t kLockBits = 0x3F;
+
+}  // namespace
+
+SerialPageChip::SerialPageChip(const Clock& clock, const SerialPageModel& model)
+    : SerialChip(clock, kSerialWiringLow, {.after_reset = kAfterReset, .after_power = model.start_up}),
+      model_(model),
+      flash_(model.flash_bytes),
+      fuses_(model.fuse_bytes, FlashArray::kErased),
+      page_(model.page_bytes, FlashArray::kErased) {
+  if (model.eeprom_bytes > 0) eeprom_.emplace(model.eeprom_bytes);
+}
+
+std::vector<MemoryArea> SerialPageChip::Memory() {
+  std::vector<MemoryArea> areas{{"flash", flash_.cells(), FlashArray::kErased}};
+  if (eeprom_) areas.push_back({"eeprom", eeprom_->cells(), FlashArray::kErased});
+  areas.push_back({"fuses", fuses_, FlashArray::kErased});
+  areas.push_back({"lock", {&lock_, 1}, FlashArray::kErased});
+  return areas;
+}
+
+void SerialPageChip::Restart() {
+  enabled_ = false;
+  instruction_bytes_ = 0;
+}
+
+void SerialPageChip::TakeByte(std::uint8_t byte) {
+  instruction_[instruction_bytes_++] = byte;
+  Load(byte);
+  if (instruction_bytes_ == 3 && enabled_ && !busy()) {
+    if (const auto answer = Answer()) Load(*answer);
+  }
+  if (instruction_bytes_ < instruction_.size()) return;
+  instruction_bytes_ = 0;
+  if (!busy()) Execute();
+}
+
+std::optional<std::uint8_t> SerialPageChip::Answer() const {
+  const bool second = instruction_[1] == 0x08;
+  switch (instruction_[0]) {
+    case kReadFlashLow:
+    case kReadFlashHigh:
+      if (!may_read()) return std::nullopt;
+      return flash_.Read(2 * address() + (instruction_[0] == kReadFlashHigh ? 1 : 0));
+    case kReadEeprom:
+      if (!may_read() || !eeprom_) return std::nullopt;
+      return eeprom_->Read(address());
+    case kReadSignature:
+      if (instruction_[2] >= model_.signature.size()) return std::nullopt;
+      return model_.signature[instruction_[2]];
+    case kReadCalibration:
+      return kCalibration[instruction_[2] % kCalibration.size()];
+    case kReadConfig1:
+      return Fuse(second ? 2 : 0);
+    case kReadConfig2:
+      return second ? Fuse(1) : lock_;
+    default:
+      return std::nullopt;
+  }
+}
+
+std::optional<std::uint8_t> SerialPageChip::Fuse(std::size_t number) const {
+  if (number >= fuses_.size()) return std::nullopt;
+  return fuses_[number];
+}
+
+void SerialPageChip::Execute() {
+  if (instruction_[0] == kControl && instruction_[1] == kProgrammingEnable) enabled_ = true;
+  if (!enabled_) return;
+  switch (instruction_[0]) {
+    case kControl:
+      return Control();
+    case kLoadPageLow:
+    case kLoadPageHigh:
+      return LoadPage(instruction_[0] == kLoadPageHigh);
+    case kWritePage:
+      return WritePage();
+    case kWriteEeprom:
+      return WriteEeprom();
+    default:
+      return;
+  }
+}
+
+void SerialPageChip::Control() {
+  switch (instruction_[1]) {
+    case kChipErase:
+      return EraseChip();
+    case kWriteFuseLow:
+      return WriteFuse(0);
+    case kWriteFuseHigh:
+      return WriteFuse(1);
+    case kWriteFuseExtended:
+      return WriteFuse(2);
+    case kWriteLock:
+      return WriteLock();
+    default:
+      return;
+  }
+}
+
+void SerialPageChip::LoadPage(bool high) {
+  page_[(2 * address() + (high ? 1 : 0)) % page_.size()] = instruction_[3];
+}
+
+/// The address bits within the page do not count. The buffer is empty afterwards.
+void SerialPageChip::WritePage() {
+  if (!may_write()) return;
+  auto at = 2 * address() / static_cast<std::uint32_t>(page_.size()) *
+            static_cast<std::uint32_t>(page_.size());
+  for (const std::uint8_t byte : page_) flash_.Program(at++, byte);
+  std::ranges::fill(page_, FlashArray::kErased);
+  BusyFor(model_.page_write);
+}
+
+void SerialPageChip::WriteEeprom() {
+  if (!may_write() || !eeprom_) return;
+  eeprom_->Rewrite(address(), instruction_[3]);
+  BusyFor(model_.eeprom_write);
+}
+
+void SerialPageChip::WriteFuse(std::size_t number) {
+  if (!may_write() || number >= fuses_.size()) return;
+  fuses_[number] = instruction_[3];
+  BusyFor(model_.config_write);
+}
+
+void SerialPageChip::WriteLock() {
+  lock_ &= static_cast<std::uint8_t>(instruction_[3] | ~kLockBits);
+  BusyFor(model_.config_write);
+}
+
+void SerialPageChip::EraseChip() {
+  flash_.Erase();
+  if (eeprom_) eeprom_->Erase();
+  lock_ = FlashArray::kErased;
+  BusyFor(model_.chip_erase);
+}
+
+}  // namespace fliglaf::simulator

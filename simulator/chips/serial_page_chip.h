@@ -1,0 +1,80 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "simulator/chips/serial_chip.h"
+#include "simulator/flash_array.h"
+
+namespace fliglaf::simulator {
+
+/// What distinguishes one chip of the kind from another. Times in ns.
+struct SerialPageModel {
+  std::size_t flash_bytes;   ///< above 0
+  std::size_t page_bytes;    ///< a power of two
+  std::size_t eeprom_bytes;  ///< 0: none
+  std::size_t fuse_bytes;    ///< 1 to 3: low, high, extended
+  std::array<std::uint8_t, 3> signature;
+  std::int64_t page_write;
+  std::int64_t eeprom_write;
+  std::int64_t config_write;  ///< of a fuse or lock byte
+  std::int64_t chip_erase;
+  std::int64_t start_up;  ///< of the oscillator, after the supply has come
+};
+
+/// A flash microcontroller with words of two bytes, a page buffer and EEPROM, and serial
+/// programming in four-byte instructions. Works as the data sheets of such parts publish it:
+/// - The interface listens while reset is low and is in step when reset fell with the clock low;
+///   that edge also leaves programming mode.
+/// - What comes in goes out again a byte later, unless the instruction has an answer. So the second
+///   byte of the programming enable comes back while the third is sent, and an instruction that is
+///   not carried out answers with its third byte.
+/// - Only the programming enable is carried out before it, and nothing while a write or an erase is
+///   in progress.
+/// - Lock bit 0 forbids writing flash, EEPROM and fuses, lock bit 1 reading flash and EEPROM as
+///   well. They can only be written to 0; a chip erase lifts them and erases the EEPROM too.
+class SerialPageChip : public SerialChip {
+ public:
+  /// Factory values of the oscillator at its four frequencies.
+  static constexpr std::array<std::uint8_t, 4> kCalibration{0xB3, 0xB1, 0xAC, 0xA7};
+
+  SerialPageChip(const Clock& clock, const SerialPageModel& model);
+
+  [[nodiscard]] std::vector<MemoryArea> Memory() override;
+  void Break(const StuckBit& stuck) override { flash_.Break(stuck); }
+
+ private:
+  void Restart() override;
+  void TakeByte(std::uint8_t byte) override;
+  [[nodiscard]] std::optional<std::uint8_t> Answer() const;
+  [[nodiscard]] std::optional<std::uint8_t> Fuse(std::size_t number) const;
+  void Execute();
+  void Control();
+  void LoadPage(bool high);
+  void WritePage();
+  void WriteEeprom();
+  void WriteFuse(std::size_t number);
+  void WriteLock();
+  void EraseChip();
+
+  [[nodiscard]] std::uint32_t address() const {
+    return static_cast<std::uint32_t>(instruction_[1] << 8 | instruction_[2]);
+  }
+  [[nodiscard]] bool may_write() const { return (lock_ & 0x03) == 0x03; }
+  [[nodiscard]] bool may_read() const { return (lock_ & 0x02) != 0; }
+
+  SerialPageModel model_;
+  FlashArray flash_;
+  std::optional<FlashArray> eeprom_;
+  std::vector<std::uint8_t> fuses_;
+  std::uint8_t lock_ = FlashArray::kErased;
+
+  bool enabled_ = false;
+  std::array<std::uint8_t, 4> instruction_{};
+  std::size_t instruction_bytes_ = 0;
+  std::vector<std::uint8_t> page_;
+};
+
+}  // namespace fliglaf::simulator

@@ -1,0 +1,357 @@
+// Families 2 and 3 end to end: parts with flash and EEPROM, written byte by byte.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/test_host.h"
+
+namespace fliglaf {
+namespace {
+
+using test::RandomBytes;
+using test::Tap;
+using test::TestDevice;
+using test::TestHost;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+using Bytes = std::vector<std::uint8_t>;
+
+constexpr std::uint8_t kRead = 2, kVerify = 3, kBlank = 4, kCompare = 5, kProgram = 6;
+constexpr std::uint8_t kNoWriting = 8, kNoReading = 9;  // lock operations of both families
+
+TestDevice Fam2(std::int32_t flash_bytes, std::int32_t eeprom_bytes) {
+  return {.chip = {.family = 2,
+                   .flash_bytes = static_cast<std::uint32_t>(flash_bytes),
+                   .eeprom_bytes = static_cast<std::uint32_t>(eeprom_bytes),
+                   .supply = {.vcc = {40}, .gnd = {20}},
+                   .byte_write_us = 2500,
+                   .eeprom_write_us = 2500,
+                   .erase_ms = 16},
+          .size = flash_bytes + eeprom_bytes,
+          .image_bytes = flash_bytes + eeprom_bytes,
+          .data_size = static_cast<std::int16_t>(eeprom_bytes),
+          .write_time = 3000};
+}
+
+TestDevice Fam3() {
+  return {.chip = {.family = 3,
+                   .flash_bytes = 1024,
+                   .eeprom_bytes = 64,
+                   .signature = {0x1E, 0x90, 0x01},
+                   .supply = {.vcc = {40}, .gnd = {20}},
+                   .byte_write_us = 4000,
+                   .eeprom_write_us = 4000,
+                   .erase_ms = 8,
+                   .lock_write_ms = 2},
+          .size = 512 + 32 + 16,
+          .image_bytes = 2 * (512 + 32 + 16),
+          .data_size = 64,
+          .write_time = 10'000};
+}
+
+/// An image that writes little.
+Bytes FewBytes(std::size_t image_bytes, std::initializer_list<std::size_t> written) {
+  Bytes image(image_bytes, 0xFF);
+  for (const std::size_t address : written) image[address] = static_cast<std::uint8_t>(address * 7);
+  return image;
+}
+
+/// What the chip's memories hold, as the image has them.
+Bytes Cells(TestHost& host) {
+  Bytes bytes = host.flash();
+  const auto eeprom = host.cells("eeprom");
+  bytes.insert(bytes.end(), eeprom.begin(), eeprom.end());
+  return bytes;
+}
+
+std::string Hexadecimal(TestHost& host, std::size_t address) {
+  return test::Narrow(host.tap.datstr(static_cast<std::int32_t>(address), 8)) + "H";
+}
+
+/// How many blocks the run fetched, and how many bytes it handed over.
+using Counts = std::pair<std::size_t, std::size_t>;
+Counts CountsOf(const TestHost& host) {
+  return {host.tap.Count("usbbulkread"), host.tap.Count("BlockTransfer")};
+}
+Counts Read(TestHost& host) {
+  host.tap.calls.clear();
+  host.Run(kRead);
+  return CountsOf(host);
+}
+
+struct Part {
+  TestDevice device;
+  std::uint8_t erase;
+  Bytes few_bytes;  ///< of both memories
+  std::vector<Tap::Call> power_up;
+};
+
+void PrintTo(const Part& part, std::ostream* out) {
+  *out << "family " << int{part.device.chip.family};
+}
+
+const Part kFamily2{
+    .device = Fam2(1280, 300),
+    .erase = 11,
+    .few_bytes = FewBytes(1580, {1, 2, 1279, 1280, 1579}),
+    .power_up = {{"WriteLatch", 8, 2}, {"DelayMs", 100, 0}, {"WriteRegister", 0xFF, 0x8E}}};
+const Part kFamily3{.device = Fam3(),
+                    .erase = 10,
+                    .few_bytes = FewBytes(1120, {2, 3, 512, 1023, 1025, 1087}),
+                    .power_up = {{"DelayMs", 200, 0}, {"WriteRegister", 0x00, 0x8E}}};
+
+class IspByte : public testing::TestWithParam<Part> {
+ protected:
+  IspByte() { host_.SetImage(GetParam().few_bytes); }
+
+  [[nodiscard]] bool Holds(Bytes image) {
+    image.resize(memory_bytes_);
+    return Cells(host_) == image;
+  }
+
+  const TestDevice& device_ = GetParam().device;
+  const std::uint8_t kErase = GetParam().erase;
+  const std::size_t flash_bytes_ = device_.chip.flash_bytes;
+  const std::size_t memory_bytes_ = flash_bytes_ + device_.chip.eeprom_bytes;
+  const std::size_t image_bytes_ = static_cast<std::size_t>(device_.image_bytes);
+  TestHost host_{device_};
+};
+INSTANTIATE_TEST_SUITE_P(Parts, IspByte, testing::Values(kFamily2, kFamily3));
+
+TEST_P(IspByte, RandomImageSurvivesEraseProgramReadAndCompare) {
+  Bytes image = RandomBytes(memory_bytes_, 31);
+  image.resize(image_bytes_, 0xFF);
+  host_.SetImage(image);
+  ASSERT_EQ(host_.Run({kErase, kProgram}), 0) << host_.log();
+  EXPECT_TRUE(Holds(image));
+  EXPECT_THAT(host_.log(), HasSubstr(">><Blank Check>\n"));
+  EXPECT_THAT(host_.log(), HasSubstr(">><op6>\n>><Verify>\n>>op6 ok\n"));
+
+  host_.SetImage(Bytes(image_bytes_, 0x55));
+  ASSERT_EQ(host_.Run(kRead), 0);
+  std::fill(image.begin() + static_cast<std::ptrdiff_t>(memory_bytes_), image.end(), 0x55);
+  EXPECT_EQ(host_.image(), image) << "and nothing behind the memories";
+
+  host_.vars.quorinibuffer[static_cast<std::int64_t>(memory_bytes_) - 1] ^= 0x01;
+  EXPECT_EQ(host_.Run(kCompare), 0);
+  EXPECT_THAT(host_.log(), StartsWith("h1\nh2\n>> " + Hexadecimal(host_, memory_bytes_ - 1)));
+}
+
+TEST_P(IspByte, OneWrongBitIsFoundAtItsAddress) {
+  host_.SetImage(Bytes(image_bytes_, 0xFF));
+  for (const std::size_t address :
+       {std::size_t{0}, std::size_t{0x103}, flash_bytes_ - 1, flash_bytes_, memory_bytes_ - 1}) {
+    std::uint8_t& cell = address < flash_bytes_ ? host_.cells("flash")[address]
+                                                : host_.cells("eeprom")[address - flash_bytes_];
+    cell = 0xEF;
+    for (const std::uint8_t operation : {kVerify, kBlank}) {
+      EXPECT_EQ(host_.Run(operation), 1);
+      EXPECT_THAT(host_.log(),
+                  HasSubstr("Device Address:" + Hexadecimal(host_, address) + "  Device Data:EFH"));
+      host_.vars.quorinMainRtstr.Set(0, u"");
+    }
+    cell = 0xFF;
+  }
+  EXPECT_EQ(host_.Run({kVerify, kBlank}), 0) << host_.log();
+}
+
+TEST_P(IspByte, LockForbidsWhatItShouldAndEraseLiftsIt) {
+  const Bytes& image = GetParam().few_bytes;
+  ASSERT_EQ(host_.Run({kErase, kProgram, kNoWriting, kVerify}), 0) << "reading is allowed";
+  host_.SetImage(Bytes(image.size(), 0x00));
+  EXPECT_EQ(host_.Run(kProgram), 1) << "writing is not";
+  EXPECT_TRUE(Holds(image));
+
+  host_.SetImage(image);
+  EXPECT_EQ(host_.Run({kNoReading, kVerify}), 1) << "nor is reading now";
+  EXPECT_EQ(host_.Run(kBlank), 1) << "what is hidden does not look blank";
+  EXPECT_EQ(host_.Run({kErase, kProgram, kVerify}), 0) << host_.log();
+  EXPECT_TRUE(Holds(image));
+}
+
+/// Each wait of the erase and the write loops is left out in turn. What was written before makes
+/// an erase that did not happen visible.
+TEST_P(IspByte, EveryWaitIsNeededButTheLast) {
+  TestDevice small = device_;
+  Bytes image = GetParam().few_bytes;
+  image.resize(memory_bytes_);
+  if (small.chip.family == 2) {
+    small = Fam2(8, 4);
+    image = FewBytes(12, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11});
+  }
+  const auto run = [&](int left_out) {
+    TestHost host(small);
+    std::ranges::fill(host.cells("flash"), std::uint8_t{0x5A});
+    host.SetImage(image);
+    int waits = 0;
+    host.tap.before = [&](const Tap::Call& call) {
+      const bool write_time = (call.operation == "QueueDelay" || call.operation == "ShortDelay") &&
+                              call.value % small.write_time == 0;
+      return !write_time || waits++ != left_out;
+    };
+    const bool good = host.Run({kErase, kProgram}) == 0 && Cells(host) == image;
+    return std::pair{good, waits};
+  };
+  const auto [good, waits] = run(-1);
+  ASSERT_TRUE(good);
+  ASSERT_EQ(waits, small.chip.family == 2 ? 1 + 12 : 2 + 6);
+  for (int i = 0; i < waits; ++i) EXPECT_EQ(run(i).first, i == waits - 1) << "wait " << i;
+}
+
+TEST_P(IspByte, PowerUpStepsAreNeeded) {
+  ASSERT_EQ(host_.Run(kBlank), 0);
+  std::vector<Tap::Call> steps = GetParam().power_up;
+  steps.insert(steps.end(), {{"WriteLatch", 0, 2},
+                             {"WriteLatch", 2, 1},
+                             {"WriteLatch", 0x80, 0},
+                             {"WriteRegister", 0xAC, 0x8E},
+                             {"WriteRegister", 0x53, 0x8E}});
+  for (const Tap::Call& step : steps) {
+    host_.tap.before = [&](const Tap::Call& call) {
+      return !(call.operation == step.operation && call.value == step.value &&
+               call.target == step.target);
+    };
+    EXPECT_EQ(host_.Run(kBlank), 1) << step.operation << " " << step.value << " " << step.target;
+  }
+}
+
+/// A stop while writing is noticed by the verify that follows; one while a block is fetched ends
+/// the pass before it is handed over.
+TEST_P(IspByte, StopEndsThePassAtItsNextFetch) {
+  const auto stop_at = [&](std::uint8_t code, std::string_view operation, std::size_t nth) {
+    host_.tap.calls.clear();
+    host_.tap.before = [this, operation, nth](const Tap::Call& call) mutable {
+      if (call.operation == operation && --nth == 0) host_.vars.quorinprgresult[0] = 2;
+      return true;
+    };
+    EXPECT_EQ(host_.Run(code), 2);
+    EXPECT_THAT(host_.log(), HasSubstr("stopped\n"));
+    EXPECT_EQ(host_.tap.Count("SignalFail"), 1U);
+    EXPECT_EQ(host_.tap.calls.back().operation, "EndRun");
+    return CountsOf(host_);
+  };
+  EXPECT_EQ(stop_at(kProgram, "QueueDelay", 2), Counts(1, 0));
+  EXPECT_TRUE(Holds(GetParam().few_bytes)) << "the writing goes on to its end";
+  EXPECT_THAT(host_.log(), HasSubstr(">><Verify>\nstopped\n"));
+  EXPECT_EQ(stop_at(kRead, "usbbulkread", 1), Counts(1, 0));
+  EXPECT_EQ(stop_at(kRead, "usbbulkread", 2), Counts(2, flash_bytes_));
+}
+
+TEST_P(IspByte, AFailedFetchIsHandedOverAndJudged) {
+  TestHost host(device_, {.programmer = {.usb = simulator::CapturePipe::Fault::kFails}});
+  host.SetImage(GetParam().few_bytes);
+  EXPECT_EQ(host.Run(kVerify), 1) << "what was left in the buffer is not the image";
+  EXPECT_EQ(Read(host), Counts(2, memory_bytes_)) << "nothing is repeated";
+}
+
+TEST_P(IspByte, AFailedCallInAnyPhaseEndsTheRun) {
+  for (const char* operation : {"ShortDelay", "QueueDelay", "FlushQueue", "BlockTransfer"}) {
+    host_.tap.before = [&](const Tap::Call& call) {
+      if (call.operation == operation) throw ComponentError(operation, 0x80004005);
+      return true;
+    };
+    EXPECT_EQ(host_.Run({kErase, kProgram}), 1);
+    EXPECT_THAT(host_.log(), EndsWith("failed: 0x80004005\n"));
+    EXPECT_EQ(host_.tap.calls.back().operation, "EndRun");
+  }
+}
+
+TEST(IspFam2Range, IsClippedToBothMemories) {
+  const TestDevice device = Fam2(4096, 256);
+  TestHost host(device);
+  const Bytes image = RandomBytes(4096 + 256, 32);
+  host.SetImage(image);
+  host.vars.quorinwltbigendbuf[0] = 0xFF0;
+  host.vars.quorinwltbigendbuf[1] = 0x100F;
+  ASSERT_EQ(host.Run(kProgram), 0) << host.log();
+  Bytes expected(image.size(), 0xFF);
+  std::copy_n(image.begin() + 0xFF0, 0x20, expected.begin() + 0xFF0);
+  EXPECT_EQ(Cells(host), expected);
+
+  const auto fetches = [&](std::int32_t first, std::int32_t last) {
+    host.vars.quorinwltbigendbuf[0] = first;
+    host.vars.quorinwltbigendbuf[1] = last;
+    return Read(host);
+  };
+  EXPECT_EQ(fetches(0x10, 0xFFF), Counts(1, 0xFF0));   // code memory alone
+  EXPECT_EQ(fetches(0x1080, 0x10FF), Counts(1, 128));  // EEPROM alone
+  EXPECT_EQ(fetches(0xFFF, 0x7FFF), Counts(2, 1 + 256));
+  EXPECT_EQ(fetches(0x20, 0x1F), Counts(0, 0));
+}
+
+TEST(IspFam2Range, LongMemoriesAreReadInBlocksAndWrittenByTheKilobyte) {
+  constexpr std::int32_t kCode = 16'384 + 8192;  // more than 13 address bits: it wraps around
+  TestDevice device = Fam2(8192, 2048);
+  device.size = device.image_bytes = kCode + 2048;
+  TestHost host(device);
+  const Bytes image = RandomBytes(kCode + 2048, 33);
+  host.SetImage(image);
+  host.vars.quorinwltbigendbuf[0] = kCode - 2192;
+  ASSERT_EQ(host.Run(kProgram), 0) << host.log();
+  EXPECT_EQ(host.tap.Count("FlushQueue"), 2U + 2U + 1U + 3U) << "kilobytes, the rest, the verify";
+  const Bytes cells = Cells(host);
+  EXPECT_TRUE(
+      std::ranges::equal(std::span(cells).last(2192 + 2048), std::span(image).last(2192 + 2048)));
+
+  host.vars.quorinwltbigendbuf[0] = 0;
+  EXPECT_EQ(Read(host), Counts(3, kCode + 2048));
+  const Bytes read = host.image();
+  const Bytes flash = host.flash();
+  for (std::size_t i = 0; i < kCode; ++i) ASSERT_EQ(read[i], flash[i % 8192]) << i;
+}
+
+TEST(IspByteSignature, Family2HasNoneAndFamily3HidesItWhenLocked) {
+  for (const TestDevice& device : {Fam2(256, 16), Fam3()}) {
+    TestHost host(device);
+    host.vars.quorinchipidtestmode[0] = -1;
+    host.vars.quorincompid[0] = 0x1E;
+    host.vars.quorintypeid[0] = 0x90;
+    int boxes = 0;
+    host.desktop.on_box = [&](int, std::u16string_view, std::u16string_view prompt) {
+      EXPECT_EQ(prompt, u"M00   D0000");
+      ++boxes;
+      return 5;  // Ignore
+    };
+    const bool has_one = device.chip.family == 3;
+    EXPECT_EQ(host.Run(kNoReading), 0);
+    EXPECT_THAT(host.log(), StartsWith(has_one ? ">>M1E   D9001\n>><op9>" : ">><op9>"));
+    EXPECT_EQ(host.Run(kBlank), 1);
+    EXPECT_EQ(boxes, has_one ? 1 : 0);
+  }
+}
+
+TEST(IspFam3Program, SendsOnlyWhatIsNotErasedFromTheRangeOn) {
+  const TestDevice device = Fam3();
+  TestHost host(device);
+  const auto written = [&] {
+    return std::ranges::count_if(host.tap.calls, [&](const Tap::Call& call) {
+      return call.operation == "QueueDelay" && call.value == device.write_time;
+    });
+  };
+  host.SetImage(Bytes(1120, 0xFF));
+  EXPECT_EQ(host.Run(kProgram), 0);
+  EXPECT_EQ(written(), 0);
+
+  host.SetImage(FewBytes(1120, {2, 1025, 1026, 1027}));
+  host.vars.quorinwltbigendbuf[0] = 2;  // leaves out EEPROM bytes 0 and 1, and no word
+  EXPECT_EQ(host.Run(kProgram), 1) << "the verify covers all of it";
+  EXPECT_EQ(written(), 3);
+  EXPECT_THAT(host.log(), HasSubstr("Device Address:00000401H"));
+}
+
+TEST(IspFam3Sizes, HalfAWordGoesToTheEvenNeighbour) {
+  TestHost host(Fam3());
+  const auto handed_over = [&](std::int32_t size, std::int16_t eeprom) {
+    host.vars.quorintlength[0] = size;
+    host.vars.quorinbvcch[0] = eeprom;
+    return Read(host);
+  };
+  EXPECT_EQ(handed_over(40, 5), Counts(2, 2 * 22 + 5));  // 2.5 words are 2
+  EXPECT_EQ(handed_over(40, 7), Counts(2, 2 * 20 + 7));  // 3.5 words are 4
+  EXPECT_EQ(handed_over(40, 0), Counts(1, 2 * 24));
+  EXPECT_EQ(handed_over(16 + 8193, 0), Counts(0, 0)) << "more than one block brings back";
+  EXPECT_THAT(host.log(), HasSubstr("16384 bytes at most"));
+}
+
+}  // namespace
+}  // namespace fliglaf
