@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "cli/configuration.h"
 #include "cli/device_list.h"
 #include "cli/exit_status.h"
 #include "cli/operations.h"
@@ -43,7 +44,9 @@ ExitStatus Run(const Options& options) {
     PrintDevices(catalogue, options.json);
     return ExitStatus::kSuccess;
   }
-  return RunOperationCommand(options, FindDevice(catalogue, options.device));
+  const DeviceProfile& device = FindDevice(catalogue, options.device);
+  if (options.command == Command::kConfig) return RunConfigCommand(options, device);
+  return RunOperationCommand(options, device);
 }
 
 ExitStatus Main(int argc, const char* const* argv) {

@@ -97,9 +97,9 @@ OperationRun::OperationRun(const Options& options, const DeviceProfile& device)
   if (!options.record_file.empty()) CheckWritable(options.record_file);
 }
 
-Report OperationRun::Run(std::span<const std::uint8_t> codes) {
+Report OperationRun::Run(std::span<const std::uint8_t> codes, Recorded recorded) {
   session_.Request(codes);
-  if (options_.record_file.empty()) {
+  if (options_.record_file.empty() || recorded == Recorded::kNo) {
     Library library(watch_, desktop_);
     clsMPU object(library);
     session_.Open(object);

@@ -18,6 +18,9 @@
 
 namespace fliglaf::cli {
 
+/// Whether a request goes into the record that the options may ask for: one request of a call does.
+enum class Recorded { kYes, kNo };
+
 /// Requests of one call of the program: the bench, the host's session, and the library between
 /// them.
 class OperationRun {
@@ -30,7 +33,7 @@ class OperationRun {
 
   /// Runs the operations of `codes` (see HostSession::Request) and judges what came of it. Where
   /// that is success the report's message is left to the caller.
-  [[nodiscard]] Report Run(std::span<const std::uint8_t> codes);
+  [[nodiscard]] Report Run(std::span<const std::uint8_t> codes, Recorded recorded = Recorded::kYes);
 
   /// Writes what the run leaves behind, whatever became of it: the chip's contents and the record.
   /// Throws ImageError.

@@ -31,6 +31,7 @@ class Parser {
     AddVerifyAndCompare();
     AddBlankAndErase();
     AddLock();
+    AddConfig();
     AddOperation("signature", Command::kSignature,
                  "Check that the expected device is in the socket", "signature isp51-8k");
     AddReplay();
@@ -215,6 +216,16 @@ class Parser {
     sub->add_option("level", options_.lock_level, "Lock level, from 1")
         ->type_name("LEVEL")
         ->required();
+  }
+
+  void AddConfig() {
+    CLI::App* sub = AddOperation("config", Command::kConfig,
+                                 "Show the configuration bytes of a device, or write them",
+                                 "config isp-page-16k low=E2 high=DF --chip bench.chip");
+    sub->add_option("bytes", options_.assignments, "Bytes to write, in hexadecimal")
+        ->type_name("NAME=VALUE");
+    sub->add_flag("--yes", options_.yes,
+                  "Write even what shuts the programming interface of the device");
   }
 
   void AddReplay() {

@@ -17,6 +17,7 @@ enum class Command {
   kErase,
   kLock,
   kSignature,
+  kConfig,
   kReplay
 };
 
@@ -36,6 +37,8 @@ struct Options {
   std::filesystem::path image_file;   ///< the whole image
   std::filesystem::path output;
   int lock_level = 0;
+  std::vector<std::string> assignments;  ///< NAME=VALUE of configuration bytes
+  bool yes = false;                      ///< no question about what cannot be undone
   bool erase = true;
   int margin = 0;  ///< verify at the supply plus and minus this many times 5 %
 

@@ -145,7 +145,8 @@ TEST_F(Program, RefusesBadInputBeforeAnythingIsDone) {
 TEST_F(Program, StopsAtASignalWithTheSocketOff) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     fs::remove(folder_ / "err");
-    const pid_t run = Start("program isp51-8k random.bin --no-erase --real-time --chip c --record r");
+    const pid_t run =
+        Start("program isp51-8k random.bin --no-erase --real-time --chip c --record r");
     while (ReadText(folder_ / "err").find("Program") == std::string::npos) {
       std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
@@ -155,6 +156,38 @@ TEST_F(Program, StopsAtASignalWithTheSocketOff) {
     EXPECT_EQ(Run("replay r --explain"), 0) << out_ << err_;
     EXPECT_THAT(ReadText(folder_ / "c"), StartsWith("fliglaf chip 1\ndevice isp51-8k\narea flash"));
   }
+}
+
+TEST_F(Program, CarriesTheDataMemoryInAFileOfItsOwn) {
+  std::ofstream(folder_ / "data.bin", std::ios::binary) << std::string(64, '\x5A');
+  ASSERT_EQ(Run("program isp-page-16k random.bin --eeprom data.bin --chip c"), 0) << err_;
+  ASSERT_EQ(Run("read isp-page-16k --chip c -o main.bin --eeprom ee.bin --image all.bin"), 0)
+      << err_;
+  EXPECT_EQ(ReadText(folder_ / "main.bin").substr(0, 8192), ReadText(folder_ / "random.bin"));
+  EXPECT_EQ(ReadText(folder_ / "ee.bin"), std::string(64, '\x5A') + std::string(448, '\xFF'));
+  EXPECT_EQ(Run("verify isp-page-16k --chip c --image all.bin"), 0) << err_;
+  EXPECT_EQ(Run("verify isp-page-16k random.bin --chip c"), 1) << "the data memory is not erased";
+  EXPECT_EQ(Run("program isp-page-16k --eeprom random.bin"), 2);
+  EXPECT_THAT(err_, HasSubstr("address 0x0200 lies outside isp-page-16k, whose data memory"));
+}
+
+TEST_F(Program, WritesTheConfigurationAndReadsItBack) {
+  EXPECT_EQ(Run("config isp-page-16k low=E2 high=DF --chip c --record r"), 0) << err_;
+  EXPECT_THAT(out_, HasSubstr("configuration written: low=E2 calibration="));
+  EXPECT_EQ(Run("config isp-page-16k --chip c"), 0) << err_;
+  EXPECT_THAT(out_, HasSubstr("high=DF lock=FF\n"));
+  EXPECT_EQ(Run("replay r"), 0) << out_;
+  EXPECT_EQ(Run("config isp-page-16k high=5F --chip c"), 2);
+  EXPECT_THAT(err_, HasSubstr("high bit 7 = 0 (RSTDISBL) turns the reset line off"));
+  EXPECT_EQ(Run("config isp-page-16k --chip c"), 0);
+  EXPECT_THAT(out_, HasSubstr("high=DF")) << "nothing was written";
+  EXPECT_EQ(Run("config isp-page-16k high=5F --chip c --yes"), 0) << err_;
+  EXPECT_EQ(Run("lock isp-page-16k 1 --chip c"), 2) << "lock bits are configuration there";
+  EXPECT_EQ(Run("config isp-page-16k lock=FE --chip c"), 0) << err_;
+  EXPECT_EQ(Run("config isp-page-16k low=FF --chip c"), 1) << "locked against writing";
+  EXPECT_THAT(err_, HasSubstr("low was to be FFH and is E2H"));
+  EXPECT_EQ(Run("config isp-page-16k calibration=00"), 2);
+  EXPECT_EQ(Run("config isp-frame-2k fuse=0E"), 2) << "all of it, or nothing";
 }
 
 TEST_F(Program, RecordsWhatReplaysAndReportsWhatDoesNot) {

@@ -1,0 +1,69 @@
+#include "devices/config_layout.h"
+
+#include <array>
+
+namespace fliglaf {
+namespace {
+
+constexpr std::uint8_t kOneFuseByte = 14;
+
+/// Lock bits of the page families: two for the memory, up to four for a boot section. Bit 1 always
+/// reads as 1 here.
+constexpr std::uint8_t kLockBits = 0x3D;
+
+constexpr std::array kOneFuseHazards{
+    ConfigHazard{"low", 5, true, "SPIEN", "turns serial programming off"},
+};
+constexpr std::array kTwoFuseHazards{
+    ConfigHazard{"high", 5, true, "SPIEN", "turns serial programming off"},
+    ConfigHazard{"high", 6, false, "DWEN", "makes the reset line a debug wire"},
+    ConfigHazard{"high", 7, false, "RSTDISBL", "turns the reset line off"},
+};
+constexpr std::array kFramedHazards{
+    ConfigHazard{"fuse", 0, true, "ISP Enable", "turns serial programming off"},
+};
+
+std::vector<ConfigByte> PageFamilyBytes(const DeviceProfile& device) {
+  const std::int32_t end = 2 * device.size;
+  const bool one_fuse = device.family == 13 && device.option == kOneFuseByte;
+  std::vector<ConfigByte> bytes;
+  bytes.push_back({"low", end - 32, static_cast<std::uint8_t>(one_fuse ? 0x7F : 0xFF), true});
+  if (!one_fuse) {
+    bytes.push_back({"calibration", end - 31, 0xFF, false});
+    bytes.push_back({"high", end - 30, 0xFF, true});
+  }
+  bytes.push_back({"lock", end - 29, kLockBits, true});
+  if (device.family == 14) bytes.push_back({"extended", end - 28, 0xFF, true});
+  return bytes;
+}
+
+}  // namespace
+
+std::vector<ConfigByte> ConfigBytesOf(const DeviceProfile& device) {
+  switch (device.family) {
+    case 13:
+    case 14:
+      return PageFamilyBytes(device);
+    case 15:
+      return {{"fuse", device.size - 32, 0x0F, true}, {"lock", device.size - 31, 0x03, true}};
+    default:
+      return {};
+  }
+}
+
+bool ReadsConfig(const DeviceProfile& device) { return device.family == 13 || device.family == 14; }
+
+std::span<const ConfigHazard> ConfigHazardsOf(const DeviceProfile& device) {
+  switch (device.family) {
+    case 13:
+    case 14:
+      if (device.option == kOneFuseByte) return kOneFuseHazards;
+      return kTwoFuseHazards;
+    case 15:
+      return kFramedHazards;
+    default:
+      return {};
+  }
+}
+
+}  // namespace fliglaf
