@@ -42,3 +42,38 @@ record f1_read_fails_at_a_call read isp51-tiny -o none.bin --fault call=FlushQue
 record f1_blank_wrong_signature blank isp51-tiny --fault no-chip --on-mismatch retry
 record no_programmer blank isp51-tiny --fault no-programmer
 record no_adapter blank isp51-tiny --fault no-adapter
+
+# The other serial families: the same operations on each.
+head -c 48 image.bin >fam2.bin
+head -c 64 image.bin >fam3.bin
+for family in fam13 fam13-one-fuse fam14 fam15; do head -c 64 image.bin >$family.bin; done
+head -c 16 other.bin >data.bin
+printf '\x5A\xA5' >fam3-data.bin
+
+# family NAME DATA-OPTION...: NAME is the device without "-tiny".
+family() {
+  local name=$1 device=$1-tiny prefix=${1/fam/f}
+  shift
+  record "${prefix}_program_with_erase" program "$device" "$name.bin" "$@" --chip "$name.chip"
+  record "${prefix}_read" read "$device" -o read.bin --chip "$name.chip"
+  "$fliglaf" read "$device" --image other.image.bin --devices "$devices" --chip "$name.chip" \
+    --progress none >/dev/null
+  printf '\x00' | dd of=other.image.bin conv=notrunc bs=1 seek=9 status=none
+  record "${prefix}_verify_fails" verify "$device" --image other.image.bin --chip "$name.chip"
+  record "${prefix}_compare" compare "$device" --image other.image.bin --chip "$name.chip"
+  record "${prefix}_blank_fails" blank "$device" --chip "$name.chip"
+}
+
+family fam2 --eeprom data.bin
+family fam3 --eeprom fam3-data.bin
+family fam13 --eeprom data.bin
+family fam13-one-fuse --eeprom data.bin
+family fam14 --eeprom data.bin
+family fam15
+for level in 1 2 3; do record "f2_lock_$level" lock fam2-tiny $level --chip fam2.chip; done
+for level in 1 2; do record "f3_lock_$level" lock fam3-tiny $level --chip fam3.chip; done
+record f13_config config fam13-tiny low=E2 high=DF lock=FC --chip fam13.chip
+record f13-one-fuse_config config fam13-one-fuse-tiny low=5A lock=FC --chip fam13-one-fuse.chip
+record f14_config config fam14-tiny low=E2 high=DF extended=F9 lock=FC --chip fam14.chip
+record f15_config config fam15-tiny fuse=0A lock=02 --chip fam15.chip
+record f15_wrong_signature signature fam15-tiny --fault no-chip --on-mismatch abort
