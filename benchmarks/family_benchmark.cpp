@@ -1,0 +1,106 @@
+// Program with verify on every device that has a simulated chip, library, programmer and chip in
+// one process: bytes shifted over the lines in a second of CPU time.
+#include <random>
+#include <string>
+
+#include <benchmark/benchmark.h>
+
+#include "cli/host_session.h"
+#include "cli/simulated_bench.h"
+#include "devices/device_catalogue.h"
+#include "devices/memory_layout.h"
+#include "platform/portable/portable_desktop.h"
+#include "usb/forwarding_programmer.h"
+#include "usb/operation.h"
+
+namespace fliglaf {
+namespace {
+
+/// Counts the bytes that go over the lines.
+class WireBytes : public ForwardingProgrammer {
+ public:
+  using ForwardingProgrammer::ForwardingProgrammer;
+  std::int64_t bytes = 0;
+
+  std::int32_t WriteRegister(std::int32_t value, std::uint8_t number) override {
+    Count(number);
+    return next().WriteRegister(value, number);
+  }
+  std::int32_t QueueRegisterWrite(std::int32_t value, std::uint8_t number) override {
+    Count(number);
+    return next().QueueRegisterWrite(value, number);
+  }
+
+ private:
+  void Count(std::uint8_t number) {
+    if (number == reg::kShiftOut || number == reg::kCapture) ++bytes;
+  }
+};
+
+/// A bench, a host and a random image for one device.
+class Job {
+ public:
+  explicit Job(const DeviceProfile& device)
+      : session_(cli::HostSession::FreeInstance(), device),
+        bench_(device, session_.instance(), {.chip_file = {}, .faults = {}}),
+        desktop_(bench_.bench()) {
+    const MemoryLayout layout = LayoutOf(device);
+    std::mt19937 random(1);
+    for (std::int32_t i = 0; i < layout.main_bytes; ++i) Fill(i, random());
+    for (std::int32_t i = 0; i < layout.data_bytes; ++i) Fill(layout.data_start + i, random());
+  }
+
+  /// The result, after programming and verifying through `programmer`.
+  int Run(Programmer& programmer) {
+    Library library(programmer, desktop_);
+    clsMPU object(library);
+    session_.Request(kCodes);
+    session_.Open(object);
+    session_.Run(object);
+    return session_.result();
+  }
+  [[nodiscard]] Programmer& programmer() { return bench_.programmer(); }
+
+ private:
+  static constexpr std::uint8_t kCodes[] = {operation::kProgram};
+
+  void Fill(std::int32_t index, std::uint_fast32_t value) {
+    session_.image()[static_cast<std::size_t>(index)] = static_cast<std::uint8_t>(value);
+  }
+
+  cli::HostSession session_;
+  cli::SimulatedBench bench_;
+  platform::PortableDesktop desktop_;
+};
+
+void ProgramWithVerify(benchmark::State& state, const DeviceProfile& device) {
+  std::int64_t bytes = 0;
+  {
+    Job job(device);
+    WireBytes counting(job.programmer());
+    if (job.Run(counting) != 0) return state.SkipWithError("the chip was not programmed");
+    bytes = counting.bytes;
+  }
+  for (auto _ : state) {
+    state.PauseTiming();
+    Job job(device);
+    state.ResumeTiming();
+    benchmark::DoNotOptimize(job.Run(job.programmer()));
+  }
+  state.SetBytesProcessed(bytes * static_cast<std::int64_t>(state.iterations()));
+}
+
+}  // namespace
+}  // namespace fliglaf
+
+int main(int argc, char** argv) {
+  const auto catalogue = fliglaf::DeviceCatalogue::BuiltIn();
+  for (const fliglaf::DeviceProfile& device : catalogue.all()) {
+    if (!fliglaf::simulator::Bench::Supports(device.family)) continue;
+    const std::string name = "BM_ProgramWithVerify/" + device.name;
+    benchmark::RegisterBenchmark(name.c_str(), fliglaf::ProgramWithVerify, device)
+        ->Unit(benchmark::kMillisecond);
+  }
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+}
