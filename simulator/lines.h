@@ -26,11 +26,8 @@ class Ports {
     outputs_ = high ? ~Lines{0} : Lines{0};
     inputs_ = 0;
   }
-  /// `number` 0 to 11; others are let pass.
-  void Write(int number, std::uint8_t value) {
-    Lines& side = number % 2 == 0 ? outputs_ : inputs_;
-    side = (side & ~LinesOf(number, 0xFF)) | LinesOf(number, value);
-  }
+  /// The outputs or the input masks, whichever register `number` writes.
+  [[nodiscard]] Lines& SideOf(int number) { return number % 2 == 0 ? outputs_ : inputs_; }
   [[nodiscard]] Lines outputs() const { return outputs_; }
   [[nodiscard]] Lines inputs() const { return inputs_; }
 

@@ -40,8 +40,7 @@ class Shifter {
   [[nodiscard]] std::uint8_t In(const ShifterBytes& bytes);
 
  private:
-  bool ClockBit(const ShifterBytes& bytes, bool data);
-  void Rest(const ShifterBytes& bytes);
+  void ClockBit(Wires::Register& line, const ShifterBytes& bytes, bool data);
 
   Clock& clock_;
   Wires& wires_;

@@ -17,11 +17,29 @@ class Wires {
     ports_.Preset(high);
     Changed();
   }
-  /// Port register `number`, 0 to 11.
-  void Write(int number, std::uint8_t value) {
-    ports_.Write(number, value);
-    Changed();
-  }
+  /// A port register, found once and written often.
+  class Register {
+   public:
+    /// `number` 0 to 11; what is written to others goes nowhere.
+    Register(Wires& wires, int number)
+        : wires_(wires),
+          side_(wires.ports_.SideOf(number)),
+          all_(LinesOf(number, 0xFF)),
+          shift_(number / 2 * 8 % 64) {}
+
+    void Write(std::uint8_t value) {
+      side_ = (side_ & ~all_) | (Lines{value} << shift_ & all_);
+      wires_.Changed();
+    }
+
+   private:
+    Wires& wires_;
+    Lines& side_;
+    Lines all_;
+    int shift_;
+  };
+
+  void Write(int number, std::uint8_t value) { Register(*this, number).Write(value); }
   /// The levels of the lines of port register `number` within `mask`, any of them high: an input as
   /// the chip drives it, an output as the programmer itself does.
   [[nodiscard]] bool Sample(int number, std::uint8_t mask) const {

@@ -12,23 +12,26 @@ void SerialChip::Power(bool on) {
   Restart();
 }
 
+/// Called for every change of a line, most of them clock edges.
 void SerialChip::Observe(Lines levels) {
   if ((levels & wiring_.enable_to_chip) != wiring_.enable_to_chip) {
     levels &= ~(wiring_.clock | wiring_.data_in);
   }
   const Lines changed = levels ^ seen_;
   seen_ = levels;
-  if (!powered_) return;
+  if ((changed & framing_) != 0 && powered_) FramingMoved(levels, changed);
+  if ((changed & wiring_.clock) == 0 || !in_step_) return;
+  if ((levels & wiring_.clock) == 0) {
+    port_.Fall();
+    levels_ = port_.data_out() ? wiring_.data_out : 0;
+  } else if (port_.Rise((levels & wiring_.data_in) != 0) && clock_.now() >= listens_from_) {
+    TakeByte(port_.received());
+  }
+}
 
+void SerialChip::FramingMoved(Lines levels, Lines changed) {
   if ((changed & wiring_.reset) != 0) ResetMoved(levels);
   if ((changed & wiring_.select) != 0) SelectMoved(levels);
-  if (in_step_ && (changed & wiring_.clock) != 0) {
-    if ((levels & wiring_.clock) == 0) {
-      port_.Fall();
-    } else if (port_.Rise((levels & wiring_.data_in) != 0) && clock_.now() >= listens_from_) {
-      TakeByte(port_.received());
-    }
-  }
   const bool answers = in_step_ && (levels & wiring_.enable_from_chip) == wiring_.enable_from_chip;
   driven_ = answers ? wiring_.data_out : 0;
   levels_ = port_.data_out() ? wiring_.data_out : 0;

@@ -25,7 +25,10 @@ class SerialChip : public Chip {
   };
 
   SerialChip(const Clock& clock, const SerialWiring& wiring, const StartUp& start_up)
-      : clock_(clock), wiring_(wiring), start_up_(start_up) {}
+      : clock_(clock),
+        wiring_(wiring),
+        start_up_(start_up),
+        framing_(wiring.reset | wiring.select | wiring.enable_from_chip) {}
 
   /// Supply or reset has changed: whatever the interface was at is forgotten, and so is the
   /// programming mode.
@@ -42,6 +45,7 @@ class SerialChip : public Chip {
   void BusyFor(std::int64_t nanoseconds) { busy_until_ = clock_.now() + nanoseconds; }
 
  private:
+  void FramingMoved(Lines levels, Lines changed);
   void ResetMoved(Lines levels);
   void SelectMoved(Lines levels);
   [[nodiscard]] bool Listens(Lines levels) const {
@@ -52,6 +56,7 @@ class SerialChip : public Chip {
   const Clock& clock_;
   SerialWiring wiring_;
   StartUp start_up_;
+  Lines framing_;  ///< reset, select, and what lets the answer through
   SpiPort port_;
   Lines seen_ = 0;
   bool powered_ = false;

@@ -132,6 +132,24 @@ TEST(IspFam1Transfers, ThatNeverAnswerAreGivenUpAfterTenCaptures) {
   EXPECT_EQ(host.tap.calls.back().operation, "EndRun");
 }
 
+TEST(IspFam1Signature, RetryReadsAllOfItAgain) {
+  TestHost host;
+  host.vars.quorinchipidtestmode[0] = -1;
+  host.vars.quorincompid[0] = 0x1E;
+  host.vars.quorintypeid[0] = 0x51;
+  bool contact = false;  // the socket is bad until the box has been seen
+  host.tap.before = [&](const Tap::Call& call) {
+    return contact || call.operation != "ReadRegister" || host.tap.Count("ReadRegister") < 2;
+  };
+  host.desktop.on_box = [&](int, std::u16string_view, std::u16string_view prompt) {
+    EXPECT_EQ(prompt, u"M00   D0000");
+    contact = true;
+    return 4;
+  };
+  EXPECT_EQ(host.Run(kBlank), 0);
+  EXPECT_THAT(host.log(), StartsWith(">>M1E   D5106\n>><op4>"));
+}
+
 TEST(IspFam1Range, PartialBlocksAndOddEndsAreHandedOverToTheLastByte) {
   TestHost host(8192);
   const auto image = RandomBytes(8192, 5);
