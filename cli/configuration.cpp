@@ -131,7 +131,7 @@ class Configuration {
       report.message = device_.name + ": configuration written; it cannot be read back";
       return report;
     }
-    const Report read_back = Read();
+    Report read_back = Read();
     if (read_back.status != ExitStatus::kSuccess) return read_back;
     return Compared(report);
   }
