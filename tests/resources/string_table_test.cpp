@@ -1,6 +1,8 @@
 #include "resources/string_table.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <iconv.h>
 #include <limits>
 #include <string>
@@ -73,7 +75,8 @@ TEST(StringTable, EveryBlockHasEveryTextInItsOwnLanguage) {
     EXPECT_EQ(FindText(base + kCancel), cancel);
     for (const int number : kNumbers) {
       EXPECT_FALSE(FindText(base + number).empty()) << base << " + " << number;
-      EXPECT_TRUE(IsWritable(FindText(base + number), charset)) << base << " + " << number;
+      EXPECT_TRUE(IsWritable(FindText(base + number), charset))
+          << base << " + " << number << " in " << charset;
     }
   }
 }
