@@ -1,0 +1,38 @@
+#pragma once
+
+#include <memory>
+#include <windows.h>
+
+#include "host/library.h"
+#include "platform/win32/components.h"
+#include "platform/win32/win32_desktop.h"
+
+namespace fliglaf {
+
+/// What all objects of the loaded DLL share. It begins with the first object and ends with the
+/// last: the components are released then, and not when the process unloads the DLL, where
+/// releasing a COM object is no longer safe.
+struct Session {
+  platform::Components components;
+  platform::Win32Desktop desktop;
+  Library library{components, desktop};
+};
+
+/// An object's share in the session.
+class SessionUse {
+ public:
+  /// Throws std::system_error when the session cannot begin, also on a thread other than the one
+  /// whose objects exist already: windows and components belong to that.
+  SessionUse();
+  ~SessionUse();
+  SessionUse(const SessionUse&) = delete;
+  SessionUse& operator=(const SessionUse&) = delete;
+
+  [[nodiscard]] Session& operator*() const { return *session_; }
+  [[nodiscard]] Session* operator->() const { return session_; }
+
+ private:
+  Session* session_;
+};
+
+}  // namespace fliglaf

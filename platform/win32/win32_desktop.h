@@ -1,0 +1,53 @@
+// The desktop of the Windows build.
+#pragma once
+
+#include <chrono>
+#include <exception>
+#include <functional>
+#include <optional>
+#include <vector>
+#include <windows.h>
+
+#include "platform/desktop.h"
+
+namespace fliglaf::platform {
+
+/// Lives on one thread, the host's user-interface thread. Timers run on a message window of its
+/// own, which is never shown.
+class Win32Desktop : public Desktop {
+ public:
+  /// Throws std::system_error when Windows gives no window.
+  Win32Desktop();
+  ~Win32Desktop() override;
+
+  /// Called when the program has been told to end while a turn of the message loop was under way.
+  std::function<void()> on_quit;
+  /// Passes a request to end, which a turn took off the queue, on to the host's own message loop.
+  void PassQuitOn();
+
+  /// The box belongs to the active window of the calling thread.
+  int MsgBox(int style, std::u16string_view title, std::u16string_view prompt) override;
+  /// Whoever turns the loop again at once, waiting for something to happen, is put to sleep for a
+  /// millisecond when no message is there.
+  void DoEvents() override;
+  [[nodiscard]] std::u16string LoadText(std::int64_t number) override;
+  [[nodiscard]] double SecondsSinceMidnight() override;
+
+ private:
+  static LRESULT CALLBACK OnMessage(HWND window, UINT message, WPARAM wide, LPARAM lng);
+  void OnTimer(Timer* timer) noexcept;
+  void Handle(const MSG& message);
+  void RestWhenCalledAgain();
+
+  void StartTimer(Timer& timer) override;
+  void StopTimer(Timer& timer) override;
+
+  HWND window_ = nullptr;
+  std::vector<Timer*> running_;
+  std::optional<int> quit_;
+  /// What a timer's handler threw; it cannot pass through the frames of Windows.
+  std::exception_ptr thrown_;
+  std::chrono::steady_clock::time_point last_idle_turn_{};
+};
+
+}  // namespace fliglaf::platform
