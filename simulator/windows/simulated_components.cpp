@@ -1,0 +1,109 @@
+#include "simulator/windows/simulated_components.h"
+
+#include <algorithm>
+#include <charconv>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/win32/module.h"
+
+namespace fliglaf::simulator {
+namespace {
+
+constexpr char kDefaultDevice[] = "isp51-4k";
+
+/// Windows gives timers no shorter interval than 10 ms; less is asked for all the same.
+constexpr int kTransferIntervalMs = 1;
+
+/// A variable as UTF-8.
+std::string Setting(const wchar_t* name) {
+  const std::wstring wide = platform::EnvironmentText(name);
+  std::string text(wide.size() * 3, '\0');
+  const int length =
+      WideCharToMultiByte(CP_UTF8, 0, wide.data(), static_cast<int>(wide.size()), text.data(),
+                          static_cast<int>(text.size()), nullptr, nullptr);
+  text.resize(static_cast<std::size_t>(length));
+  return text;
+}
+
+std::int16_t InstanceNumber() {
+  const std::string text = Setting(L"FLIGLAF_SIM_INSTANCE");
+  std::int16_t number = 0;
+  const char* const end = text.data() + text.size();
+  if (text.empty()) return number;
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || stop != end) {
+    throw std::invalid_argument("FLIGLAF_SIM_INSTANCE is \"" + text +
+                                "\"; it must be a number from -32768 to 32767");
+  }
+  return number;
+}
+
+const DeviceProfile& Device(const DeviceCatalogue& devices) {
+  std::string name = Setting(L"FLIGLAF_SIM_DEVICE");
+  if (name.empty()) name = kDefaultDevice;
+  if (const DeviceProfile* device = devices.Find(name)) return *device;
+  throw std::invalid_argument("FLIGLAF_SIM_DEVICE is \"" + name + "\", which is no known device");
+}
+
+std::vector<std::string> FaultSettings() {
+  std::vector<std::string> faults;
+  const std::string text = Setting(L"FLIGLAF_SIM_FAULTS");
+  for (std::size_t start = 0; start < text.size();) {
+    const std::size_t end = std::min(text.find(';', start), text.size());
+    if (end > start) faults.push_back(text.substr(start, end - start));
+    start = end + 1;
+  }
+  return faults;
+}
+
+SimulatedComponents*& Current() {
+  static SimulatedComponents* current = nullptr;
+  return current;
+}
+
+}  // namespace
+
+SimulatedComponents::SimulatedComponents() {
+  const std::vector<std::string> faults = FaultSettings();
+  bench_ = std::make_unique<cli::SimulatedBench>(
+      Device(devices_), InstanceNumber(),
+      cli::SimulatedBench::Settings{
+          .chip_file = platform::EnvironmentText(L"FLIGLAF_SIM_CHIP"),
+          .faults = faults,
+          .real_time = !platform::EnvironmentText(L"FLIGLAF_SIM_REALTIME").empty()});
+  bench_->bench().programmer().on_turn = [this] { desktop_.DoEvents(); };
+}
+
+void SimulatedComponents::EndRun() {
+  transfer_.Disable();
+  programmer().EndRun();
+  bench_->KeepChip();
+}
+
+void SimulatedComponents::StartTransfer(std::span<std::uint8_t> destination, std::uint8_t& status) {
+  programmer().usbbulkread(destination, status);
+  transfer_.Enable(kTransferIntervalMs);
+}
+
+void SimulatedComponents::GoOn() {
+  if (const auto next = bench_->bench().NextEvent()) {
+    bench_->bench().WaitUntil(*next);
+  } else {
+    transfer_.Disable();
+  }
+}
+
+SimulatedComponents& TheComponents() {
+  SimulatedComponents*& current = Current();
+  if (current == nullptr) current = std::make_unique<SimulatedComponents>().release();
+  return *current;
+}
+
+void EndComponents() {
+  const std::unique_ptr<SimulatedComponents> ended(std::exchange(Current(), nullptr));
+}
+
+}  // namespace fliglaf::simulator

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <memory>
+
+#include "cli/simulated_bench.h"
+#include "devices/device_catalogue.h"
+#include "platform/win32/win32_desktop.h"
+
+namespace fliglaf::simulator {
+
+/// The simulated bench behind the three stand-ins. Set up by the environment: FLIGLAF_SIM_DEVICE
+/// (name of a device profile, isp51-4k unless given), FLIGLAF_SIM_INSTANCE (number of the shared
+/// blocks, 0 unless given), FLIGLAF_SIM_CHIP (file that keeps the chip's contents),
+/// FLIGLAF_SIM_FAULTS (as the command line's --fault, separated by ';'), FLIGLAF_SIM_REALTIME (any
+/// text: every call takes as long as on the bench).
+class SimulatedComponents {
+ public:
+  /// Throws std::exception with a text that names the variable or file that is wrong.
+  SimulatedComponents();
+
+  [[nodiscard]] Programmer& programmer() { return bench_->programmer(); }
+  /// Ends the run and writes the chip's file, if there is one.
+  void EndRun();
+  /// Starts a transfer; it goes on in the turns of the caller's message loop.
+  void StartTransfer(std::span<std::uint8_t> destination, std::uint8_t& status);
+
+ private:
+  void GoOn();
+
+  DeviceCatalogue devices_ = DeviceCatalogue::BuiltIn();
+  platform::Win32Desktop desktop_;
+  platform::Timer transfer_{desktop_, "transfer", [this] { GoOn(); }};
+  std::unique_ptr<cli::SimulatedBench> bench_;
+};
+
+/// The one of the process: begins with the first use.
+[[nodiscard]] SimulatedComponents& TheComponents();
+/// Ends it: called when the last helper object goes.
+void EndComponents();
+
+}  // namespace fliglaf::simulator
