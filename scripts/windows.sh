@@ -1,0 +1,55 @@
+#!/usr/bin/env bash
+# Builds the DLL for 32-bit Windows, with the stand-ins for the programmer's components, and runs its
+# tests under Wine.
+#   scripts/windows.sh [GTEST-OPTION...]
+# A 32-bit Wine is set up once, in a root of its own below the user's cache folder; FLIGLAF_WINE_ROOT
+# names one that stands already. Needs root for that. Where the machine cannot have it, a line says
+# so, and nothing is built.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+. scripts/setup.sh
+
+CROSS_PACKAGES=(g++-mingw-w64-i686-posix mingw-w64-tools googletest)
+WINE_PACKAGES=wine32,wine,libwine-dev,xvfb,xauth
+export FLIGLAF_WINE_ROOT=${FLIGLAF_WINE_ROOT:-${XDG_CACHE_HOME:-$HOME/.cache}/fliglaf/wine32}
+
+skip() {
+  echo "Windows tests skipped: $*"
+  exit 0
+}
+
+[ "$(id -u)" -eq 0 ] || skip "setting up a root with 32-bit Wine needs root"
+need_packages "${BUILD_PACKAGES[@]}" "${CROSS_PACKAGES[@]}"
+
+# The mirror that the machine itself has Debian from; other sources and security updates are no use.
+mirror() {
+  grep -rhoE '(^URIs:|^deb) +(\[[^]]*\] *)?http[^ ]+' /etc/apt/sources.list /etc/apt/sources.list.d \
+    2>/dev/null | grep -oE 'http[^ ]*/debian/?$' | head -n 1
+}
+
+# In the root wine is a link that leads nowhere outside it.
+if [ ! -L "$FLIGLAF_WINE_ROOT/usr/bin/wine" ]; then
+  need_packages debootstrap
+  new=$FLIGLAF_WINE_ROOT.new
+  rm -rf "$new"
+  mkdir -p "$new"
+  debootstrap --arch=i386 --variant=minbase --include=$WINE_PACKAGES bookworm "$new" \
+    "$(mirror)" >"$new.log" 2>&1 || skip "no root with 32-bit Wine could be made: see $new.log"
+  mv "$new" "$FLIGLAF_WINE_ROOT"
+fi
+
+configure_and_build windows
+
+# Mounts in a name space of their own, which go with the script.
+exec unshare --mount bash -s -- "$FLIGLAF_WINE_ROOT" "$@" <<'INSIDE'
+set -euo pipefail
+root=$1
+shift
+for folder in proc dev; do
+  mountpoint -q "$root/$folder" || mount --rbind "/$folder" "$root/$folder"
+done
+place=$(mktemp -d -p "$root/tmp" fliglaf.XXXXXX)
+trap 'rm -rf "$place"' EXIT
+cp build/windows/bin/* tests/windows/late_bound.vbs tests/windows/run.sh "$place"
+chroot "$root" xvfb-run -a bash "${place#"$root"}/run.sh" "$@"
+INSIDE

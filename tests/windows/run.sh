@@ -1,0 +1,49 @@
+#!/usr/bin/env bash
+# Runs beside the DLLs, on a system with Wine: registers them, tests them, takes them back.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")"
+export WINEPREFIX=$PWD/prefix WINEARCH=win32 WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
+trap 'wineserver -k || true' EXIT
+wineboot -i >/dev/null 2>&1
+wineserver -w
+
+fail() {
+  echo "FAILED: $*"
+  exit 1
+}
+in_registry() { wine reg query "$1" >/dev/null 2>&1; }
+class='HKLM\Software\Classes\CLSID\{7DC6A8EE-5FF8-4E1E-A806-BC89E5E36DC2}'
+type_library='HKLM\Software\Classes\TypeLib\{1745CF28-ED94-497F-A8B9-328E7649668D}'
+
+for dll in fliglaf iohelper; do wine regsvr32 /s $dll.dll || fail "regsvr32 $dll.dll"; done
+in_registry "$class\\InprocServer32" || fail "the class is not registered"
+in_registry "$type_library" || fail "the type library is not registered"
+
+# The exit status alone is not enough: that of a Wine whose server died is 0.
+wine windows_tests.exe --gtest_output=xml:results.xml "$@" || fail "windows_tests.exe"
+grep -q '<testsuites .*failures="0".* errors="0"' results.xml 2>/dev/null || fail "windows_tests.exe broke off"
+
+cat >expected.txt <<'END'
+instance 5
+map 5
+power -1
+length 70000
+error D
+end
+END
+wine cscript /nologo late_bound.vbs report.txt
+diff <(tr -d '\r' <report.txt) expected.txt || fail "the script did not get what it should"
+echo "[script] late_bound.vbs passed"
+
+wine regsvr32 /s /u fliglaf.dll || fail "regsvr32 /u"
+wine regsvr32 /s /u iohelper.dll || fail "regsvr32 /u iohelper.dll"
+for key in "$class" 'HKLM\Software\Classes\fliglaf.clsMPU' 'HKLM\Software\Classes\IoHelper.IoHelper' \
+  "$type_library" 'HKLM\Software\Classes\Interface\{659962A6-F0AD-491F-9E3B-A4C02B607997}'; do
+  if in_registry "$key"; then fail "regsvr32 /u left $key"; fi
+done
+wine regsvr32 /s /n /i:user fliglaf.dll || fail "regsvr32 /n /i:user"
+in_registry "${class/HKLM/HKCU}" || fail "the class is not registered for the user"
+if in_registry "$class"; then fail "registering for the user registered for everybody"; fi
+wine regsvr32 /s /u /n /i:user fliglaf.dll || fail "regsvr32 /u /n /i:user"
+if in_registry "${class/HKLM/HKCU}"; then fail "regsvr32 /u /n /i:user left the class"; fi
+echo "[registry] passed"
