@@ -1,8 +1,9 @@
 // What the system calls in the DLL.
+#include <windows.h>
+
 #include <exception>
 #include <fliglaf_type_library.h>
 #include <string_view>
-#include <windows.h>
 
 #include "host/com/mpu_object.h"
 #include "platform/win32/class_registration.h"

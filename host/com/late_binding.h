@@ -3,8 +3,9 @@
 // by reference is declared. Here such a variable is read, and written back in its own type.
 #pragma once
 
-#include <fliglaf_type_library.h>
 #include <windows.h>
+
+#include <fliglaf_type_library.h>
 
 namespace fliglaf {
 

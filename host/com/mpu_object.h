@@ -1,9 +1,10 @@
 #pragma once
 
+#include <windows.h>
+
 #include <fliglaf_type_library.h>
 #include <ocidl.h>
 #include <optional>
-#include <windows.h>
 
 #include "host/cls_mpu.h"
 #include "host/com/server.h"

@@ -1,7 +1,8 @@
 #pragma once
 
-#include <memory>
 #include <windows.h>
+
+#include <memory>
 
 #include "host/library.h"
 #include "platform/win32/components.h"

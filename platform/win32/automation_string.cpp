@@ -1,10 +1,11 @@
 #include "platform/automation_string.h"
 
+#include <windows.h>
+
 #include <algorithm>
 #include <limits>
 #include <new>
 #include <oleauto.h>
-#include <windows.h>
 
 namespace fliglaf::platform {
 namespace {

@@ -1,9 +1,10 @@
 // A COM class in the registry.
 #pragma once
 
+#include <windows.h>
+
 #include <string>
 #include <vector>
-#include <windows.h>
 
 namespace fliglaf::platform {
 

@@ -1,13 +1,14 @@
 // What every COM object of a module shares: reference counting, interfaces, the module's own count.
 #pragma once
 
+#include <windows.h>
+
 #include <atomic>
 #include <memory>
 #include <new>
 #include <type_traits>
 #include <unknwn.h>
 #include <utility>
-#include <windows.h>
 #include <wrl/client.h>
 
 namespace fliglaf::platform {

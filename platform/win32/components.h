@@ -1,12 +1,13 @@
 // The components of the programmer's software, as they are installed beside the host.
 #pragma once
 
+#include <windows.h>
+
 #include <fliglaf_type_library.h>
 #include <map>
 #include <memory>
 #include <string_view>
 #include <type_traits>
-#include <windows.h>
 
 #include "platform/win32/com_object.h"
 #include "usb/programmer.h"

@@ -1,8 +1,9 @@
 // The module that this code is linked into: the library's DLL, not the program that loaded it.
 #pragma once
 
-#include <string>
 #include <windows.h>
+
+#include <string>
 
 namespace fliglaf::platform {
 

@@ -1,7 +1,8 @@
 #include "platform/terminal.h"
 
-#include <atomic>
 #include <windows.h>
+
+#include <atomic>
 
 namespace fliglaf::platform {
 namespace {

@@ -1,12 +1,13 @@
 // The desktop of the Windows build.
 #pragma once
 
+#include <windows.h>
+
 #include <chrono>
 #include <exception>
 #include <functional>
 #include <optional>
 #include <vector>
-#include <windows.h>
 
 #include "platform/desktop.h"
 

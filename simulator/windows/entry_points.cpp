@@ -1,7 +1,8 @@
 // What the host's library and the system call in the stand-ins.
+#include <windows.h>
+
 #include <algorithm>
 #include <exception>
-#include <windows.h>
 
 #include "platform/win32/class_registration.h"
 #include "simulator/windows/io_helper.h"

@@ -1,7 +1,8 @@
 #pragma once
 
-#include <fliglaf_type_library.h>
 #include <windows.h>
+
+#include <fliglaf_type_library.h>
 
 #include "platform/win32/com_object.h"
 

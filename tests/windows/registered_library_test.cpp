@@ -1,10 +1,11 @@
 // A host of its own: creates the registered object, early bound, and works with it on the
 // simulated programmer that stands in for the components.
+#include <windows.h>
+
 #include <algorithm>
 #include <fliglaf_type_library.h>
 #include <string>
 #include <vector>
-#include <windows.h>
 
 #include <gtest/gtest.h>
 

@@ -20,8 +20,8 @@ in_registry "$class\\InprocServer32" || fail "the class is not registered"
 in_registry "$type_library" || fail "the type library is not registered"
 
 # The exit status alone is not enough: that of a Wine whose server died is 0.
-wine windows_tests.exe --gtest_output=xml:results.xml "$@" || fail "windows_tests.exe"
-grep -q '<testsuites .*failures="0".* errors="0"' results.xml 2>/dev/null || fail "windows_tests.exe broke off"
+wine windows_test.exe --gtest_output=xml:results.xml "$@" || fail "windows_test.exe"
+grep -q '<testsuites .*failures="0".* errors="0"' results.xml 2>/dev/null || fail "windows_test.exe broke off"
 
 cat >expected.txt <<'END'
 instance 5
