@@ -2,6 +2,8 @@
 # Builds the DLL for 32-bit Windows, with the stand-ins for the programmer's components, and runs its
 # tests under Wine.
 #   scripts/windows.sh [GTEST-OPTION...]
+#   scripts/windows.sh --benchmark         how long the DLL takes to load
+#   scripts/windows.sh --build             builds and checks the DLL, runs nothing
 # A 32-bit Wine is set up once, in a root of its own below the user's cache folder; FLIGLAF_WINE_ROOT
 # names one that stands already. Needs root for that. Where the machine cannot have it, a line says
 # so, and nothing is built.
@@ -40,16 +42,40 @@ fi
 
 configure_and_build windows
 
-# Mounts in a name space of their own, which go with the script.
-exec unshare --mount bash -s -- "$FLIGLAF_WINE_ROOT" "$@" <<'INSIDE'
+# What the DLL may weigh, and what it may need of a user's machine.
+largest=$((3 * 512 * 1024))
+dll=build/windows/bin/fliglaf.dll
+[ "$(stat -c %s $dll)" -le $largest ] || { echo "$dll is larger than $largest bytes"; exit 1; }
+foreign=$(i686-w64-mingw32-objdump -p $dll | sed -n 's/.*DLL Name: //p' |
+  grep -viE '^(advapi32|gdi32|kernel32|msvcrt|ole32|oleaut32|user32)\.dll$' || true)
+[ -z "$foreign" ] || { echo "$dll needs $foreign"; exit 1; }
+
+program=run.sh
+case "${1:-}" in
+  --build) exit 0 ;;
+  --benchmark)
+    program=benchmark.sh
+    shift
+    ;;
+esac
+
+# Mounts in a name space of their own, which go with the script. What Wine leaves running must not
+# keep the caller's pipe open.
+out=$(mktemp)
+trap 'rm -f "$out"' EXIT
+status=0
+unshare --mount bash -s -- "$FLIGLAF_WINE_ROOT" "$program" "$@" >"$out" 2>&1 <<'INSIDE' || status=$?
 set -euo pipefail
 root=$1
-shift
+program=$2
+shift 2
 for folder in proc dev; do
   mountpoint -q "$root/$folder" || mount --rbind "/$folder" "$root/$folder"
 done
 place=$(mktemp -d -p "$root/tmp" fliglaf.XXXXXX)
 trap 'rm -rf "$place"' EXIT
-cp build/windows/bin/* tests/windows/late_bound.vbs tests/windows/run.sh "$place"
-chroot "$root" xvfb-run -a bash "${place#"$root"}/run.sh" "$@"
+cp -r build/windows/bin/* tests/windows/*.vbs tests/windows/*.sh "$place"
+chroot "$root" xvfb-run -a bash "${place#"$root"}/$program" "$@"
 INSIDE
+cat "$out"
+exit "$status"

@@ -41,7 +41,9 @@ int ClosingAnswer(int style) {
 
 }  // namespace
 
-Win32Desktop::Win32Desktop() {
+/// Made with the first timer: most objects never need it, and it is the dearest part of making one.
+void Win32Desktop::NeedWindow() {
+  if (window_ != nullptr) return;
   WNDCLASSEXW window_class = {};
   window_class.cbSize = sizeof window_class;
   window_class.lpfnWndProc = OnMessage;
@@ -57,6 +59,7 @@ Win32Desktop::Win32Desktop() {
 }
 
 Win32Desktop::~Win32Desktop() {
+  if (window_ == nullptr) return;
   DestroyWindow(window_);
   UnregisterClassW(kWindowClass, ThisModule());  // it names code that may be unloaded next
 }
@@ -116,6 +119,7 @@ double Win32Desktop::SecondsSinceMidnight() {
 }
 
 void Win32Desktop::StartTimer(Timer& timer) {
+  NeedWindow();
   // The timer's address is its number: setting it again starts the interval over.
   if (SetTimer(window_, reinterpret_cast<UINT_PTR>(&timer), static_cast<UINT>(timer.interval_ms()),
                nullptr) == 0) {

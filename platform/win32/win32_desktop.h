@@ -17,8 +17,7 @@ namespace fliglaf::platform {
 /// own, which is never shown.
 class Win32Desktop : public Desktop {
  public:
-  /// Throws std::system_error when Windows gives no window.
-  Win32Desktop();
+  Win32Desktop() = default;
   ~Win32Desktop() override;
 
   /// Called when the program has been told to end while a turn of the message loop was under way.
@@ -36,6 +35,7 @@ class Win32Desktop : public Desktop {
 
  private:
   static LRESULT CALLBACK OnMessage(HWND window, UINT message, WPARAM wide, LPARAM lng);
+  void NeedWindow();
   void OnTimer(Timer* timer) noexcept;
   void Handle(const MSG& message);
   void RestWhenCalledAgain();

