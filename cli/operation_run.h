@@ -3,30 +3,24 @@
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <sstream>
 #include <string>
 
 #include "cli/host_session.h"
 #include "cli/options.h"
-#include "cli/programmer_watch.h"
 #include "cli/progress.h"
 #include "cli/questions.h"
 #include "cli/report.h"
-#include "cli/simulated_bench.h"
+#include "cli/workplace.h"
 #include "devices/device_profile.h"
-#include "platform/portable/portable_desktop.h"
 
 namespace fliglaf::cli {
 
-/// Whether a request goes into the record that the options may ask for: one request of a call does.
-enum class Recorded { kYes, kNo };
-
-/// Requests of one call of the program: the bench, the host's session, and the library between
-/// them.
+/// Requests of one call of the program: the host's session, and the workplace that carries them
+/// out.
 class OperationRun {
  public:
-  /// Throws UsageError or ImageError for what the options ask of the bench and cannot be had, and
-  /// for a record that could not be written.
+  /// Throws UsageError or ImageError for what the options ask of the workplace and cannot be had,
+  /// and for a record that could not be written.
   OperationRun(const Options& options, const DeviceProfile& device);
 
   [[nodiscard]] HostSession& session() { return session_; }
@@ -37,22 +31,16 @@ class OperationRun {
 
   /// Writes what the run leaves behind, whatever became of it: the chip's contents and the record.
   /// Throws ImageError.
-  void Keep();
+  void Keep() { workplace_->Keep(); }
 
  private:
-  void RunRecorded();
   bool Turn();
 
-  const Options& options_;
   const DeviceProfile& device_;
   HostSession session_;
-  SimulatedBench bench_;
-  ProgrammerWatch watch_;
-  platform::PortableDesktop desktop_;
+  std::unique_ptr<Workplace> workplace_;
   Questions questions_;
   std::unique_ptr<Progress> progress_;
-  std::ostringstream record_;
-  std::string record_problem_;
 };
 
 }  // namespace fliglaf::cli

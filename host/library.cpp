@@ -6,15 +6,21 @@ namespace fliglaf {
 
 void Library::RunUsbRequest(const std::shared_ptr<SharedVariables>& variables) {
   if (running_) return;
-  usb_window_ = std::make_unique<usbmpu4prg>(variables, programmer_, desktop_);
   running_ = true;
+  const auto carry_out = [&](Programmer& programmer, platform::Desktop& desktop) {
+    usbmpu4prg(variables, programmer, desktop).wmpu0();
+  };
   try {
-    usb_window_->wmpu0();
+    if (around_request) {
+      around_request("runMpu4Prg(-1)", *variables, programmer_, desktop_, carry_out);
+    } else {
+      carry_out(programmer_, desktop_);
+    }
   } catch (...) {
-    Unload();
+    EndRequest();
     throw;
   }
-  Unload();
+  EndRequest();
 }
 
 void Library::WhenIdle(const void* owner, std::function<void()> action) {
@@ -29,8 +35,7 @@ void Library::Forget(const void* owner) {
   std::erase_if(waiting_, [owner](const Waiting& waiting) { return waiting.owner == owner; });
 }
 
-void Library::Unload() {
-  usb_window_.reset();
+void Library::EndRequest() {
   running_ = false;
   while (!waiting_.empty()) {  // an action may add one, or take others back
     const Waiting waiting = std::move(waiting_.front());

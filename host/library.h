@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include "platform/desktop.h"
@@ -11,8 +12,8 @@
 
 namespace fliglaf {
 
-/// What all objects of one loaded library share: the programmer, the desktop, the default windows,
-/// and the fact that one request runs at a time.
+/// What all objects of one loaded library share: the programmer, the desktop, and the fact that one
+/// request runs at a time, in a window that is loaded for it.
 class Library {
  public:
   Library(Programmer& programmer, platform::Desktop& desktop)
@@ -21,6 +22,15 @@ class Library {
   Library& operator=(const Library&) = delete;
 
   [[nodiscard]] platform::Desktop& desktop() { return desktop_; }
+
+  /// Carries a request out on a programmer and a desktop.
+  using CarryOut = std::function<void(Programmer&, platform::Desktop&)>;
+  /// What to put around every request, if anything: it calls the last argument once, with the
+  /// library's own programmer and desktop or with something between them and the request. `call` is
+  /// the host's, as text: "runMpu4Prg(-1)".
+  std::function<void(std::string_view call, SharedVariables&, Programmer&, platform::Desktop&,
+                     const CarryOut&)>
+      around_request;
 
   /// Runs the host's request on the USB engine. Returns at once when a request is running already,
   /// which can only be asked for from within a turn of its message loop.
@@ -37,13 +47,11 @@ class Library {
     std::function<void()> action;
   };
 
-  /// Ends the request: unloads its window and carries out what has waited for that.
-  void Unload();
+  /// Ends the request and carries out what has waited for that.
+  void EndRequest();
 
   Programmer& programmer_;
   platform::Desktop& desktop_;
-  /// The default window of the USB engine, while it is loaded.
-  std::unique_ptr<usbmpu4prg> usb_window_;
   bool running_ = false;
   std::vector<Waiting> waiting_;
 };

@@ -88,8 +88,8 @@ void AppendBytes(std::string& text, const std::vector<std::uint8_t>& bytes) {
 
 std::string Target(const Call& call) {
   // A target outside the shared variables is never recorded, but can be what a replay got.
-  return call.target == nullptr ? std::string("unshared memory")
-                                : fmt::format("{}({})", call.target->row().name, call.arguments[0]);
+  return call.target.empty() ? std::string("unshared memory")
+                             : fmt::format("{}({})", call.target, call.arguments[0]);
 }
 
 bool OfTransferLibrary(const Operation& operation) {
@@ -117,7 +117,7 @@ Call BulkReadCall(const SharedVariables& vars, std::span<const std::uint8_t> des
   const auto [target, index] = FindByte(vars, destination.data());
   return {.operation = &Row(Op::kUsbBulkRead),
           .arguments = {index, static_cast<std::int32_t>(destination.size())},
-          .target = target};
+          .target = target == nullptr ? std::string_view() : target->row().name};
 }
 
 Call BoxCall(int style, std::u16string_view title, std::u16string_view prompt) {

@@ -83,7 +83,8 @@ struct Call {
   /// Form::kBulkRead: index of the first byte, and count. Form::kBox: style.
   Arguments arguments{};
   std::vector<std::uint8_t> packet{};
-  const SharedVariable* target = nullptr;
+  /// Form::kBulkRead: the variable; empty when it goes to no shared one.
+  std::string_view target{};
   std::u16string title{};
   std::u16string prompt{};
 
@@ -104,7 +105,7 @@ struct Answer {
 };
 
 [[nodiscard]] Call PacketCall(std::span<const std::uint8_t> packet);
-/// The target is null when `destination` is no piece of a shared variable.
+/// The target is empty when `destination` is no piece of a shared variable.
 [[nodiscard]] Call BulkReadCall(const SharedVariables& vars,
                                 std::span<const std::uint8_t> destination);
 [[nodiscard]] Call BoxCall(int style, std::u16string_view title, std::u16string_view prompt);

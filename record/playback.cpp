@@ -45,7 +45,7 @@ void Playback::Packet(std::span<const std::uint8_t> packet) {
 }
 
 void Playback::BulkRead(std::span<std::uint8_t> destination, std::uint8_t& status) {
-  const Call call = BulkReadCall(vars_, destination);
+  const Call call = BulkReadCall(*targets_, destination);
   if (!Load() || current_.call != call) Differ(call);
   const Answer& answer = Made();
   std::ranges::copy(answer.data, destination.begin());

@@ -35,6 +35,10 @@ class Playback {
   /// before it.
   Playback(Reader& reader, SharedVariables& vars, bool keep_calls);
 
+  /// The library's own variables: bulk reads are recognised by their address in these. Until then
+  /// they are those that the playback was made with.
+  void RecogniseTargetsIn(SharedVariables& library) { targets_ = &library; }
+
   // What the library does. These throw ComponentError where the record says that the call failed,
   // and from the first difference on, so that the run ends whatever it was doing.
 
@@ -72,6 +76,7 @@ class Playback {
 
   Reader& reader_;
   SharedVariables& vars_;
+  SharedVariables* targets_ = &vars_;
   bool keep_calls_;
   /// The call that is being answered; it has been made `remaining_` times less than it will be.
   Item current_;

@@ -227,6 +227,12 @@ Verdict PlayRecord(std::istream& in, const std::string& name, const PlayOptions&
   PlayedProgrammer programmer(playback);
   PlayedDesktop desktop(playback, vars);
   Library library(programmer, desktop);
+  library.around_request = [&playback](std::string_view, SharedVariables& own,
+                                       Programmer& its_programmer, platform::Desktop& its_desktop,
+                                       const Library::CarryOut& carry_out) {
+    playback.RecogniseTargetsIn(own);
+    carry_out(its_programmer, its_desktop);
+  };
   clsMPU mpu(library);
   std::int16_t instance = 0;
   mpu.bufcommpu4(instance);

@@ -50,7 +50,7 @@ void TakeBulkTarget(Scanner& scanner, const SharedVariables& vars, Call& call) {
     throw TextError(
         fmt::format("a bulk read goes to bytes; {} holds others", variable->row().name));
   }
-  call.target = variable;
+  call.target = variable->row().name;
   call.arguments[0] = index;
   scanner.Expect(',');
   call.arguments[1] = static_cast<std::int32_t>(scanner.Integer(1, kMostLong, "byte count"));
@@ -144,7 +144,7 @@ void Clear(Item& item) {
   item.repeat = 1;
   item.call.arguments = {};
   item.call.packet.clear();
-  item.call.target = nullptr;
+  item.call.target = {};
   item.call.title.clear();
   item.call.prompt.clear();
   item.answer.result = 0;

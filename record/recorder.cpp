@@ -119,7 +119,7 @@ RecordingDesktop::Stand* RecordingDesktop::Find(const platform::Timer& timer) {
 }
 
 Recorder::Recorder(Programmer& programmer, platform::Desktop& desktop, SharedVariables& vars,
-                   std::ostream& out)
+                   std::string& out)
     : vars_(vars),
       out_(out),
       traffic_(vars, out),
@@ -128,20 +128,18 @@ Recorder::Recorder(Programmer& programmer, platform::Desktop& desktop, SharedVar
 
 void Recorder::Begin(std::string_view call) {
   before_ = Snapshot(vars_);
-  out_ << kFirstLine << '\n' << Name(Section::kBefore) << '\n';
+  out_ += fmt::format("{}\n{}\n", kFirstLine, Name(Section::kBefore));
   before_.WriteContents(out_);
-  out_ << Name(Section::kCall) << '\n' << call << '\n' << Name(Section::kTraffic) << '\n';
+  out_ += fmt::format("{}\n{}\n{}\n", Name(Section::kCall), call, Name(Section::kTraffic));
   desktop_.StartClock();
   traffic_.Start();
 }
 
 bool Recorder::End() {
   traffic_.Finish();
-  out_ << Name(Section::kAfter) << '\n';
+  out_ += fmt::format("{}\n", Name(Section::kAfter));
   Snapshot(vars_).WriteChanges(out_, before_, desktop_.AtStandingClock(vars_.quorinMainRtstr[0]));
-  out_.flush();
   problem_ = traffic_.problem();
-  if (!out_) problem_ = "the record could not be written";
   return problem_.empty();
 }
 

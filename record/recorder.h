@@ -5,7 +5,6 @@
 #include <deque>
 #include <functional>
 #include <optional>
-#include <ostream>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -77,10 +76,10 @@ class RecordingDesktop : public platform::Desktop {
 /// call between Begin and End. What it is given outlives it.
 class Recorder {
  public:
-  /// `vars` are the variables that the library uses: open, and in the same memory, as bulk reads
-  /// are recognised by their address.
+  /// The record is appended to `out`. `vars` are the variables that the library uses: open, and in
+  /// the same memory, as bulk reads are recognised by their address.
   Recorder(Programmer& programmer, platform::Desktop& desktop, SharedVariables& vars,
-           std::ostream& out);
+           std::string& out);
 
   [[nodiscard]] Programmer& programmer() { return programmer_; }
   [[nodiscard]] platform::Desktop& desktop() { return desktop_; }
@@ -94,7 +93,7 @@ class Recorder {
 
  private:
   SharedVariables& vars_;
-  std::ostream& out_;
+  std::string& out_;
   Traffic traffic_;
   RecordingProgrammer programmer_;
   RecordingDesktop desktop_;

@@ -32,25 +32,25 @@ bool IsAlways(std::string_view name, std::size_t index) {
   });
 }
 
-void WriteText(std::ostream& out, std::string_view name, std::size_t index,
+void WriteText(std::string& out, std::string_view name, std::size_t index,
                std::u16string_view text) {
-  out << fmt::format("{}({}) = {}\n", name, index, Quote(text));
+  out += fmt::format("{}({}) = {}\n", name, index, Quote(text));
 }
 
 /// Writes elements from `index` on, in as many lines as they need.
-void WriteNumbers(std::ostream& out, std::string_view name, std::size_t index,
+void WriteNumbers(std::string& out, std::string_view name, std::size_t index,
                   std::span<const std::int32_t> values) {
   const std::vector<EqualElements> runs = CountEqual(values);
   for (std::size_t first = 0; first < runs.size(); first += kItemsOfALine) {
     const auto line = std::span(runs).subspan(first, std::min(kItemsOfALine, runs.size() - first));
-    out << fmt::format("{}({}) = {}\n", name, index, Items(line));
+    out += fmt::format("{}({}) = {}\n", name, index, Items(line));
     for (const EqualElements& run : line) index += static_cast<std::size_t>(run.count);
   }
 }
 
 /// Writes the elements that `differs` is true for, with what lies between close ones.
 template <class Differs>
-void WriteWhere(std::ostream& out, std::string_view name, const std::vector<std::int32_t>& values,
+void WriteWhere(std::string& out, std::string_view name, const std::vector<std::int32_t>& values,
                 const Differs& differs) {
   std::size_t first = 0;
   std::size_t last = 0;
@@ -85,7 +85,7 @@ Snapshot::Snapshot(const SharedVariables& vars) {
   }
 }
 
-void Snapshot::WriteContents(std::ostream& out) const {
+void Snapshot::WriteContents(std::string& out) const {
   for (const Variable& copy : variables_) {
     const std::string_view name = copy.variable->row().name;
     const std::vector<std::int32_t>& numbers = copy.numbers;
@@ -96,7 +96,7 @@ void Snapshot::WriteContents(std::ostream& out) const {
   }
 }
 
-void Snapshot::WriteChanges(std::ostream& out, const Snapshot& earlier,
+void Snapshot::WriteChanges(std::string& out, const Snapshot& earlier,
                             std::u16string_view log) const {
   for (std::size_t v = 0; v < variables_.size(); ++v) {
     const Variable& now = variables_[v];

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,11 +15,11 @@ class Snapshot {
   Snapshot() = default;
   explicit Snapshot(const SharedVariables& vars);
 
-  /// Writes what is not 0 and not empty as assignments.
-  void WriteContents(std::ostream& out) const;
-  /// Writes what differs from `earlier`, and always the result, the log and the progress. The log
+  /// Appends what is not 0 and not empty as assignments.
+  void WriteContents(std::string& out) const;
+  /// Appends what differs from `earlier`, and always the result, the log and the progress. The log
   /// is written as `log`.
-  void WriteChanges(std::ostream& out, const Snapshot& earlier, std::u16string_view log) const;
+  void WriteChanges(std::string& out, const Snapshot& earlier, std::u16string_view log) const;
 
  private:
   struct Variable {

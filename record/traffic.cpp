@@ -95,7 +95,7 @@ void Traffic::Write(const Call& call, const Answer& answer, const Watched& befor
 void Traffic::WriteSets(const Call& call, const Watched& before) {
   const auto set = [this](std::string_view name, std::int64_t index, const std::string& value) {
     FlushCalls();
-    out_ << fmt::format("{} {}({}) = {}\n", kSetWord, name, index, value);
+    out_ += fmt::format("{} {}({}) = {}\n", kSetWord, name, index, value);
   };
   for (std::size_t i = 0; i < before.indexes.size(); ++i) {
     const std::int64_t index = before.indexes[i];
@@ -124,7 +124,7 @@ void Traffic::OpenBulkRead(std::span<std::uint8_t> destination, std::uint8_t& st
                                    .before = {destination.begin(), destination.end()},
                                    .waits = BulkReadInProgress::Waits::kForStatus,
                                    .complete = {}});
-  if (bulk_->call.target == nullptr) {
+  if (bulk_->call.target.empty()) {
     problem_ = "a bulk read went to memory that is no shared variable";
   }
 }
@@ -227,11 +227,11 @@ void Traffic::Put(const Call& call, const Answer& answer) {
 /// Writes the last call and the events behind it.
 void Traffic::FlushCalls() {
   if (last_times_ > 0) {
-    if (last_times_ > 1) out_ << last_times_ << " * ";
-    out_ << Format(last_call_) << Format(*last_call_.operation, last_answer_) << '\n';
+    if (last_times_ > 1) out_ += std::to_string(last_times_) + " * ";
+    out_ += Format(last_call_) + Format(*last_call_.operation, last_answer_) + '\n';
     last_times_ = 0;
   }
-  out_ << event_lines_;
+  out_ += event_lines_;
   event_lines_.clear();
 }
 

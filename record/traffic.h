@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <ostream>
 #include <span>
 #include <string>
 #include <string_view>
@@ -18,7 +17,7 @@ namespace fliglaf::record {
 
 class Traffic {
  public:
-  Traffic(SharedVariables& vars, std::ostream& out) : vars_(vars), out_(out) {}
+  Traffic(SharedVariables& vars, std::string& out) : vars_(vars), out_(out) {}
 
   /// Calls are written between Start and Finish only; outside they are merely handed on.
   void Start();
@@ -103,7 +102,7 @@ class Traffic {
   void FlushCalls();
 
   SharedVariables& vars_;
-  std::ostream& out_;
+  std::string& out_;
   bool active_ = false;
   std::string problem_;
   std::optional<BulkReadInProgress> bulk_;
