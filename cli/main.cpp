@@ -11,6 +11,7 @@
 #include "cli/options.h"
 #include "cli/usage_error.h"
 #include "devices/device_catalogue.h"
+#include "platform/terminal.h"
 #include "record/replay.h"
 
 namespace fliglaf::cli {
@@ -65,4 +66,8 @@ ExitStatus Main(int argc, const char* const* argv) {
 }  // namespace
 }  // namespace fliglaf::cli
 
-int main(int argc, char** argv) { return static_cast<int>(fliglaf::cli::Main(argc, argv)); }
+int main(int argc, char** argv) {
+  const fliglaf::platform::Utf8Console console;
+  const fliglaf::platform::Utf8Arguments arguments(argc, argv);
+  return static_cast<int>(fliglaf::cli::Main(arguments.count(), arguments.values()));
+}

@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/usage_error.h"
+#include "cli/workplace.h"
 #include "devices/nearest_names.h"
 
 namespace fliglaf::cli {
@@ -125,18 +126,28 @@ class Parser {
 
   void AddBenchOptions(CLI::App* sub) {
     const char* const group = "Simulated bench";
-    sub->add_option("--chip", options_.chip_file,
-                    "File that keeps the chip's contents between calls; without it the chip is new")
-        ->type_name("FILE")
-        ->group(group);
-    sub->add_option("--fault", options_.faults,
-                    "Something that goes wrong: no-programmer, no-adapter, no-chip, supply,\n"
-                    "usb-timeout, usb-failure, stuck=ADDRESS.BIT=VALUE, call=OPERATION[:NTH]")
-        ->type_name("FAULT")
-        ->allow_extra_args(false)
-        ->group(group);
-    sub->add_flag("--real-time", options_.real_time, "Take as long as the bench would")
-        ->group(group);
+    CLI::Option* const chip =
+        sub->add_option(
+               "--chip", options_.chip_file,
+               "File that keeps the chip's contents between calls; without it the chip is new")
+            ->type_name("FILE")
+            ->group(group);
+    CLI::Option* const fault =
+        sub->add_option("--fault", options_.faults,
+                        "Something that goes wrong: no-programmer, no-adapter, no-chip, supply,\n"
+                        "usb-timeout, usb-failure, stuck=ADDRESS.BIT=VALUE, call=OPERATION[:NTH]")
+            ->type_name("FAULT")
+            ->allow_extra_args(false)
+            ->group(group);
+    CLI::Option* const real_time =
+        sub->add_flag("--real-time", options_.real_time, "Take as long as the bench would")
+            ->group(group);
+    if (!HasHardware()) return;
+    sub->add_flag("--hardware", options_.hardware,
+                  "Work with the programmer that is installed, not with the simulated bench")
+        ->excludes(chip)
+        ->excludes(fault)
+        ->excludes(real_time);
   }
 
   void AddImageOptions(CLI::App* sub) {

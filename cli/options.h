@@ -52,6 +52,7 @@ struct Options {
   std::filesystem::path chip_file;
   std::vector<std::string> faults;
   bool real_time = false;
+  bool hardware = false;  ///< the programmer itself instead of the simulated bench
 
   bool json = false;
   ProgressStyle progress = ProgressStyle::kAuto;

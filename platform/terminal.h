@@ -1,7 +1,39 @@
 // What the command line asks of the terminal and of the signals that end a program.
 #pragma once
 
+#include <string>
+#include <vector>
+
 namespace fliglaf::platform {
+
+/// While it lives, what the program prints to a console is taken as UTF-8, and cursor movements
+/// work.
+class Utf8Console {
+ public:
+  Utf8Console();
+  ~Utf8Console();
+  Utf8Console(const Utf8Console&) = delete;
+  Utf8Console& operator=(const Utf8Console&) = delete;
+
+ private:
+  unsigned code_page_ = 0;
+  unsigned long mode_ = 0;
+};
+
+/// The arguments of the program, in UTF-8 however the system hands them over.
+class Utf8Arguments {
+ public:
+  Utf8Arguments(int argc, const char* const* argv);
+  Utf8Arguments(const Utf8Arguments&) = delete;
+  Utf8Arguments& operator=(const Utf8Arguments&) = delete;
+
+  [[nodiscard]] int count() const { return static_cast<int>(values_.size()); }
+  [[nodiscard]] const char* const* values() const { return values_.data(); }
+
+ private:
+  std::vector<std::string> texts_;
+  std::vector<const char*> values_;
+};
 
 enum class Stream { kInput, kOutput, kError };
 

@@ -4,6 +4,7 @@
 
 #include <memory>
 
+#include "host/com/request_recorder.h"
 #include "host/library.h"
 #include "platform/win32/components.h"
 #include "platform/win32/win32_desktop.h"
@@ -14,6 +15,8 @@ namespace fliglaf {
 /// last: the components are released then, and not when the process unloads the DLL, where
 /// releasing a COM object is no longer safe.
 struct Session {
+  Session() { library.around_request = RecordRequest; }
+
   platform::Components components;
   platform::Win32Desktop desktop;
   Library library{components, desktop};

@@ -19,8 +19,8 @@ class PortableDesktop : public Desktop {
   /// Answers message boxes; without one the answer is that of the closing button: OK where it is
   /// the only one, else Cancel or Abort.
   std::function<int(int style, std::u16string_view title, std::u16string_view prompt)> on_box;
-  /// Called first in every turn of the message loop: the other windows of the host, so to speak. True
-  /// when it handled something; the turn is then over.
+  /// Called first in every turn of the message loop: the other windows of the host, so to speak.
+  /// True when it handled something; the turn is then over.
   std::function<bool()> on_turn;
 
   int MsgBox(int style, std::u16string_view title, std::u16string_view prompt) override;

@@ -20,6 +20,11 @@ void OnSignal(int number, void (*handler)(int)) {
 
 }  // namespace
 
+Utf8Console::Utf8Console() = default;
+Utf8Console::~Utf8Console() = default;
+
+Utf8Arguments::Utf8Arguments(int argc, const char* const* argv) : values_(argv, argv + argc) {}
+
 bool IsTerminal(Stream stream) {
   switch (stream) {
     case Stream::kInput:

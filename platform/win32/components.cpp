@@ -1,7 +1,6 @@
 #include "platform/win32/components.h"
 
 #include <array>
-#include <filesystem>
 #include <string>
 
 #include "platform/win32/module.h"
@@ -24,11 +23,12 @@ std::int32_t NumberIn(VARIANT& result, const char* operation) {
 /// Where Windows looks for a host's libraries; failing that, beside this module: a script's host
 /// lives in a folder of Windows.
 HMODULE Load(const std::string& name) {
-  const std::filesystem::path file(name);
+  const std::wstring file(name.begin(), name.end());
   if (HMODULE found = LoadLibraryW(file.c_str())) return found;
   const DWORD error = GetLastError();
   if (error == ERROR_MOD_NOT_FOUND) {
-    const auto beside = std::filesystem::path(ModulePath()).replace_filename(file);
+    const std::wstring module = ModulePath();
+    const std::wstring beside = module.substr(0, module.rfind(L'\\') + 1) + file;
     if (HMODULE found = LoadLibraryExW(beside.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH)) {
       return found;
     }

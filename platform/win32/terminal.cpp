@@ -3,6 +3,9 @@
 #include <windows.h>
 
 #include <atomic>
+#include <filesystem>
+#include <memory>
+#include <shellapi.h>
 
 namespace fliglaf::platform {
 namespace {
@@ -27,6 +30,30 @@ DWORD NumberOf(Stream stream) {
 }
 
 }  // namespace
+
+Utf8Console::Utf8Console() : code_page_(GetConsoleOutputCP()) {
+  SetConsoleOutputCP(CP_UTF8);
+  const HANDLE error = GetStdHandle(NumberOf(Stream::kError));
+  if (GetConsoleMode(error, &mode_) != FALSE) {
+    SetConsoleMode(error, mode_ | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+  }
+}
+
+Utf8Console::~Utf8Console() {
+  SetConsoleOutputCP(code_page_);
+  if (mode_ != 0) SetConsoleMode(GetStdHandle(NumberOf(Stream::kError)), mode_);
+}
+
+/// The narrow arguments are in the code page of the system, which has no place for most letters.
+Utf8Arguments::Utf8Arguments(int /*argc*/, const char* const* /*argv*/) {
+  int count = 0;
+  const std::unique_ptr<LPWSTR, decltype(&LocalFree)> wide(
+      CommandLineToArgvW(GetCommandLineW(), &count), &LocalFree);
+  for (int i = 0; i < count; ++i) {
+    texts_.push_back(std::filesystem::path(wide.get()[i]).string());
+  }
+  for (const std::string& text : texts_) values_.push_back(text.c_str());
+}
 
 bool IsTerminal(Stream stream) {
   DWORD mode = 0;

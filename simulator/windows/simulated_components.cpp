@@ -41,22 +41,23 @@ std::int16_t InstanceNumber() {
   return number;
 }
 
+/// The parts of a variable that ';' separates, without empty ones.
+std::vector<std::string> ListSetting(const wchar_t* name) {
+  std::vector<std::string> parts;
+  const std::string text = Setting(name);
+  for (std::size_t start = 0; start < text.size();) {
+    const std::size_t end = std::min(text.find(';', start), text.size());
+    if (end > start) parts.push_back(text.substr(start, end - start));
+    start = end + 1;
+  }
+  return parts;
+}
+
 const DeviceProfile& Device(const DeviceCatalogue& devices) {
   std::string name = Setting(L"FLIGLAF_SIM_DEVICE");
   if (name.empty()) name = kDefaultDevice;
   if (const DeviceProfile* device = devices.Find(name)) return *device;
   throw std::invalid_argument("FLIGLAF_SIM_DEVICE is \"" + name + "\", which is no known device");
-}
-
-std::vector<std::string> FaultSettings() {
-  std::vector<std::string> faults;
-  const std::string text = Setting(L"FLIGLAF_SIM_FAULTS");
-  for (std::size_t start = 0; start < text.size();) {
-    const std::size_t end = std::min(text.find(';', start), text.size());
-    if (end > start) faults.push_back(text.substr(start, end - start));
-    start = end + 1;
-  }
-  return faults;
 }
 
 SimulatedComponents*& Current() {
@@ -67,7 +68,8 @@ SimulatedComponents*& Current() {
 }  // namespace
 
 SimulatedComponents::SimulatedComponents() {
-  const std::vector<std::string> faults = FaultSettings();
+  for (const std::string& folder : ListSetting(L"FLIGLAF_SIM_DEVICES")) devices_.AddFolder(folder);
+  const std::vector<std::string> faults = ListSetting(L"FLIGLAF_SIM_FAULTS");
   bench_ = std::make_unique<cli::SimulatedBench>(
       Device(devices_), InstanceNumber(),
       cli::SimulatedBench::Settings{

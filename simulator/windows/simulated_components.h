@@ -9,7 +9,8 @@
 namespace fliglaf::simulator {
 
 /// The simulated bench behind the three stand-ins. Set up by the environment: FLIGLAF_SIM_DEVICE
-/// (name of a device profile, isp51-4k unless given), FLIGLAF_SIM_INSTANCE (number of the shared
+/// (name of a device profile, isp51-4k unless given), FLIGLAF_SIM_DEVICES (folders with further
+/// profiles, separated by ';'), FLIGLAF_SIM_INSTANCE (number of the shared
 /// blocks, 0 unless given), FLIGLAF_SIM_CHIP (file that keeps the chip's contents),
 /// FLIGLAF_SIM_FAULTS (as the command line's --fault, separated by ';'), FLIGLAF_SIM_REALTIME (any
 /// text: every call takes as long as on the bench).

@@ -1,0 +1,104 @@
+// The workplace on Windows: the library's DLL, made through COM, on the stand-ins of the simulated
+// bench or on the programmer's own components. Nothing has to be registered: manifests beside the
+// program name the classes.
+#include <optional>
+#include <string>
+
+#include "cli/simulated_bench.h"
+#include "cli/workplace.h"
+#include "host/com/client.h"
+#include "host/com/request_recorder.h"
+#include "images/whole_file.h"
+#include "platform/win32/activation.h"
+#include "platform/win32/host_watch.h"
+#include "platform/win32/process.h"
+
+namespace fliglaf::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+template <class Texts>
+std::wstring Joined(const Texts& texts) {
+  std::wstring joined;
+  for (const auto& text : texts) {
+    if (!joined.empty()) joined += L';';
+    joined += fs::path(text).wstring();
+  }
+  return joined;
+}
+
+/// Tells the stand-ins, which run in this process, what the options ask of the bench.
+void SetUpStandIns(const Options& options, const DeviceProfile& device, std::int16_t instance) {
+  const auto set = platform::SetEnvironmentText;
+  set(L"FLIGLAF_IOHELPER", L"fliglaf.SimulatedIoHelper");
+  set(L"FLIGLAF_SIM_DEVICE", fs::path(device.name).wstring());
+  set(L"FLIGLAF_SIM_DEVICES", Joined(options.device_folders));
+  set(L"FLIGLAF_SIM_INSTANCE", std::to_wstring(instance));
+  set(L"FLIGLAF_SIM_CHIP", options.chip_file.wstring());
+  set(L"FLIGLAF_SIM_FAULTS", Joined(options.faults));
+  set(L"FLIGLAF_SIM_REALTIME", options.real_time ? L"1" : L"");
+  platform::AddLibraryFolder(platform::ProgramFolder() / "simulator");
+}
+
+/// Whether the options ask for something that can be had, before anything is done.
+void CheckBench(const Options& options, const DeviceProfile& device, std::int16_t instance) {
+  const SimulatedBench bench(
+      device, instance,
+      {.chip_file = options.chip_file, .faults = options.faults, .real_time = options.real_time});
+}
+
+class ComWorkplace : public Workplace {
+ public:
+  ComWorkplace(const Options& options, const DeviceProfile& device, std::int16_t instance)
+      : options_(options),
+        watch_([this] { on_turn(); }, [this](auto... box) { return on_box(box...); }) {
+    MakeObject();
+    mpu_->bufcommpu4(instance);
+    if (options.hardware) return;
+    CheckBench(options, device, instance);
+    SetUpStandIns(options, device, instance);
+    stand_ins_.emplace(platform::ProgramFolder() / "simulator" / "fliglaf.simulator.manifest");
+  }
+
+  void Run(HostSession& session, Recorded recorded) override {
+    platform::SetEnvironmentText(L"FLIGLAF_RECORD",
+                                 recorded == Recorded::kYes ? options_.record_file.wstring() : L"");
+    mpu_->runMpu4Prg(-1);
+    const std::u16string_view log = session.log();
+    if (const auto found = log.rfind(kNotRecorded); found != std::u16string_view::npos) {
+      not_recorded_ = fs::path(log.substr(found + kNotRecorded.size())).string();
+    }
+  }
+
+  /// The library hides the programmer: its host sees a request that has not run.
+  [[nodiscard]] StartUp start_up() const override { return StartUp::kNotTold; }
+
+  /// The stand-ins keep the chip's contents, and the library its record, as each run ends.
+  void Keep() override {
+    if (!not_recorded_.empty()) throw ImageError("the run is not recorded: " + not_recorded_);
+  }
+
+ private:
+  void MakeObject() {
+    const platform::Activation library(platform::ProgramFolder() / "fliglaf.library.manifest");
+    mpu_.emplace();
+  }
+
+  const Options& options_;
+  platform::HostWatch watch_;
+  std::optional<platform::Activation> stand_ins_;
+  std::optional<MpuClient> mpu_;
+  std::string not_recorded_;
+};
+
+}  // namespace
+
+std::unique_ptr<Workplace> MakeWorkplace(const Options& options, const DeviceProfile& device,
+                                         std::int16_t instance) {
+  return std::make_unique<ComWorkplace>(options, device, instance);
+}
+
+bool HasHardware() { return true; }
+
+}  // namespace fliglaf::cli
