@@ -8,6 +8,7 @@
 #include "cli/workplace.h"
 #include "host/com/client.h"
 #include "host/com/request_recorder.h"
+#include "images/utf8_path.h"
 #include "images/whole_file.h"
 #include "platform/win32/activation.h"
 #include "platform/win32/host_watch.h"
@@ -18,25 +19,25 @@ namespace {
 
 namespace fs = std::filesystem;
 
-template <class Texts>
-std::wstring Joined(const Texts& texts) {
-  std::wstring joined;
-  for (const auto& text : texts) {
-    if (!joined.empty()) joined += L';';
-    joined += fs::path(text).wstring();
-  }
-  return joined;
+/// As a list in a variable of the environment.
+void Append(std::wstring& list, const fs::path& item) {
+  if (!list.empty()) list += L';';
+  list += item.wstring();
 }
 
 /// Tells the stand-ins, which run in this process, what the options ask of the bench.
 void SetUpStandIns(const Options& options, const DeviceProfile& device, std::int16_t instance) {
+  std::wstring folders;
+  for (const fs::path& folder : options.device_folders) Append(folders, folder);
+  std::wstring faults;
+  for (const std::string& fault : options.faults) Append(faults, Utf8Path(fault));
   const auto set = platform::SetEnvironmentText;
   set(L"FLIGLAF_IOHELPER", L"fliglaf.SimulatedIoHelper");
-  set(L"FLIGLAF_SIM_DEVICE", fs::path(device.name).wstring());
-  set(L"FLIGLAF_SIM_DEVICES", Joined(options.device_folders));
+  set(L"FLIGLAF_SIM_DEVICE", Utf8Path(device.name).wstring());
+  set(L"FLIGLAF_SIM_DEVICES", folders);
   set(L"FLIGLAF_SIM_INSTANCE", std::to_wstring(instance));
   set(L"FLIGLAF_SIM_CHIP", options.chip_file.wstring());
-  set(L"FLIGLAF_SIM_FAULTS", Joined(options.faults));
+  set(L"FLIGLAF_SIM_FAULTS", faults);
   set(L"FLIGLAF_SIM_REALTIME", options.real_time ? L"1" : L"");
   platform::AddLibraryFolder(platform::ProgramFolder() / "simulator");
 }

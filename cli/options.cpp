@@ -10,6 +10,7 @@
 #include "cli/usage_error.h"
 #include "cli/workplace.h"
 #include "devices/nearest_names.h"
+#include "images/utf8_path.h"
 
 namespace fliglaf::cli {
 namespace {
@@ -72,8 +73,8 @@ class Parser {
       options_.command = command;
       options_.command_name = name;
     });
-    sub->add_option("--devices", options_.device_folders,
-                    "Folder with further device profiles (*.toml)")
+    AddPaths(sub, "--devices", options_.device_folders,
+             "Folder with further device profiles (*.toml)")
         ->type_name("DIR")
         ->allow_extra_args(false);
     return sub;
@@ -93,9 +94,8 @@ class Parser {
                {"retry", MismatchAnswer::kRetry},
                {"ignore", MismatchAnswer::kIgnore}},
               "What to do about a wrong signature, instead of asking");
-    sub->add_option("--record", options_.record_file,
-                    "Write a record of the run, for \"fliglaf replay\"")
-        ->type_name("FILE");
+    AddPath(sub, "--record", options_.record_file,
+            "Write a record of the run, for \"fliglaf replay\"");
     AddBenchOptions(sub);
     sub->add_flag("--json", options_.json,
                   "Print one JSON object with result, log, time and counts");
@@ -107,6 +107,24 @@ class Parser {
                {"none", ProgressStyle::kNone}},
               "How to show progress on standard error");
     return sub;
+  }
+
+  /// An option, or an argument, that names a file. Words are in UTF-8.
+  static CLI::Option* AddPath(CLI::App* sub, const char* name, std::filesystem::path& path,
+                              const std::string& description) {
+    const auto take = [&path](const std::string& word) { path = Utf8Path(word); };
+    return sub->add_option_function<std::string>(name, take, description)->type_name("FILE");
+  }
+
+  /// The same for several of them.
+  static CLI::Option* AddPaths(CLI::App* sub, const char* name,
+                               std::vector<std::filesystem::path>& paths,
+                               const std::string& description) {
+    const auto take = [&paths](const std::vector<std::string>& words) {
+      for (const std::string& word : words) paths.push_back(Utf8Path(word));
+    };
+    return sub->add_option_function<std::vector<std::string>>(name, take, description)
+        ->type_name("FILE");
   }
 
   template <class T>
@@ -127,10 +145,8 @@ class Parser {
   void AddBenchOptions(CLI::App* sub) {
     const char* const group = "Simulated bench";
     CLI::Option* const chip =
-        sub->add_option(
-               "--chip", options_.chip_file,
-               "File that keeps the chip's contents between calls; without it the chip is new")
-            ->type_name("FILE")
+        AddPath(sub, "--chip", options_.chip_file,
+                "File that keeps the chip's contents between calls; without it the chip is new")
             ->group(group);
     CLI::Option* const fault =
         sub->add_option("--fault", options_.faults,
@@ -152,25 +168,20 @@ class Parser {
 
   void AddImageOptions(CLI::App* sub) {
     CLI::Option* const memory =
-        sub->add_option("file", options_.memory_file,
-                        "Contents of the main memory: Intel HEX, Motorola S-record or binary")
-            ->type_name("FILE");
+        AddPath(sub, "file", options_.memory_file,
+                "Contents of the main memory: Intel HEX, Motorola S-record or binary");
     CLI::Option* const eeprom = AddEeprom(sub);
     AddImage(sub)->excludes(memory)->excludes(eeprom);
   }
 
   CLI::Option* AddEeprom(CLI::App* sub) {
-    return sub
-        ->add_option("--eeprom", options_.eeprom_file,
-                     "Contents of the data memory, in a file of its own from address 0")
-        ->type_name("FILE");
+    return AddPath(sub, "--eeprom", options_.eeprom_file,
+                   "Contents of the data memory, in a file of its own from address 0");
   }
 
   CLI::Option* AddImage(CLI::App* sub) {
-    return sub
-        ->add_option("--image", options_.image_file,
-                     "The whole device image instead, as the library lays it out")
-        ->type_name("FILE");
+    return AddPath(sub, "--image", options_.image_file,
+                   "The whole device image instead, as the library lays it out");
   }
 
   void AddMargin(CLI::App* sub) {
@@ -198,9 +209,8 @@ class Parser {
   void AddRead() {
     CLI::App* sub = AddOperation("read", Command::kRead, "Read a device into a file",
                                  "read isp51-8k -o contents.hex --chip bench.chip");
-    sub->add_option("-o,--output", options_.output,
-                    "File for the main memory; its ending tells the format (.hex, .s19, .bin, ...)")
-        ->type_name("FILE");
+    AddPath(sub, "-o,--output", options_.output,
+            "File for the main memory; its ending tells the format (.hex, .s19, .bin, ...)");
     AddEeprom(sub);
     AddImage(sub);
   }
@@ -247,9 +257,7 @@ class Parser {
       options_.command = Command::kReplay;
       options_.command_name = "replay";
     });
-    sub->add_option("records", options_.records, "Records, as --record writes them")
-        ->type_name("FILE")
-        ->required();
+    AddPaths(sub, "records", options_.records, "Records, as --record writes them")->required();
     sub->add_flag("--explain", options_.explain,
                   "At a difference, tell the calls before it and where in the run it is");
   }

@@ -4,7 +4,6 @@
 #include <exception>
 #include <string>
 
-#include "platform/win32/module.h"
 #include "simulator/windows/simulated_components.h"
 
 namespace fliglaf::simulator {
@@ -57,11 +56,6 @@ HRESULT IoHelper::Create(REFIID iid, void** object) noexcept {
 }
 
 IoHelper::IoHelper() {
-  platform::ComPtr<ITypeLib> library;
-  if (SUCCEEDED(
-          LoadTypeLibEx(platform::ModulePath().c_str(), REGKIND_NONE, library.GetAddressOf()))) {
-    library->GetTypeInfoOfGuid(__uuidof(_IoHelper), type_info_.GetAddressOf());
-  }
   static_cast<void>(TheComponents());
   ++Helpers();
 }
@@ -164,31 +158,6 @@ HRESULT IoHelper::BlockTransfer(LONG* data, LONG* address, SHORT* check_mode,
 
 HRESULT IoHelper::ResetInterface() noexcept {
   return Perform([](Programmer& to) { to.ResetInterface(); });
-}
-
-HRESULT IoHelper::GetTypeInfoCount(UINT* count) noexcept {
-  if (count == nullptr) return E_POINTER;
-  *count = type_info_ ? 1 : 0;
-  return S_OK;
-}
-
-HRESULT IoHelper::GetTypeInfo(UINT index, LCID /*locale*/, ITypeInfo** info) noexcept {
-  if (info == nullptr) return E_POINTER;
-  *info = nullptr;
-  return index != 0 || !type_info_ ? DISP_E_BADINDEX : type_info_.CopyTo(info);
-}
-
-HRESULT IoHelper::GetIDsOfNames(REFIID /*iid*/, LPOLESTR* names, UINT count, LCID /*locale*/,
-                                DISPID* ids) noexcept {
-  return type_info_ ? type_info_->GetIDsOfNames(names, count, ids) : DISP_E_UNKNOWNNAME;
-}
-
-HRESULT IoHelper::Invoke(DISPID id, REFIID /*iid*/, LCID /*locale*/, WORD kind,
-                         DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception,
-                         UINT* argument_error) noexcept {
-  if (!type_info_) return DISP_E_MEMBERNOTFOUND;
-  return type_info_->Invoke(static_cast<_IoHelper*>(this), id, kind, parameters, result, exception,
-                            argument_error);
 }
 
 }  // namespace fliglaf::simulator

@@ -4,12 +4,12 @@
 
 #include <fliglaf_type_library.h>
 
-#include "platform/win32/com_object.h"
+#include "platform/win32/dispatch_object.h"
 
 namespace fliglaf::simulator {
 
 /// The helper object over the simulated bench. Late-bound calls go by the type library.
-class IoHelper final : public platform::ComObject<_IoHelper> {
+class IoHelper final : public platform::DispatchObject<_IoHelper> {
  public:
   static HRESULT Create(REFIID iid, void** object) noexcept;
 
@@ -42,17 +42,6 @@ class IoHelper final : public platform::ComObject<_IoHelper> {
   STDMETHODIMP BlockTransfer(LONG* data, LONG* address, SHORT* check_mode,
                              VARIANT* result) noexcept override;
   STDMETHODIMP ResetInterface() noexcept override;
-
-  STDMETHODIMP GetTypeInfoCount(UINT* count) noexcept override;
-  STDMETHODIMP GetTypeInfo(UINT index, LCID locale, ITypeInfo** info) noexcept override;
-  STDMETHODIMP GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID locale,
-                             DISPID* ids) noexcept override;
-  STDMETHODIMP Invoke(DISPID id, REFIID iid, LCID locale, WORD kind, DISPPARAMS* parameters,
-                      VARIANT* result, EXCEPINFO* exception,
-                      UINT* argument_error) noexcept override;
-
- private:
-  platform::ComPtr<ITypeInfo> type_info_;
 };
 
 }  // namespace fliglaf::simulator

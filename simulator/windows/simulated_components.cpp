@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "images/utf8_path.h"
 #include "platform/win32/module.h"
 
 namespace fliglaf::simulator {
@@ -68,7 +69,7 @@ SimulatedComponents*& Current() {
 }  // namespace
 
 SimulatedComponents::SimulatedComponents() {
-  for (const std::string& folder : ListSetting(L"FLIGLAF_SIM_DEVICES")) devices_.AddFolder(folder);
+  for (const std::string& folder : ListSetting(L"FLIGLAF_SIM_DEVICES")) devices_.AddFolder(Utf8Path(folder));
   const std::vector<std::string> faults = ListSetting(L"FLIGLAF_SIM_FAULTS");
   bench_ = std::make_unique<cli::SimulatedBench>(
       Device(devices_), InstanceNumber(),

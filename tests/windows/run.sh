@@ -12,7 +12,13 @@ in_registry() { wine reg query "$1" >/dev/null 2>&1; }
 class='HKLM\Software\Classes\CLSID\{7DC6A8EE-5FF8-4E1E-A806-BC89E5E36DC2}'
 type_library='HKLM\Software\Classes\TypeLib\{1745CF28-ED94-497F-A8B9-328E7649668D}'
 
-for dll in fliglaf iohelper; do wine regsvr32 /s $dll.dll || fail "regsvr32 $dll.dll"; done
+# The command line first: it must not need what is registered below.
+. ./command_line.sh
+
+export WINEPATH=$(winepath -w simulator)
+for dll in fliglaf.dll simulator/iohelper.dll examples/shared_blocks.dll; do
+  wine regsvr32 /s $dll || fail "regsvr32 $dll"
+done
 in_registry "$class\\InprocServer32" || fail "the class is not registered"
 in_registry "$type_library" || fail "the type library is not registered"
 
@@ -35,9 +41,26 @@ wine cscript /nologo late_bound.vbs report.txt
 diff <(tr -d '\r' <report.txt) expected.txt || fail "the script did not get what it should"
 echo "[script] late_bound.vbs passed"
 
+FLIGLAF_SIM_CHIP=script.chip wine cscript /nologo examples/program.vbs examples/blink.hex log.txt ||
+  fail "examples/program.vbs"
+cat >expected.txt <<'END'
+>><Erase>
+>><Blank Check>
+>>Erase ok
+>><Program>
+>><Verify>
+>>Program ok
+60 bytes programmed and verified
+END
+diff <(tr -d '\r' <log.txt | grep -v 'Sec$') expected.txt || fail "examples/program.vbs told something else"
+cmp script.chip bench.chip || fail "examples/program.vbs left another chip than the command line"
+echo "[script] examples/program.vbs passed"
+
 wine regsvr32 /s /u fliglaf.dll || fail "regsvr32 /u"
-wine regsvr32 /s /u iohelper.dll || fail "regsvr32 /u iohelper.dll"
+wine regsvr32 /s /u simulator/iohelper.dll || fail "regsvr32 /u iohelper.dll"
+wine regsvr32 /s /u examples/shared_blocks.dll || fail "regsvr32 /u shared_blocks.dll"
 for key in "$class" 'HKLM\Software\Classes\fliglaf.clsMPU' 'HKLM\Software\Classes\IoHelper.IoHelper' \
+  'HKLM\Software\Classes\fliglafExample.SharedBlocks' \
   "$type_library" 'HKLM\Software\Classes\Interface\{659962A6-F0AD-491F-9E3B-A4C02B607997}'; do
   if in_registry "$key"; then fail "regsvr32 /u left $key"; fi
 done
