@@ -92,6 +92,8 @@ FaultOptions ParseFaults(std::span<const std::string> faults, std::uint32_t memo
       options.bench.programmer.usb = CapturePipe::Fault::kNeverAnswers;
     } else if (text == "usb-failure") {
       options.bench.programmer.usb = CapturePipe::Fault::kFails;
+    } else if (text == "answer=0" || text == "answer=1") {
+      options.bench.answer_stuck = text.back() == '1';
     } else if (text.starts_with(kStuck)) {
       options.bench.stuck_bit = ParseStuckBit(fault, text.substr(kStuck.size()), memory_bytes);
     } else if (text.starts_with(kCall)) {
@@ -99,7 +101,7 @@ FaultOptions ParseFaults(std::span<const std::string> faults, std::uint32_t memo
     } else {
       Fail(fault,
            "expected no-programmer, no-adapter, no-chip, supply, usb-timeout, usb-failure, "
-           "stuck=ADDRESS.BIT=VALUE or call=OPERATION[:NTH]");
+           "answer=LEVEL, stuck=ADDRESS.BIT=VALUE or call=OPERATION[:NTH]");
     }
   }
   return options;

@@ -151,7 +151,8 @@ class Parser {
     CLI::Option* const fault =
         sub->add_option("--fault", options_.faults,
                         "Something that goes wrong: no-programmer, no-adapter, no-chip, supply,\n"
-                        "usb-timeout, usb-failure, stuck=ADDRESS.BIT=VALUE, call=OPERATION[:NTH]")
+                        "usb-timeout, usb-failure, answer=LEVEL, stuck=ADDRESS.BIT=VALUE,\n"
+                        "call=OPERATION[:NTH]")
             ->type_name("FAULT")
             ->allow_extra_args(false)
             ->group(group);

@@ -102,6 +102,7 @@ Bench::Bench(const ChipDescription& description, std::int16_t instance, const Fa
       socket_(faults.no_chip ? nullptr : chip_.get(), description.supply),
       programmer_(clock_, socket_, instance, faults.programmer) {
   if (faults.stuck_bit) chip_->Break(*faults.stuck_bit);
+  if (faults.answer_stuck) socket_.StickAnswer(*faults.answer_stuck);
 }
 
 void Bench::WaitUntil(std::int64_t time) {

@@ -37,6 +37,7 @@ struct Faults {
   SimulatedProgrammer::Defects programmer = {};
   bool no_chip = false;
   std::optional<StuckBit> stuck_bit = std::nullopt;
+  std::optional<bool> answer_stuck = std::nullopt;  ///< the line on which the chip answers
 };
 
 /// A simulated bench: a programmer on USB, a socket, a chip in it, and the time that all of them

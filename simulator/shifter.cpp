@@ -5,11 +5,16 @@ namespace {
 
 constexpr int kBitsOfAByte = 8;
 
+/// The data line of a bit.
+std::uint8_t Data(const ShifterBytes& bytes, bool bit) { return bit ? bytes.data_out : 0; }
+
 }  // namespace
 
 void Shifter::OutHighFirst(const ShifterBytes& bytes, std::uint8_t value) {
   Wires::Register line(wires_, bytes.line_register);
-  for (int bit = kBitsOfAByte - 1; bit >= 0; --bit) ClockBit(line, bytes, (value >> bit & 1) != 0);
+  for (int bit = kBitsOfAByte - 1; bit >= 0; --bit) {
+    ClockBit(line, bytes, Data(bytes, (value >> bit & 1) != 0));
+  }
   line.Write(bytes.fixed);
 }
 
@@ -17,7 +22,26 @@ void Shifter::OutLowFirst(const ShifterBytes& bytes, std::uint8_t value) {
   const int count =
       bytes.low_bits >= 1 && bytes.low_bits <= kBitsOfAByte ? bytes.low_bits : kBitsOfAByte;
   Wires::Register line(wires_, bytes.line_register);
-  for (int bit = 0; bit < count; ++bit) ClockBit(line, bytes, (value >> bit & 1) != 0);
+  for (int bit = 0; bit < count; ++bit) {
+    ClockBit(line, bytes, Data(bytes, (value >> bit & 1) != 0));
+  }
+  line.Write(bytes.fixed);
+}
+
+void Shifter::OutLast(const ShifterBytes& bytes, std::uint8_t value, int count) {
+  Wires::Register line(wires_, bytes.line_register);
+  for (int bit = kBitsOfAByte - 1; bit >= kBitsOfAByte - count; --bit) {
+    const std::uint8_t data = Data(bytes, (value >> bit & 1) != 0);
+    const bool last = bit == kBitsOfAByte - count;
+    ClockBit(line, bytes, last ? data | bytes.mode_select : data);
+  }
+  line.Write(bytes.fixed);
+}
+
+void Shifter::Walk(const ShifterBytes& bytes, int low_pulses) {
+  Wires::Register line(wires_, bytes.line_register);
+  ClockBit(line, bytes, bytes.mode_select);
+  for (int pulse = 0; pulse < low_pulses; ++pulse) ClockBit(line, bytes, 0);
   line.Write(bytes.fixed);
 }
 
@@ -25,7 +49,7 @@ std::uint8_t Shifter::In(const ShifterBytes& bytes) {
   Wires::Register line(wires_, bytes.line_register);
   unsigned value = 0;
   for (int bit = 0; bit < kBitsOfAByte; ++bit) {
-    ClockBit(line, bytes, false);
+    ClockBit(line, bytes, 0);
     // The input as the clock has risen: the chip puts its next bit out when it falls.
     value = value << 1 | (wires_.Sample(bytes.line_register, bytes.data_in) ? 1U : 0U);
   }
@@ -33,9 +57,10 @@ std::uint8_t Shifter::In(const ShifterBytes& bytes) {
   return static_cast<std::uint8_t>(value);
 }
 
-/// One clock pulse, which leaves the clock high. The data line changes while the clock is low.
-void Shifter::ClockBit(Wires::Register& line, const ShifterBytes& bytes, bool data) {
-  const auto low = static_cast<std::uint8_t>(bytes.fixed | (data ? bytes.data_out : 0));
+/// One clock pulse with the lines `high` high, which leaves the clock high. They change while the
+/// clock is low.
+void Shifter::ClockBit(Wires::Register& line, const ShifterBytes& bytes, std::uint8_t high) {
+  const auto low = static_cast<std::uint8_t>(bytes.fixed | high);
   line.Write(low);
   clock_.Advance(kHalfBit);
   line.Write(low | bytes.clock);

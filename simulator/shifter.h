@@ -21,7 +21,7 @@ struct ShifterBytes {
   std::uint8_t byte12;
   std::uint8_t line_register2;
   std::uint8_t fixed2;
-  std::uint8_t mode_select;  ///< 15
+  std::uint8_t mode_select;  ///< 15: TMS
 };
 static_assert(sizeof(ShifterBytes) == 12);
 
@@ -36,11 +36,15 @@ class Shifter {
   void OutHighFirst(const ShifterBytes& bytes, std::uint8_t value);
   /// A group of bits out, bit 0 first: 6 or 8 of them.
   void OutLowFirst(const ShifterBytes& bytes, std::uint8_t value);
+  /// The last `count` bits of a scan, 1 to 8, bit 7 first, with TMS high on the last of them.
+  void OutLast(const ShifterBytes& bytes, std::uint8_t value, int count);
+  /// A step of a scan: one pulse with TMS high, then `low_pulses` with TMS low.
+  void Walk(const ShifterBytes& bytes, int low_pulses);
   /// One byte in, bit 7 first, with the data output low.
   [[nodiscard]] std::uint8_t In(const ShifterBytes& bytes);
 
  private:
-  void ClockBit(Wires::Register& line, const ShifterBytes& bytes, bool data);
+  void ClockBit(Wires::Register& line, const ShifterBytes& bytes, std::uint8_t high);
 
   Clock& clock_;
   Wires& wires_;

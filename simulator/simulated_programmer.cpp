@@ -197,6 +197,21 @@ std::optional<std::uint8_t> SimulatedProgrammer::Execute(std::uint8_t value,
     case reg::kShiftLow:
       shifter_.OutLowFirst(shifter_bytes(), value);
       return std::nullopt;
+    case reg::kLastBit:
+      shifter_.OutLast(shifter_bytes(), value, 1);
+      return std::nullopt;
+    case reg::kLastTwoBits:
+      shifter_.OutLast(shifter_bytes(), value, 2);
+      return std::nullopt;
+    case reg::kLastByte:
+      shifter_.OutLast(shifter_bytes(), value, 8);
+      return std::nullopt;
+    case reg::kTmsHighLow:
+      shifter_.Walk(shifter_bytes(), 1);
+      return std::nullopt;
+    case reg::kTmsHighLowLow:
+      shifter_.Walk(shifter_bytes(), 2);
+      return std::nullopt;
     default:
       break;
   }

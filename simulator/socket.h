@@ -3,6 +3,7 @@
 #include <array>
 #include <bitset>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "simulator/chip.h"
@@ -28,11 +29,16 @@ class Socket {
   void SetGndPin(std::uint8_t pin, bool on);
   void AllOff();
 
+  /// Breaks the line on which the chip answers, whichever it is: what is read of it is always
+  /// `high`.
+  void StickAnswer(bool high) { answer_stuck_ = high; }
+
   void Observe(Lines levels) {
     if (chip_ != nullptr) chip_->Observe(levels);
   }
   /// The level of `line` as the chip drives it; low where it drives nothing.
   [[nodiscard]] bool Level(Lines line) const {
+    if (answer_stuck_) return *answer_stuck_;
     return powered_ && (chip_->driven() & chip_->levels() & line) != 0;
   }
 
@@ -47,6 +53,7 @@ class Socket {
   PinSet gnd_on_;
   std::int32_t supply_ = 0;
   bool powered_ = false;
+  std::optional<bool> answer_stuck_;
 };
 
 }  // namespace fliglaf::simulator

@@ -25,12 +25,18 @@ class ComponentError : public std::runtime_error {
   std::uint32_t hresult_ = 0;
 };
 
-/// Registers of the programmer that shift or capture on the target's lines.
+/// Registers of the programmer that shift or capture on the target's lines, or walk a test access
+/// port: TMS is low but where it is said to be high.
 namespace reg {
-inline constexpr std::uint8_t kCaptured = 0x21;  ///< read: the byte of the last capture
-inline constexpr std::uint8_t kShiftOut = 0x8E;  ///< write: one byte out, bit 7 first
-inline constexpr std::uint8_t kCapture = 0x8F;   ///< write 1: one byte in, bit 7 first
-inline constexpr std::uint8_t kShiftLow = 0x90;  ///< write: a group of bits out, bit 0 first
+inline constexpr std::uint8_t kCaptured = 0x21;       ///< read: the byte of the last capture
+inline constexpr std::uint8_t kShiftOut = 0x8E;       ///< write: one byte out, bit 7 first
+inline constexpr std::uint8_t kCapture = 0x8F;        ///< write 1: one byte in, bit 7 first
+inline constexpr std::uint8_t kShiftLow = 0x90;       ///< write: a group of bits out, bit 0 first
+inline constexpr std::uint8_t kLastBit = 0xC1;        ///< write: bit 7 out with TMS high
+inline constexpr std::uint8_t kLastTwoBits = 0xC2;    ///< write: bits 7 and 6 out, TMS high on 6
+inline constexpr std::uint8_t kLastByte = 0xC4;       ///< write: one byte out, TMS high on bit 0
+inline constexpr std::uint8_t kTmsHighLow = 0xC5;     ///< write: two pulses, TMS high, then low
+inline constexpr std::uint8_t kTmsHighLowLow = 0xC6;  ///< write: three pulses, TMS high, low, low
 }  // namespace reg
 
 /// Results of the start-up operations that callers test.
