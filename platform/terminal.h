@@ -1,6 +1,7 @@
 // What the command line asks of the terminal and of the signals that end a program.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -11,13 +12,14 @@ namespace fliglaf::platform {
 class Utf8Console {
  public:
   Utf8Console();
-  ~Utf8Console();
+  ~Utf8Console() {
+    if (restore_) restore_();
+  }
   Utf8Console(const Utf8Console&) = delete;
   Utf8Console& operator=(const Utf8Console&) = delete;
 
  private:
-  unsigned code_page_ = 0;
-  unsigned long mode_ = 0;
+  std::function<void()> restore_;
 };
 
 /// The arguments of the program, in UTF-8 however the system hands them over.

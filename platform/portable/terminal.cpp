@@ -21,7 +21,6 @@ void OnSignal(int number, void (*handler)(int)) {
 }  // namespace
 
 Utf8Console::Utf8Console() = default;
-Utf8Console::~Utf8Console() = default;
 
 Utf8Arguments::Utf8Arguments(int argc, const char* const* argv) : values_(argv, argv + argc) {}
 

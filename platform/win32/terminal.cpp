@@ -31,17 +31,17 @@ DWORD NumberOf(Stream stream) {
 
 }  // namespace
 
-Utf8Console::Utf8Console() : code_page_(GetConsoleOutputCP()) {
-  SetConsoleOutputCP(CP_UTF8);
+Utf8Console::Utf8Console() {
+  const UINT code_page = GetConsoleOutputCP();
   const HANDLE error = GetStdHandle(NumberOf(Stream::kError));
-  if (GetConsoleMode(error, &mode_) != FALSE) {
-    SetConsoleMode(error, mode_ | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
-  }
-}
-
-Utf8Console::~Utf8Console() {
-  SetConsoleOutputCP(code_page_);
-  if (mode_ != 0) SetConsoleMode(GetStdHandle(NumberOf(Stream::kError)), mode_);
+  DWORD mode = 0;
+  const bool console = GetConsoleMode(error, &mode) != FALSE;
+  SetConsoleOutputCP(CP_UTF8);
+  if (console) SetConsoleMode(error, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+  restore_ = [=] {
+    SetConsoleOutputCP(code_page);
+    if (console) SetConsoleMode(error, mode);
+  };
 }
 
 /// The narrow arguments are in the code page of the system, which has no place for most letters.
