@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "families/avr_jtag.h"
 #include "families/serial_entry.h"
 #include "families/serial_page_entry.h"
 
@@ -20,12 +21,11 @@ struct FamilyEntry {
 };
 
 constexpr std::array kEntries{
-    FamilyEntry{1, enterIspFam1},
-    FamilyEntry{2, enterIspFam2},
-    FamilyEntry{3, enterIspFam3},
-    FamilyEntry{13, enterSerialPage},
-    FamilyEntry{14, enterSerialPage},
-    FamilyEntry{15, enterFramedPage},
+    FamilyEntry{1, enterIspFam1},     FamilyEntry{2, enterIspFam2},
+    FamilyEntry{3, enterIspFam3},     FamilyEntry{4, enterAvrJtag},
+    FamilyEntry{5, enterAvrJtag},     FamilyEntry{6, enterAvrJtag},
+    FamilyEntry{7, enterAvrJtag},     FamilyEntry{13, enterSerialPage},
+    FamilyEntry{14, enterSerialPage}, FamilyEntry{15, enterFramedPage},
 };
 
 void EnterProgrammingMode(Run& run) {

@@ -3,18 +3,16 @@
 #include <stdexcept>
 #include <string>
 
+#include "families/jtag_lines.h"
 #include "families/power_up.h"
 #include "usb/bulk_read.h"
 #include "usb/notes.h"
 
 namespace fliglaf {
-namespace {
-
-void SendClosingPacket(Run& run) { run.SendPacket({0x0D, 0x00}, kLongPacket); }
-
-}  // namespace
 
 void OpenPass(Run& run, std::uint8_t kind) { run.SendPacket({0x0D, kind}, kLongPacket); }
+
+void SendClosingPacket(Run& run) { run.SendPacket({0x0D, 0x00}, kLongPacket); }
 
 void ClosePass(Run& run) {
   run.io.FlushQueue();
@@ -29,25 +27,27 @@ void ProgressAt(Run& run, std::int64_t address) {
 
 void ArmCapture(Run& run) { run.SendPacket({0x0A, 0x10, 0x40}, kShortPacket); }
 
-bool FetchCaptures(Run& run, std::int32_t count) {
+bool FetchCaptures(Run& run, std::int32_t count, std::int32_t wait_ms) {
   run.io.FlushQueue();
-  run.io.DelayMs(100);
+  run.io.DelayMs(wait_ms);
   ArmCapture(run);
   return BulkRead(run, bulk_mode::kCaptures, 0, count) == 0;
 }
 
-bool HandOver(Run& run, std::int32_t last, std::int32_t image, std::int16_t mode) {
+bool HandOver(Run& run, std::int32_t last, std::int32_t image, std::int16_t mode, BitOrder order) {
   for (std::int32_t i = 0; i <= last; ++i) {
-    if (run.io.BlockTransfer(run.vars.quorinibuf2[i], image + i, mode) == 1) return false;
+    const std::int32_t captured = run.vars.quorinibuf2[i];
+    const std::int32_t byte = order == BitOrder::kLowFirst ? reverseBits(captured, 8) : captured;
+    if (run.io.BlockTransfer(byte, image + i, mode) == 1) return false;
   }
   return true;
 }
 
 bool FetchAndHandOver(Run& run, std::int32_t count, std::int64_t bytes, std::int64_t image,
-                      std::int16_t mode) {
+                      std::int16_t mode, BitOrder order) {
   if (!FetchCaptures(run, count) && run.stopped()) return false;
-  return HandOver(run, static_cast<std::int32_t>(bytes - 1), static_cast<std::int32_t>(image),
-                  mode);
+  return HandOver(run, static_cast<std::int32_t>(bytes - 1), static_cast<std::int32_t>(image), mode,
+                  order);
 }
 
 void RequireOneBlock(std::int64_t bytes) {

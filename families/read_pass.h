@@ -13,9 +13,11 @@ inline constexpr std::int32_t kBlockBytes = 16384;
 /// Asked for where a block is fetched with one count whatever its size.
 inline constexpr std::int32_t kBlockAndEndMark = kBlockBytes + 1;
 
-/// Packets around a pass. `kind` is the second byte of the opening packet.
+/// Packets around a pass. `kind` is the second byte of the opening packet; ClosePass waits for what
+/// is queued first.
 void OpenPass(Run& run, std::uint8_t kind);
 void ClosePass(Run& run);
+void SendClosingPacket(Run& run);
 
 /// Writes the progress of a pass that has come to `address` of the device.
 void ProgressAt(Run& run, std::int64_t address);
@@ -30,19 +32,25 @@ void ArmCapture(Run& run);
   return static_cast<std::int32_t>((bytes + 64) / 64 * 64 + 1);
 }
 
-/// Sends what is queued, waits, and fetches the captured bytes into quorinibuf2: `count` bytes, the
-/// end mark included. False when the bulk read failed or was stopped.
-[[nodiscard]] bool FetchCaptures(Run& run, std::int32_t count);
+/// Sends what is queued, waits `wait_ms` milliseconds, and fetches the captured bytes into
+/// quorinibuf2: `count` bytes, the end mark included. False when the bulk read failed or was
+/// stopped.
+[[nodiscard]] bool FetchCaptures(Run& run, std::int32_t count, std::int32_t wait_ms = 100);
+
+/// How the captured bytes of a family come: the programmer takes the first bit for bit 7.
+enum class BitOrder : std::uint8_t { kHighFirst, kLowFirst };
 
 /// Hands bytes 0 to `last` of quorinibuf2 over, the first at image address `image`. False when the
 /// programmer ended the pass.
-[[nodiscard]] bool HandOver(Run& run, std::int32_t last, std::int32_t image, std::int16_t mode);
+[[nodiscard]] bool HandOver(Run& run, std::int32_t last, std::int32_t image, std::int16_t mode,
+                            BitOrder order = BitOrder::kHighFirst);
 
 /// Fetches a block of `bytes` captured bytes and hands it over, the first at image address `image`.
 /// A fetch that fails ends the pass only after a stop; otherwise what quorinibuf2 holds goes to the
 /// judgement all the same. False when the pass is over.
 [[nodiscard]] bool FetchAndHandOver(Run& run, std::int32_t count, std::int64_t bytes,
-                                    std::int64_t image, std::int16_t mode);
+                                    std::int64_t image, std::int16_t mode,
+                                    BitOrder order = BitOrder::kHighFirst);
 
 /// Throws std::length_error for a memory beyond kBlockBytes, in a family that reads it in one
 /// block: what lies beyond would never be read.

@@ -4,6 +4,7 @@
 #include <array>
 #include <string_view>
 
+#include "families/avr_jtag.h"
 #include "families/serial_isp.h"
 #include "families/serial_page.h"
 #include "usb/notes.h"
@@ -52,6 +53,10 @@ constexpr std::array kFamilies{
   FamilyRoutines{1,     ispFam1ReadPass, ispFam1Program, LockLevels<0>, LockLevels<1>, LockLevels<2>, ispFam1Op11},
   FamilyRoutines{2,     ispFam2ReadPass, ispFam2Program, Fam2Lock<3>,   Fam2Lock<1>,   Fam2Lock<0>,   ispFam2Op11},
   FamilyRoutines{3,     ispFam3ReadPass, ispFam3Program, LockBits<2>,   LockBits<0>,   ispFam3Op10,   nullptr},
+  FamilyRoutines{4,     jtagAReadPass,   jtagAProgram,    jtagAErase,    jtagWriteConfig, nullptr,     nullptr},
+  FamilyRoutines{5,     jtagBReadPass,   jtagBProgram,    jtagBErase,    jtagWriteConfig, nullptr,     nullptr},
+  FamilyRoutines{6,     jtagBReadPass,   jtagBProgram,    jtagBErase,    jtagWriteConfig, nullptr,     nullptr},
+  FamilyRoutines{7,     jtagBReadPass,   jtagBProgram,    jtagBErase,    jtagWriteConfig, nullptr,     nullptr},
   FamilyRoutines{13,    dataOp13,        program13,      erase13,       WriteConfig<config13>, nullptr, nullptr},
   FamilyRoutines{14,    dataOp14,        program14,      erase14,       WriteConfig<config14>, nullptr, nullptr},
   FamilyRoutines{15,    dataOp15,        program15,      erase15,       WriteConfig<config15>, nullptr, nullptr},

@@ -9,6 +9,7 @@
 #include "platform/desktop.h"
 #include "platform/form.h"
 #include "shared/shared_variables.h"
+#include "usb/line_fields.h"
 #include "usb/programmer.h"
 
 namespace fliglaf {
@@ -46,6 +47,8 @@ class Run {
   platform::Form& window;
   /// Timer2: writes result::kTimeOut when a bulk read takes too long.
   platform::Timer& watchdog;
+
+  JtagLines jtag;
 
   /// First and last device address of the operation.
   std::int32_t RangeStart = 0;

@@ -3,6 +3,7 @@
 #include <array>
 #include <string>
 
+#include "families/avr_jtag.h"
 #include "families/serial_isp.h"
 #include "families/serial_lines.h"
 #include "families/serial_page.h"
@@ -28,6 +29,11 @@ Signature ReadSignature(Run& run) {
     case 13:
     case 14:
       return serial::WordFamilySignature(run);
+    case 4:
+    case 5:
+    case 6:
+    case 7:
+      return avrJtagSignature(run);
     case 15:
       return fam15Signature(run);
     default:
