@@ -37,9 +37,23 @@ std::vector<ConfigByte> PageFamilyBytes(const DeviceProfile& device) {
   return bytes;
 }
 
+/// Bit 6 of the high fuses, which keeps the interface open, is not the user's to choose.
+std::vector<ConfigByte> AvrJtagBytes(const DeviceProfile& device) {
+  const std::int32_t start = 2 * device.size - 32;
+  std::vector<ConfigByte> bytes{{"low", start, 0xFF, true},
+                                {"calibration", start + 1, 0xFF, false},
+                                {"high", start + 2, 0xBF, true},
+                                {"lock", start + 3, 0x3F, true}};
+  if (device.option != 6) bytes.push_back({"extended", start + 4, 0xFF, true});
+  return bytes;
+}
+
+bool IsAvrJtag(const DeviceProfile& device) { return device.family >= 4 && device.family <= 7; }
+
 }  // namespace
 
 std::vector<ConfigByte> ConfigBytesOf(const DeviceProfile& device) {
+  if (IsAvrJtag(device)) return AvrJtagBytes(device);
   switch (device.family) {
     case 13:
     case 14:
@@ -51,7 +65,9 @@ std::vector<ConfigByte> ConfigBytesOf(const DeviceProfile& device) {
   }
 }
 
-bool ReadsConfig(const DeviceProfile& device) { return device.family == 13 || device.family == 14; }
+bool ReadsConfig(const DeviceProfile& device) {
+  return IsAvrJtag(device) || device.family == 13 || device.family == 14;
+}
 
 std::span<const ConfigHazard> ConfigHazardsOf(const DeviceProfile& device) {
   switch (device.family) {

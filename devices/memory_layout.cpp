@@ -21,6 +21,13 @@ MemoryLayout LayoutOf(const DeviceProfile& device) {
       return DataAfter(device.size - device.data_size, device.data_size);
     case 3:  // two bytes of the data memory take the place of a word
       return DataAfter(2 * (device.size - kConfigWords) - device.data_size, device.data_size);
+    case 4:
+    case 5:
+    case 6:
+    case 7: {  // a word of the data memory takes the place of one of the flash
+      const std::int32_t data_bytes = 2 * device.data_size;
+      return DataAfter(2 * (device.size - kConfigWords) - data_bytes, data_bytes);
+    }
     case 13:
     case 14:  // a byte of the data memory takes the place of a word
       return DataAfter(2 * (device.size - kConfigWords - device.data_size), device.data_size);

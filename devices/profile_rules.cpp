@@ -55,6 +55,14 @@ bool IsSerialPage(const DeviceProfile& device) {
   return device.family == 13 || device.family == 14;
 }
 
+bool IsAvrJtag(const DeviceProfile& device) { return device.family >= 4 && device.family <= 7; }
+
+bool WholeBlocks(std::int32_t bytes) {
+  constexpr std::int32_t kBlock = 16'384;
+  constexpr std::int32_t kLargest = 131'072;  // 16 address bits, words
+  return bytes >= kBlock && bytes <= kLargest && bytes % kBlock == 0;
+}
+
 /// A memory that a family fetches in one transfer; more would never be read.
 constexpr std::int32_t kOneTransfer = 16'384;
 
@@ -95,6 +103,11 @@ constexpr std::array kRules{
     ProfileRule{0, "page", [](D d) { return !IsSerialPage(d) || (std::has_single_bit(static_cast<unsigned>(d.page)) && d.page <= 256); }, "right is 1, 2, 4, ... 256 words in families 13 and 14"},
     ProfileRule{0, "page", [](D d) { return !IsSerialPage(d) || FlashIsWholePages(d); }, "has to divide the flash into whole pages in families 13 and 14"},
     ProfileRule{0, "retries", [](D d) { return !IsSerialPage(d) || d.retries >= 1; }, "right is 1 or more in families 13 and 14, the attempts at the programming enable"},
+    ProfileRule{0, "option", [](D d) { return !IsAvrJtag(d) || (d.option >= 4 && d.option <= 8); }, "right is 4 to 8 in families 4 to 7"},
+    ProfileRule{0, "image_bytes", [](D d) { return !IsAvrJtag(d) || (d.address_bytes == 2 && d.image_bytes == 2 * d.size); }, "right is twice 'size' in families 4 to 7, with 'address_bytes' 2"},
+    ProfileRule{0, "data_size", [](D d) { return !IsAvrJtag(d) || LayoutOf(d).data_bytes <= kOneTransfer; }, "cannot be more than 8192 words in families 4 to 7, which read the EEPROM in one transfer"},
+    ProfileRule{0, "size", [](D d) { return !IsAvrJtag(d) || WholeBlocks(LayoutOf(d).main_bytes); }, "right is the flash words, those of the EEPROM, and 16 in families 4 to 7, which read the flash in blocks of 8192 words: 1 to 8 of them"},
+    ProfileRule{0, "page", [](D d) { return !IsAvrJtag(d) || (std::has_single_bit(static_cast<unsigned>(d.page)) && d.page >= 16 && d.page <= 256); }, "right is 16, 32, ... 256 words in families 4 to 7"},
     ProfileRule{15, "image_bytes", [](D d) { return d.image_bytes == d.size; }, "right is 'size' in family 15, with 'address_bytes' 1"},
     ProfileRule{15, "size", [](D d) { return LayoutOf(d).main_bytes > 0; }, "right is the flash bytes and 32 more in family 15"},
     ProfileRule{15, "size", [](D d) { return LayoutOf(d).main_bytes <= kOneTransfer; }, "makes more than 16384 bytes of flash; family 15 reads it in one transfer, which holds no more"},

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "simulator/chips/avr_jtag_chip.h"
 #include "simulator/chips/framed_page_chip.h"
 #include "simulator/chips/isp51_chip.h"
 #include "simulator/chips/isp51_data_chip.h"
@@ -65,6 +66,23 @@ std::unique_ptr<Chip> MakeFramedPageChip(const ChipDescription& description, con
                              .chip_erase = description.erase_ms * Clock::kMillisecond});
 }
 
+std::unique_ptr<Chip> MakeAvrJtagChip(const ChipDescription& description, const Clock& clock) {
+  constexpr std::uint8_t kTwoFuseBytes = 6;
+  return std::make_unique<AvrJtagChip>(
+      clock, kJtagWiring,
+      AvrJtagModel{.flash_bytes = description.flash_bytes,
+                   .page_bytes = description.page_bytes,
+                   .eeprom_bytes = description.eeprom_bytes,
+                   .eeprom_page_bytes = std::max<std::size_t>(description.page_bytes / 32, 1),
+                   .long_page_register = description.family != 4,
+                   .extended_fuses = description.option != kTwoFuseBytes,
+                   .signature = description.signature,
+                   .page_write = description.page_write_us * Clock::kMicrosecond,
+                   .eeprom_write = description.eeprom_write_us * Clock::kMicrosecond,
+                   .config_write = description.config_write_us * Clock::kMicrosecond,
+                   .chip_erase = description.erase_ms * Clock::kMillisecond});
+}
+
 std::unique_ptr<Chip> MakeChip(const ChipDescription& description, const Clock& clock) {
   switch (description.family) {
     case 1:
@@ -77,6 +95,11 @@ std::unique_ptr<Chip> MakeChip(const ChipDescription& description, const Clock& 
       return MakeIsp51DataChip(description, clock);
     case 3:
       return MakeSerialWordChip(description, clock);
+    case 4:
+    case 5:
+    case 6:
+    case 7:
+      return MakeAvrJtagChip(description, clock);
     case 13:
     case 14:
       return MakeSerialPageChip(description, clock);
@@ -91,7 +114,7 @@ std::unique_ptr<Chip> MakeChip(const ChipDescription& description, const Clock& 
 }  // namespace
 
 bool Bench::Supports(std::uint8_t family) {
-  constexpr std::uint8_t kFamilies[] = {1, 2, 3, 13, 14, 15};
+  constexpr std::uint8_t kFamilies[] = {1, 2, 3, 4, 5, 6, 7, 13, 14, 15};
   return std::ranges::find(kFamilies, family) != std::end(kFamilies);
 }
 

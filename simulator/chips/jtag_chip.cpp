@@ -22,7 +22,7 @@ void JtagChip::Observe(Lines levels) {
   }
   const Lines changed = levels ^ seen_;
   seen_ = levels;
-  if ((changed & wiring_.tck) == 0 || !powered_) return;
+  if ((changed & wiring_.tck) == 0 || !powered_ || !listens_) return;
   if ((levels & wiring_.tck) != 0) {
     Rise((levels & wiring_.tms) != 0, (levels & wiring_.tdi) != 0);
   } else {

@@ -49,6 +49,9 @@ class JtagChip : public Chip {
   /// next.
   virtual std::uint8_t TakeByte(std::uint8_t byte) { return byte; }
 
+  /// Whether the port works at all.
+  void Listen(bool listens) { listens_ = listens; }
+
   [[nodiscard]] std::uint32_t instruction() const { return instruction_; }
   [[nodiscard]] const Clock& clock() const { return clock_; }
 
@@ -69,6 +72,7 @@ class JtagChip : public Chip {
   TapState state_ = TapState::kTestLogicReset;
   Lines seen_ = 0;
   bool powered_ = false;
+  bool listens_ = true;
   DataRegister data_;
   int stream_clocks_ = 0;
   std::uint32_t instruction_shift_ = 0;

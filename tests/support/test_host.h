@@ -51,6 +51,10 @@ class Tap : public ForwardingProgrammer {
   std::int32_t WriteLatch(std::int32_t value, std::uint8_t latch) override {
     return Pass({"WriteLatch", value, latch}) ? next().WriteLatch(value, latch) : 0;
   }
+  std::int32_t QueueRegisterWrite(std::int32_t value, std::uint8_t number) override {
+    return Pass({"QueueRegisterWrite", value, number}) ? next().QueueRegisterWrite(value, number)
+                                                       : 0;
+  }
   std::int32_t ShortDelay(std::int32_t microseconds) override {
     return Pass({"ShortDelay", microseconds, 0}) ? next().ShortDelay(microseconds) : 0;
   }
