@@ -14,7 +14,8 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 constexpr std::string_view kDefaults = R"([defaults]
-family = 4
+family = 16
+option = 16
 description = "a part"
 address_bytes = 2
 size = 4096
@@ -42,7 +43,7 @@ TEST(DeviceCatalogue, DevicesInheritTheDefaultsAndReplaceThem) {
                 "parts.toml");
   const DeviceProfile* plain = catalogue.Find("plain");
   ASSERT_NE(plain, nullptr);
-  EXPECT_EQ(plain->family, 4);
+  EXPECT_EQ(plain->family, 16);
   EXPECT_EQ(plain->supply, 330);
   EXPECT_EQ(plain->image_bytes, 8192) << "two bytes at each address";
   EXPECT_EQ(plain->range, (AddressRange{0, 4095}));
@@ -114,7 +115,7 @@ TEST_F(Folder, AddsItsProfilesByFileName) {
   std::string added;
   for (const DeviceProfile& device : catalogue.all().subspan(built_in)) added += device.name;
   EXPECT_EQ(added, "abcd");
-  EXPECT_EQ(catalogue.Find("b")->source, (path_ / "b.toml").string() + ":16");
+  EXPECT_EQ(catalogue.Find("b")->source, (path_ / "b.toml").string() + ":17");
 }
 
 TEST_F(Folder, IsTakenAsAWholeOrNotAtAll) {
@@ -123,10 +124,10 @@ TEST_F(Folder, IsTakenAsAWholeOrNotAtAll) {
   Write("a.toml", std::string(kDefaults) + Device("twice"));
   Write("b.toml", std::string(kDefaults) + Device("single") + Device("Twice"));
   const std::string refusal = Refusal(catalogue);
-  EXPECT_THAT(refusal, HasSubstr("b.toml:18: field 'name' is 'Twice'"));
-  EXPECT_THAT(refusal, HasSubstr("a.toml:16"));
+  EXPECT_THAT(refusal, HasSubstr("b.toml:19: field 'name' is 'Twice'"));
+  EXPECT_THAT(refusal, HasSubstr("a.toml:17"));
   Write("a.toml", std::string(kDefaults) + Device("twice") + Device("TWICE"));
-  EXPECT_THAT(Refusal(catalogue), HasSubstr("a.toml:18: field 'name' is 'TWICE'"));
+  EXPECT_THAT(Refusal(catalogue), HasSubstr("a.toml:19: field 'name' is 'TWICE'"));
   Write("a.toml", std::string(kDefaults) + Device("twice"));
   std::filesystem::create_symlink(path_ / "gone", path_ / "aa.toml");
   EXPECT_THAT(Refusal(catalogue), HasSubstr("aa.toml: the device profile cannot be read"));
