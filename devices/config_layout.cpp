@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "devices/memory_layout.h"
+
 namespace fliglaf {
 namespace {
 
@@ -48,12 +50,23 @@ std::vector<ConfigByte> AvrJtagBytes(const DeviceProfile& device) {
   return bytes;
 }
 
+/// The two bytes behind the main memory. Family 11 has no operation that writes them.
+std::vector<ConfigByte> FlashRegisterBytes(const DeviceProfile& device) {
+  const std::int32_t start = LayoutOf(device).main_bytes;
+  return {{"write-lock", start, 0xFF, true}, {"read-lock", start + 1, 0xFF, true}};
+}
+
+bool IsFlashRegister(const DeviceProfile& device) {
+  return device.family >= 8 && device.family <= 11;
+}
+
 bool IsAvrJtag(const DeviceProfile& device) { return device.family >= 4 && device.family <= 7; }
 
 }  // namespace
 
 std::vector<ConfigByte> ConfigBytesOf(const DeviceProfile& device) {
   if (IsAvrJtag(device)) return AvrJtagBytes(device);
+  if (IsFlashRegister(device)) return FlashRegisterBytes(device);
   switch (device.family) {
     case 13:
     case 14:
@@ -66,7 +79,7 @@ std::vector<ConfigByte> ConfigBytesOf(const DeviceProfile& device) {
 }
 
 bool ReadsConfig(const DeviceProfile& device) {
-  return IsAvrJtag(device) || device.family == 13 || device.family == 14;
+  return IsAvrJtag(device) || IsFlashRegister(device) || device.family == 13 || device.family == 14;
 }
 
 std::span<const ConfigHazard> ConfigHazardsOf(const DeviceProfile& device) {

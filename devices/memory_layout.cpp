@@ -28,6 +28,15 @@ MemoryLayout LayoutOf(const DeviceProfile& device) {
       const std::int32_t data_bytes = 2 * device.data_size;
       return DataAfter(2 * (device.size - kConfigWords) - data_bytes, data_bytes);
     }
+    case 8:
+    case 9:
+    case 10:
+    case 11: {  // two lock bytes and a page lie between
+      const std::int32_t second = device.size - device.data_size;
+      return {.main_bytes = second - device.page - 2,
+              .data_start = second,
+              .data_bytes = device.data_size};
+    }
     case 13:
     case 14:  // a byte of the data memory takes the place of a word
       return DataAfter(2 * (device.size - kConfigWords - device.data_size), device.data_size);

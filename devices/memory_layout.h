@@ -10,7 +10,7 @@ namespace fliglaf {
 /// of them is configuration or is not used.
 struct MemoryLayout {
   std::int32_t main_bytes = 0;
-  std::int32_t data_start = 0;  ///< of the data EEPROM
+  std::int32_t data_start = 0;  ///< of the data EEPROM, or of a second area of flash
   std::int32_t data_bytes = 0;  ///< 0: the device has none
 };
 

@@ -57,6 +57,27 @@ bool IsSerialPage(const DeviceProfile& device) {
 
 bool IsAvrJtag(const DeviceProfile& device) { return device.family >= 4 && device.family <= 7; }
 
+bool IsFlashRegister(const DeviceProfile& device) {
+  return device.family >= 8 && device.family <= 11;
+}
+
+/// Options of families 8 to 11: the lines, and for 15 the wider registers.
+constexpr std::uint8_t kWideOption = 15;
+bool HasLines(const DeviceProfile& device) {
+  return (device.option >= 11 && device.option <= kWideOption) ||
+         (device.option >= 22 && device.option <= 24);
+}
+
+bool AddressesReach(const DeviceProfile& device) {
+  const std::int32_t reach = device.option == kWideOption ? 0x2'0000 : 0x1'0000;
+  return device.size - (device.family >= 10 ? device.data_size : 0) <= reach;
+}
+
+bool MainIsWholePages(const DeviceProfile& device) {
+  return device.page > 0 && LayoutOf(device).main_bytes > 0 &&
+         (device.size - device.data_size) % device.page == 0;
+}
+
 bool WholeBlocks(std::int32_t bytes) {
   constexpr std::int32_t kBlock = 16'384;
   constexpr std::int32_t kLargest = 131'072;  // 16 address bits, words
@@ -108,6 +129,14 @@ constexpr std::array kRules{
     ProfileRule{0, "data_size", [](D d) { return !IsAvrJtag(d) || LayoutOf(d).data_bytes <= kOneTransfer; }, "cannot be more than 8192 words in families 4 to 7, which read the EEPROM in one transfer"},
     ProfileRule{0, "size", [](D d) { return !IsAvrJtag(d) || WholeBlocks(LayoutOf(d).main_bytes); }, "right is the flash words, those of the EEPROM, and 16 in families 4 to 7, which read the flash in blocks of 8192 words: 1 to 8 of them"},
     ProfileRule{0, "page", [](D d) { return !IsAvrJtag(d) || (std::has_single_bit(static_cast<unsigned>(d.page)) && d.page >= 16 && d.page <= 256); }, "right is 16, 32, ... 256 words in families 4 to 7"},
+    ProfileRule{0, "option", [](D d) { return !IsFlashRegister(d) || HasLines(d); }, "right is 11 to 15 or 22 to 24 in families 8 to 11"},
+    ProfileRule{8, "option", [](D d) { return d.option != kWideOption; }, "right is 11 to 14 or 22 to 24 in family 8, which writes addresses of 16 bits"},
+    ProfileRule{9, "option", [](D d) { return d.option != kWideOption; }, "right is 11 to 14 or 22 to 24 in family 9, which writes addresses of 16 bits"},
+    ProfileRule{0, "image_bytes", [](D d) { return !IsFlashRegister(d) || d.image_bytes == d.size; }, "right is 'size' in families 8 to 11, with 'address_bytes' 1"},
+    ProfileRule{0, "size", [](D d) { return !IsFlashRegister(d) || MainIsWholePages(d); }, "less 'data_size' right is two pages or more in families 8 to 11, the last but one with the lock bytes"},
+    ProfileRule{0, "size", [](D d) { return !IsFlashRegister(d) || AddressesReach(d); }, "right is up to 65536 in families 8 and 9, as in 10 and 11 without 'data_size'; with option 15 these have up to 131072"},
+    ProfileRule{9, "size", [](D d) { return LayoutOf(d).main_bytes <= kOneTransfer; }, "makes more than 16384 bytes of main array; family 9 reads it in one transfer, which holds no more"},
+    ProfileRule{0, "data_size", [](D d) { return !IsFlashRegister(d) || d.data_size <= d.page; }, "cannot be more than 'page' in families 8 to 11, which erase the second area as one page"},
     ProfileRule{15, "image_bytes", [](D d) { return d.image_bytes == d.size; }, "right is 'size' in family 15, with 'address_bytes' 1"},
     ProfileRule{15, "size", [](D d) { return LayoutOf(d).main_bytes > 0; }, "right is the flash bytes and 32 more in family 15"},
     ProfileRule{15, "size", [](D d) { return LayoutOf(d).main_bytes <= kOneTransfer; }, "makes more than 16384 bytes of flash; family 15 reads it in one transfer, which holds no more"},

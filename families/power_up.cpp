@@ -4,6 +4,7 @@
 #include <array>
 
 #include "families/avr_jtag.h"
+#include "families/flash_register.h"
 #include "families/serial_entry.h"
 #include "families/serial_page_entry.h"
 
@@ -21,11 +22,13 @@ struct FamilyEntry {
 };
 
 constexpr std::array kEntries{
-    FamilyEntry{1, enterIspFam1},     FamilyEntry{2, enterIspFam2},
-    FamilyEntry{3, enterIspFam3},     FamilyEntry{4, enterAvrJtag},
-    FamilyEntry{5, enterAvrJtag},     FamilyEntry{6, enterAvrJtag},
-    FamilyEntry{7, enterAvrJtag},     FamilyEntry{13, enterSerialPage},
-    FamilyEntry{14, enterSerialPage}, FamilyEntry{15, enterFramedPage},
+    FamilyEntry{1, enterIspFam1},        FamilyEntry{2, enterIspFam2},
+    FamilyEntry{3, enterIspFam3},        FamilyEntry{4, enterAvrJtag},
+    FamilyEntry{5, enterAvrJtag},        FamilyEntry{6, enterAvrJtag},
+    FamilyEntry{7, enterAvrJtag},        FamilyEntry{8, enterFlashRegister},
+    FamilyEntry{9, enterFlashRegister},  FamilyEntry{10, enterFlashRegister},
+    FamilyEntry{11, enterFlashRegister}, FamilyEntry{13, enterSerialPage},
+    FamilyEntry{14, enterSerialPage},    FamilyEntry{15, enterFramedPage},
 };
 
 void EnterProgrammingMode(Run& run) {

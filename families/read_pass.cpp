@@ -25,6 +25,11 @@ void ProgressAt(Run& run, std::int64_t address) {
   run.Progress(address - first, run.vars.quorintlength[0] - first + 1);
 }
 
+bool GoesOn(Run& run, std::int64_t address) {
+  ProgressAt(run, address);
+  return !run.stopped();
+}
+
 void ArmCapture(Run& run) { run.SendPacket({0x0A, 0x10, 0x40}, kShortPacket); }
 
 bool FetchCaptures(Run& run, std::int32_t count, std::int32_t wait_ms) {

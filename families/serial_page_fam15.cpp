@@ -62,8 +62,7 @@ bool ReadCode(Run& run, std::int16_t mode) {
     QueuePageInstruction(run, kReadPage, page);
     for (std::int64_t i = 0; i < PageBytes(run); ++i) QueueCapture(run);
     QueueRelease(run);
-    ProgressAt(run, page);
-    if (run.stopped()) return false;
+    if (!GoesOn(run, page)) return false;
   }
   return FetchAndHandOver(run, kBlockAndEndMark, CodeBytes(run), 0, mode);
 }
@@ -76,8 +75,7 @@ bool WriteCode(Run& run) {
     }
     QueueRelease(run);
     run.io.QueueDelay(run.WriteTime(1));
-    ProgressAt(run, page);
-    if (run.stopped()) return false;
+    if (!GoesOn(run, page)) return false;
   }
   return true;
 }

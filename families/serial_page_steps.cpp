@@ -39,12 +39,6 @@ void RequireReadable(const Run& run) {
   RequireOneBlock(EepromBytes(run));
 }
 
-/// Writes the progress; false when the operation is to stop.
-bool GoesOn(Run& run, std::int64_t address) {
-  ProgressAt(run, address);
-  return !run.stopped();
-}
-
 void QueueAddressed(Run& run, std::uint8_t instruction, std::int64_t address) {
   QueueSend(run, instruction);
   QueueSend(run, static_cast<std::uint8_t>(address >> 8));

@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "simulator/chips/avr_jtag_chip.h"
+#include "simulator/chips/flash_register_chip.h"
 #include "simulator/chips/framed_page_chip.h"
 #include "simulator/chips/isp51_chip.h"
 #include "simulator/chips/isp51_data_chip.h"
@@ -83,6 +84,34 @@ std::unique_ptr<Chip> MakeAvrJtagChip(const ChipDescription& description, const 
                    .chip_erase = description.erase_ms * Clock::kMillisecond});
 }
 
+const JtagWiring& FlashRegisterWiring(std::uint8_t option) {
+  switch (option) {
+    case 22:
+      return kJtagWiring22;
+    case 23:
+      return kJtagWiring23;
+    case 24:
+      return kJtagWiring24;
+    default:
+      return kJtagWiring;
+  }
+}
+
+std::unique_ptr<Chip> MakeFlashRegisterChip(const ChipDescription& description,
+                                            const Clock& clock) {
+  constexpr std::uint8_t kSetB = 15;
+  return std::make_unique<FlashRegisterChip>(
+      clock, FlashRegisterWiring(description.option),
+      FlashRegisterModel{.main_bytes = description.flash_bytes,
+                         .page_bytes = description.page_bytes,
+                         .second_bytes = description.eeprom_bytes,
+                         .second_apart = description.family >= 10,
+                         .wide = description.option == kSetB,
+                         .signature = description.signature,
+                         .byte_write = description.byte_write_us * Clock::kMicrosecond,
+                         .page_erase = description.erase_ms * Clock::kMillisecond});
+}
+
 std::unique_ptr<Chip> MakeChip(const ChipDescription& description, const Clock& clock) {
   switch (description.family) {
     case 1:
@@ -100,6 +129,11 @@ std::unique_ptr<Chip> MakeChip(const ChipDescription& description, const Clock& 
     case 6:
     case 7:
       return MakeAvrJtagChip(description, clock);
+    case 8:
+    case 9:
+    case 10:
+    case 11:
+      return MakeFlashRegisterChip(description, clock);
     case 13:
     case 14:
       return MakeSerialPageChip(description, clock);
@@ -114,7 +148,7 @@ std::unique_ptr<Chip> MakeChip(const ChipDescription& description, const Clock& 
 }  // namespace
 
 bool Bench::Supports(std::uint8_t family) {
-  constexpr std::uint8_t kFamilies[] = {1, 2, 3, 4, 5, 6, 7, 13, 14, 15};
+  constexpr std::uint8_t kFamilies[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 13, 14, 15};
   return std::ranges::find(kFamilies, family) != std::end(kFamilies);
 }
 

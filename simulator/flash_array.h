@@ -34,6 +34,12 @@ class FlashArray {
   /// What an EEPROM does with a byte: erases its cell first.
   void Rewrite(std::uint32_t address, std::uint8_t byte) { cells_[address % cells_.size()] = byte; }
   void Erase() { std::ranges::fill(cells_, kErased); }
+  /// `count` bytes from `first` on, of those that there are.
+  void Erase(std::size_t first, std::size_t count) {
+    const auto end =
+        cells_.begin() + static_cast<std::ptrdiff_t>(std::min(first + count, cells_.size()));
+    std::fill(cells_.begin() + static_cast<std::ptrdiff_t>(first), end, kErased);
+  }
   void Break(const StuckBit& stuck) { stuck_.push_back(stuck); }
 
   [[nodiscard]] std::span<std::uint8_t> cells() { return cells_; }

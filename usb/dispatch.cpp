@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "families/avr_jtag.h"
+#include "families/flash_register.h"
 #include "families/serial_isp.h"
 #include "families/serial_page.h"
 #include "usb/notes.h"
@@ -57,6 +58,10 @@ constexpr std::array kFamilies{
   FamilyRoutines{5,     jtagBReadPass,   jtagBProgram,    jtagBErase,    jtagWriteConfig, nullptr,     nullptr},
   FamilyRoutines{6,     jtagBReadPass,   jtagBProgram,    jtagBErase,    jtagWriteConfig, nullptr,     nullptr},
   FamilyRoutines{7,     jtagBReadPass,   jtagBProgram,    jtagBErase,    jtagWriteConfig, nullptr,     nullptr},
+  FamilyRoutines{8,     flashDataOp8,    flashProgram8,   flashErase8,   flashWriteLock,  nullptr,     nullptr},
+  FamilyRoutines{9,     flashDataOp9,    flashProgram9,   flashErase9,   flashWriteLock,  nullptr,     nullptr},
+  FamilyRoutines{10,    flashDataOp10,   flashProgram10,  flashErase10,  flashWriteLock,  nullptr,     nullptr},
+  FamilyRoutines{11,    flashDataOp10,   flashProgram10,  flashErase10,  nullptr,         nullptr,     nullptr},
   FamilyRoutines{13,    dataOp13,        program13,      erase13,       WriteConfig<config13>, nullptr, nullptr},
   FamilyRoutines{14,    dataOp14,        program14,      erase14,       WriteConfig<config14>, nullptr, nullptr},
   FamilyRoutines{15,    dataOp15,        program15,      erase15,       WriteConfig<config15>, nullptr, nullptr},

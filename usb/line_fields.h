@@ -32,4 +32,14 @@ struct JtagLines {
   }
 };
 
+/// The instructions that select the four flash registers of families 8 to 11.
+struct FlashRegs {
+  std::int32_t regControl = 0;
+  std::int32_t regData = 0;
+  std::int32_t regAddress = 0;
+  std::int32_t regScale = 0;
+  /// Bits of an address.
+  std::int16_t addressWidth = 0;
+};
+
 }  // namespace fliglaf

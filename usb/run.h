@@ -49,6 +49,7 @@ class Run {
   platform::Timer& watchdog;
 
   JtagLines jtag;
+  FlashRegs flash;
 
   /// First and last device address of the operation.
   std::int32_t RangeStart = 0;

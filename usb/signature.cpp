@@ -4,6 +4,7 @@
 #include <string>
 
 #include "families/avr_jtag.h"
+#include "families/flash_register.h"
 #include "families/serial_isp.h"
 #include "families/serial_lines.h"
 #include "families/serial_page.h"
@@ -34,6 +35,11 @@ Signature ReadSignature(Run& run) {
     case 6:
     case 7:
       return avrJtagSignature(run);
+    case 8:
+    case 9:
+    case 10:
+    case 11:
+      return flashRegisterSignature(run);
     case 15:
       return fam15Signature(run);
     default:
