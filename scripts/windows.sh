@@ -29,8 +29,21 @@ mirror() {
     2>/dev/null | grep -oE 'http[^ ]*/debian/?$' | head -n 1
 }
 
+# Tried with a program that does nothing but end.
+runs_32_bit_programs() {
+  local place
+  place=$(mktemp -d)
+  # shellcheck disable=SC2016
+  printf '.globl _start\n_start: movl $1, %%eax\nxorl %%ebx, %%ebx\nint $0x80\n' |
+    as --32 -o "$place/end.o" - && ld -m elf_i386 -o "$place/end" "$place/end.o" && "$place/end" 2>/dev/null
+  local status=$?
+  rm -rf "$place"
+  return $status
+}
+
 # In the root wine is a link that leads nowhere outside it.
 if [ ! -L "$FLIGLAF_WINE_ROOT/usr/bin/wine" ]; then
+  runs_32_bit_programs || skip "this machine's kernel runs no 32-bit programs"
   need_packages debootstrap
   new=$FLIGLAF_WINE_ROOT.new
   rm -rf "$new"
@@ -58,6 +71,8 @@ case "${1:-}" in
     shift
     ;;
 esac
+
+runs_32_bit_programs || skip "this machine's kernel runs no 32-bit programs; the DLL is built"
 
 # Mounts in a name space of their own, which go with the script. What Wine leaves running must not
 # keep the caller's pipe open.
