@@ -77,3 +77,18 @@ record f13-one-fuse_config config fam13-one-fuse-tiny low=5A lock=FC --chip fam1
 record f14_config config fam14-tiny low=E2 high=DF extended=F9 lock=FC --chip fam14.chip
 record f15_config config fam15-tiny fuse=0A lock=02 --chip fam15.chip
 record f15_wrong_signature signature fam15-tiny --fault no-chip --on-mismatch abort
+
+# JTAG. What touches the flash of families 4 to 7 does so in blocks of 16 KiB, too long to be read.
+for family in fam4 fam5; do
+  record "${family/fam/f}_signature" signature $family-small --chip $family.chip
+done
+record f4_config config fam4-small low=E1 high=99 lock=FC --chip fam4.chip
+record f5_config config fam5-small low=E1 high=99 extended=FD lock=FC --chip fam5.chip
+for family in fam8 fam9 fam10; do head -c 14 image.bin >$family.bin; done
+head -c 8 other.bin >data.bin
+for family in fam8 fam9 fam10; do
+  family $family --eeprom data.bin
+  record "${family/fam/f}_config" config $family-tiny write-lock=F0 read-lock=FC --chip $family.chip
+done
+record f10_program_both_supplies program fam10-tiny fam10.bin --no-erase --margin 2 --no-signature \
+  --fault stuck=0.1=1
