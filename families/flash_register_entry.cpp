@@ -5,6 +5,7 @@
 #include "families/flash_register.h"
 #include "families/flash_register_access.h"
 #include "families/jtag_lines.h"
+#include "families/latches.h"
 
 namespace fliglaf {
 namespace {
@@ -22,11 +23,6 @@ constexpr FlashRegs kSetB{.regControl = 0x3082,
                           .regScale = 0x3085,
                           .addressWidth = 17};
 constexpr std::uint8_t kOptionOfSetB = 15;
-
-struct Latch {
-  std::uint8_t value;
-  std::uint8_t number;
-};
 
 constexpr std::array kLatchesPort0{Latch{0x02, 1}, Latch{0xA0, 0}};
 constexpr std::array kLatches22{Latch{0x40, 3}, Latch{0x08, 2}, Latch{0x00, 1}, Latch{0x02, 0}};
@@ -84,7 +80,7 @@ void LoadAssignment(Run& run) {
   if (found == kAssignments.end()) return;
   run.jtag = found->lines;
   if (option == kOptionOfSetB) run.flash = kSetB;
-  for (const Latch& latch : found->latches) run.io.WriteLatch(latch.value, latch.number);
+  WriteLatches(run, found->latches);
   run.io.DelayMs(100);
 }
 

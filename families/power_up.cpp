@@ -7,6 +7,7 @@
 #include "families/flash_register.h"
 #include "families/serial_entry.h"
 #include "families/serial_page_entry.h"
+#include "families/two_wire.h"
 
 namespace fliglaf {
 namespace {
@@ -27,8 +28,9 @@ constexpr std::array kEntries{
     FamilyEntry{5, enterAvrJtag},        FamilyEntry{6, enterAvrJtag},
     FamilyEntry{7, enterAvrJtag},        FamilyEntry{8, enterFlashRegister},
     FamilyEntry{9, enterFlashRegister},  FamilyEntry{10, enterFlashRegister},
-    FamilyEntry{11, enterFlashRegister}, FamilyEntry{13, enterSerialPage},
-    FamilyEntry{14, enterSerialPage},    FamilyEntry{15, enterFramedPage},
+    FamilyEntry{11, enterFlashRegister}, FamilyEntry{12, enterTwoWire12},
+    FamilyEntry{13, enterSerialPage},    FamilyEntry{14, enterSerialPage},
+    FamilyEntry{15, enterFramedPage},    FamilyEntry{16, enterTwoWire16},
 };
 
 void EnterProgrammingMode(Run& run) {

@@ -8,6 +8,7 @@
 #include "families/flash_register.h"
 #include "families/serial_isp.h"
 #include "families/serial_page.h"
+#include "families/two_wire.h"
 #include "usb/notes.h"
 #include "usb/operation.h"
 
@@ -62,9 +63,11 @@ constexpr std::array kFamilies{
   FamilyRoutines{9,     flashDataOp9,    flashProgram9,   flashErase9,   flashWriteLock,  nullptr,     nullptr},
   FamilyRoutines{10,    flashDataOp10,   flashProgram10,  flashErase10,  flashWriteLock,  nullptr,     nullptr},
   FamilyRoutines{11,    flashDataOp10,   flashProgram10,  flashErase10,  nullptr,         nullptr,     nullptr},
+  FamilyRoutines{12,    dataOp12,        program12,       erase12,       writeLock12,   nullptr,     nullptr},
   FamilyRoutines{13,    dataOp13,        program13,      erase13,       WriteConfig<config13>, nullptr, nullptr},
   FamilyRoutines{14,    dataOp14,        program14,      erase14,       WriteConfig<config14>, nullptr, nullptr},
   FamilyRoutines{15,    dataOp15,        program15,      erase15,       WriteConfig<config15>, nullptr, nullptr},
+  FamilyRoutines{16,    dataOp12,        program12,       erase12,       writeLock12,   nullptr,     nullptr},
 };
 // clang-format on
 

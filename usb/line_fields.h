@@ -32,6 +32,18 @@ struct JtagLines {
   }
 };
 
+/// Clock and data line of families 12 and 16, on the port of JtagLines and with its fixedBitsA: what
+/// a reset pulse drives.
+struct TwoWireLines {
+  /// What each line adds to the port: 0 or its bit.
+  std::uint8_t clockState = 0;
+  std::uint8_t dataState = 0;
+  std::uint8_t clockMask = 0;
+  std::uint8_t dataMask = 0;
+  /// Further bits of the port, of the options 30 and 31 only.
+  std::uint8_t extraBits = 0;
+};
+
 /// The instructions that select the four flash registers of families 8 to 11.
 struct FlashRegs {
   std::int32_t regControl = 0;

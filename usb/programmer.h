@@ -37,6 +37,9 @@ inline constexpr std::uint8_t kLastTwoBits = 0xC2;    ///< write: bits 7 and 6 o
 inline constexpr std::uint8_t kLastByte = 0xC4;       ///< write: one byte out, TMS high on bit 0
 inline constexpr std::uint8_t kTmsHighLow = 0xC5;     ///< write: two pulses, TMS high, then low
 inline constexpr std::uint8_t kTmsHighLowLow = 0xC6;  ///< write: three pulses, TMS high, low, low
+inline constexpr std::uint8_t kFrameIn = 0xC8;        ///< write 1: one byte in over the data line
+inline constexpr std::uint8_t kFrameBit = 0xC9;       ///< write: bit 7 out over the data line
+inline constexpr std::uint8_t kFrameByte = 0xCB;      ///< write: one byte out over it, bit 0 first
 }  // namespace reg
 
 /// Results of the start-up operations that callers test.

@@ -49,6 +49,7 @@ class Run {
   platform::Timer& watchdog;
 
   JtagLines jtag;
+  TwoWireLines two_wire;
   FlashRegs flash;
 
   /// First and last device address of the operation.

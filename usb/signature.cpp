@@ -8,6 +8,7 @@
 #include "families/serial_isp.h"
 #include "families/serial_lines.h"
 #include "families/serial_page.h"
+#include "families/two_wire.h"
 #include "resources/string_table.h"
 
 namespace fliglaf {
@@ -40,6 +41,8 @@ Signature ReadSignature(Run& run) {
     case 10:
     case 11:
       return flashRegisterSignature(run);
+    case 12:
+      return fam12Signature(run);
     case 15:
       return fam15Signature(run);
     default:
