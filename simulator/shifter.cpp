@@ -62,9 +62,9 @@ std::uint8_t Shifter::In(const ShifterBytes& bytes) {
 void Shifter::ClockBit(Wires::Register& line, const ShifterBytes& bytes, std::uint8_t high) {
   const auto low = static_cast<std::uint8_t>(bytes.fixed | high);
   line.Write(low);
-  clock_.Advance(kHalfBit);
+  clock_.Advance(kHalfBit - Wires::kPortWrite);
   line.Write(low | bytes.clock);
-  clock_.Advance(kHalfBit);
+  clock_.Advance(kHalfBit - Wires::kPortWrite);
 }
 
 }  // namespace fliglaf::simulator

@@ -31,7 +31,7 @@ SimulatedProgrammer::SimulatedProgrammer(Clock& clock, Socket& socket, std::int1
                                          const Defects& defects)
     : clock_(clock),
       socket_(socket),
-      wires_(socket),
+      wires_(clock, socket),
       shifter_(clock, wires_),
       instance_(instance),
       defects_(defects) {

@@ -2,16 +2,20 @@
 
 #include <cstdint>
 
+#include "simulator/clock.h"
 #include "simulator/lines.h"
 #include "simulator/socket.h"
 
 namespace fliglaf::simulator {
 
 /// The programmer's ports joined to the socket: every change of a port register is a change of
-/// lines that the chip sees at once.
+/// lines that the chip sees at once. A write then keeps the port for a while, so that no two of
+/// them fall on the same time: what is written first is set up for what comes after it.
 class Wires {
  public:
-  explicit Wires(Socket& socket) : socket_(socket) {}
+  static constexpr std::int64_t kPortWrite = 200;  ///< ns
+
+  Wires(Clock& clock, Socket& socket) : clock_(clock), socket_(socket) {}
 
   void Preset(bool high) {
     ports_.Preset(high);
@@ -30,6 +34,7 @@ class Wires {
     void Write(std::uint8_t value) {
       side_ = (side_ & ~all_) | (Lines{value} << shift_ & all_);
       wires_.Changed();
+      wires_.clock_.Advance(kPortWrite);
     }
 
    private:
@@ -51,6 +56,7 @@ class Wires {
  private:
   void Changed() { socket_.Observe(ports_.outputs() & ~ports_.inputs()); }
 
+  Clock& clock_;
   Socket& socket_;
   Ports ports_;
 };

@@ -103,7 +103,7 @@ class JtagLinesOfAChip : public testing::Test {
   Clock clock;
   Probe chip{clock};
   Socket socket{&chip, {.vcc = {}, .gnd = {}}};
-  Wires wires{socket};
+  Wires wires{clock, socket};
   Shifter shifter{clock, wires};
 };
 
