@@ -10,6 +10,7 @@
 #include "simulator/chips/isp51_data_chip.h"
 #include "simulator/chips/serial_page_chip.h"
 #include "simulator/chips/serial_word_chip.h"
+#include "simulator/chips/two_wire_chip.h"
 
 namespace fliglaf::simulator {
 namespace {
@@ -112,6 +113,30 @@ std::unique_ptr<Chip> MakeFlashRegisterChip(const ChipDescription& description,
                          .page_erase = description.erase_ms * Clock::kMillisecond});
 }
 
+std::unique_ptr<Chip> MakeTwoWireChip(const ChipDescription& description, const Clock& clock) {
+  const auto& [maker, device, revision] = description.signature;
+  return std::make_unique<TwoWireChip>(
+      clock, TwoWireWiringOf(description.family, description.option),
+      TwoWireModel{.flash_bytes = description.flash_bytes,
+                   .page_bytes = description.page_bytes,
+                   .device = device,
+                   .revision = revision,
+                   .byte_write = description.byte_write_us * Clock::kMicrosecond,
+                   .device_erase = description.erase_ms * Clock::kMillisecond});
+}
+
+/// The pins of the device, and those of the adapter that has a supply of its own.
+SupplyPins SupplyOf(const ChipDescription& description) {
+  constexpr std::uint8_t kTwoWire = 12;
+  constexpr std::uint8_t kAdapter = 23;
+  SupplyPins supply = description.supply;
+  if (description.family == kTwoWire && description.option == kAdapter) {
+    supply.vcc.push_back(0x77);
+    supply.gnd.insert(supply.gnd.end(), {0x76, 0x13});
+  }
+  return supply;
+}
+
 std::unique_ptr<Chip> MakeChip(const ChipDescription& description, const Clock& clock) {
   switch (description.family) {
     case 1:
@@ -134,6 +159,9 @@ std::unique_ptr<Chip> MakeChip(const ChipDescription& description, const Clock& 
     case 10:
     case 11:
       return MakeFlashRegisterChip(description, clock);
+    case 12:
+    case 16:
+      return MakeTwoWireChip(description, clock);
     case 13:
     case 14:
       return MakeSerialPageChip(description, clock);
@@ -147,16 +175,13 @@ std::unique_ptr<Chip> MakeChip(const ChipDescription& description, const Clock& 
 
 }  // namespace
 
-bool Bench::Supports(std::uint8_t family) {
-  constexpr std::uint8_t kFamilies[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 13, 14, 15};
-  return std::ranges::find(kFamilies, family) != std::end(kFamilies);
-}
+bool Bench::Supports(std::uint8_t family) { return family >= 1 && family <= 16; }
 
 Bench::Bench(const ChipDescription& description, std::int16_t instance, const Faults& faults,
              bool real_time)
     : clock_(real_time),
       chip_(MakeChip(description, clock_)),
-      socket_(faults.no_chip ? nullptr : chip_.get(), description.supply),
+      socket_(faults.no_chip ? nullptr : chip_.get(), SupplyOf(description)),
       programmer_(clock_, socket_, instance, faults.programmer) {
   if (faults.stuck_bit) chip_->Break(*faults.stuck_bit);
   if (faults.answer_stuck) socket_.StickAnswer(*faults.answer_stuck);

@@ -15,7 +15,7 @@ void Shifter::OutHighFirst(const ShifterBytes& bytes, std::uint8_t value) {
   for (int bit = kBitsOfAByte - 1; bit >= 0; --bit) {
     ClockBit(line, bytes, Data(bytes, (value >> bit & 1) != 0));
   }
-  line.Write(bytes.fixed);
+  Rest(line, bytes);
 }
 
 void Shifter::OutLowFirst(const ShifterBytes& bytes, std::uint8_t value) {
@@ -25,7 +25,7 @@ void Shifter::OutLowFirst(const ShifterBytes& bytes, std::uint8_t value) {
   for (int bit = 0; bit < count; ++bit) {
     ClockBit(line, bytes, Data(bytes, (value >> bit & 1) != 0));
   }
-  line.Write(bytes.fixed);
+  Rest(line, bytes);
 }
 
 void Shifter::OutLast(const ShifterBytes& bytes, std::uint8_t value, int count) {
@@ -35,14 +35,24 @@ void Shifter::OutLast(const ShifterBytes& bytes, std::uint8_t value, int count) 
     const bool last = bit == kBitsOfAByte - count;
     ClockBit(line, bytes, last ? data | bytes.mode_select : data);
   }
-  line.Write(bytes.fixed);
+  Rest(line, bytes);
 }
 
 void Shifter::Walk(const ShifterBytes& bytes, int low_pulses) {
   Wires::Register line(wires_, bytes.line_register);
   ClockBit(line, bytes, bytes.mode_select);
   for (int pulse = 0; pulse < low_pulses; ++pulse) ClockBit(line, bytes, 0);
-  line.Write(bytes.fixed);
+  Rest(line, bytes);
+}
+
+void Shifter::OutShared(const ShifterBytes& bytes, std::uint8_t value, int count) {
+  wires_.DriveInputs(LinesOf(bytes.line_register, bytes.data_out));
+  Wires::Register line(wires_, bytes.line_register);
+  for (int bit = 0; bit < count; ++bit) {
+    ClockBit(line, bytes, Data(bytes, (value >> bit & 1) != 0));
+  }
+  Rest(line, bytes);
+  wires_.DriveInputs(0);
 }
 
 std::uint8_t Shifter::In(const ShifterBytes& bytes) {
@@ -53,8 +63,13 @@ std::uint8_t Shifter::In(const ShifterBytes& bytes) {
     // The input as the clock has risen: the chip puts its next bit out when it falls.
     value = value << 1 | (wires_.Sample(bytes.line_register, bytes.data_in) ? 1U : 0U);
   }
-  line.Write(bytes.fixed);
+  Rest(line, bytes);
   return static_cast<std::uint8_t>(value);
+}
+
+/// The lines between two writes.
+void Shifter::Rest(Wires::Register& line, const ShifterBytes& bytes) {
+  line.Write(bytes.clock_rests_high == 1 ? bytes.fixed | bytes.clock : bytes.fixed);
 }
 
 /// One clock pulse with the lines `high` high, which leaves the clock high. They change while the

@@ -10,12 +10,12 @@ namespace fliglaf::simulator {
 
 /// How the shifter drives its lines: bytes 4 to 15 of the command buffer.
 struct ShifterBytes {
-  std::uint8_t line_register;  ///< 4
-  std::uint8_t byte5;
-  std::uint8_t clock;     ///< 6
-  std::uint8_t fixed;     ///< 7: bits that are high all the while
-  std::uint8_t data_in;   ///< 8: from the chip
-  std::uint8_t data_out;  ///< 9: to the chip
+  std::uint8_t line_register;     ///< 4
+  std::uint8_t clock_rests_high;  ///< 5: 1 when it does
+  std::uint8_t clock;             ///< 6
+  std::uint8_t fixed;             ///< 7: bits that are high all the while
+  std::uint8_t data_in;           ///< 8: from the chip
+  std::uint8_t data_out;          ///< 9: to the chip
   std::uint8_t byte10;
   std::uint8_t low_bits;  ///< 11: bits of a group that goes out bit 0 first
   std::uint8_t byte12;
@@ -40,10 +40,13 @@ class Shifter {
   void OutLast(const ShifterBytes& bytes, std::uint8_t value, int count);
   /// A step of a scan: one pulse with TMS high, then `low_pulses` with TMS low.
   void Walk(const ShifterBytes& bytes, int low_pulses);
+  /// The low `count` bits of `value` out, bit 0 first, over a data line that is an input as well.
+  void OutShared(const ShifterBytes& bytes, std::uint8_t value, int count);
   /// One byte in, bit 7 first, with the data output low.
   [[nodiscard]] std::uint8_t In(const ShifterBytes& bytes);
 
  private:
+  static void Rest(Wires::Register& line, const ShifterBytes& bytes);
   void ClockBit(Wires::Register& line, const ShifterBytes& bytes, std::uint8_t high);
 
   Clock& clock_;

@@ -212,6 +212,14 @@ std::optional<std::uint8_t> SimulatedProgrammer::Execute(std::uint8_t value,
     case reg::kTmsHighLowLow:
       shifter_.Walk(shifter_bytes(), 2);
       return std::nullopt;
+    case reg::kFrameBit:
+      shifter_.OutShared(shifter_bytes(), value >> 7, 1);
+      return std::nullopt;
+    case reg::kFrameByte:
+      shifter_.OutShared(shifter_bytes(), value, 8);
+      return std::nullopt;
+    case reg::kFrameIn:
+      return shifter_.In(shifter_bytes());
     default:
       break;
   }

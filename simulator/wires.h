@@ -45,6 +45,8 @@ class Wires {
   };
 
   void Write(int number, std::uint8_t value) { Register(*this, number).Write(value); }
+  /// Lines that the programmer drives although their input mask is set, until it is told others.
+  void DriveInputs(Lines lines) { driven_inputs_ = lines; }
   /// The levels of the lines of port register `number` within `mask`, any of them high: an input as
   /// the chip drives it, an output as the programmer itself does.
   [[nodiscard]] bool Sample(int number, std::uint8_t mask) const {
@@ -54,11 +56,12 @@ class Wires {
   }
 
  private:
-  void Changed() { socket_.Observe(ports_.outputs() & ~ports_.inputs()); }
+  void Changed() { socket_.Observe(ports_.outputs() & (~ports_.inputs() | driven_inputs_)); }
 
   Clock& clock_;
   Socket& socket_;
   Ports ports_;
+  Lines driven_inputs_ = 0;
 };
 
 }  // namespace fliglaf::simulator
