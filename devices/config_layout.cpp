@@ -71,6 +71,9 @@ std::vector<ConfigByte> ConfigBytesOf(const DeviceProfile& device) {
     case 13:
     case 14:
       return PageFamilyBytes(device);
+    case 12:
+    case 16:
+      return {{"lock", LayoutOf(device).main_bytes, 0xFF, true}};
     case 15:
       return {{"fuse", device.size - 32, 0x0F, true}, {"lock", device.size - 31, 0x03, true}};
     default:
@@ -78,9 +81,7 @@ std::vector<ConfigByte> ConfigBytesOf(const DeviceProfile& device) {
   }
 }
 
-bool ReadsConfig(const DeviceProfile& device) {
-  return IsAvrJtag(device) || IsFlashRegister(device) || device.family == 13 || device.family == 14;
-}
+bool ReadsConfig(const DeviceProfile& device) { return device.family >= 4 && device.family != 15; }
 
 std::span<const ConfigHazard> ConfigHazardsOf(const DeviceProfile& device) {
   switch (device.family) {

@@ -37,6 +37,9 @@ MemoryLayout LayoutOf(const DeviceProfile& device) {
               .data_start = second,
               .data_bytes = device.data_size};
     }
+    case 12:
+    case 16:  // the lock byte and an unused page lie above
+      return DataAfter(device.size - device.page - 1, 0);
     case 13:
     case 14:  // a byte of the data memory takes the place of a word
       return DataAfter(2 * (device.size - kConfigWords - device.data_size), device.data_size);

@@ -78,6 +78,24 @@ bool MainIsWholePages(const DeviceProfile& device) {
          (device.size - device.data_size) % device.page == 0;
 }
 
+/// Families 12 and 16.
+bool IsTwoWire(const DeviceProfile& device) { return device.family == 12 || device.family == 16; }
+
+bool TwoWirePage(const DeviceProfile& device) {
+  return std::has_single_bit(static_cast<unsigned>(device.page)) && device.page >= 2 &&
+         device.page <= 512;
+}
+
+bool TwoWireFlash(const DeviceProfile& device) {
+  return device.page > 0 && device.size % device.page == 0 && device.size >= 2 * device.page &&
+         device.size <= 0x1'0000;
+}
+
+bool EndsInLastBlock(const DeviceProfile& device) {
+  constexpr std::int32_t kBlock = 16'384;
+  return device.range.last / kBlock == LayoutOf(device).main_bytes / kBlock;
+}
+
 bool WholeBlocks(std::int32_t bytes) {
   constexpr std::int32_t kBlock = 16'384;
   constexpr std::int32_t kLargest = 131'072;  // 16 address bits, words
@@ -136,7 +154,16 @@ constexpr std::array kRules{
     ProfileRule{0, "size", [](D d) { return !IsFlashRegister(d) || MainIsWholePages(d); }, "less 'data_size' right is two pages or more in families 8 to 11, the last but one with the lock bytes"},
     ProfileRule{0, "size", [](D d) { return !IsFlashRegister(d) || AddressesReach(d); }, "right is up to 65536 in families 8 and 9, as in 10 and 11 without 'data_size'; with option 15 these have up to 131072"},
     ProfileRule{9, "size", [](D d) { return LayoutOf(d).main_bytes <= kOneTransfer; }, "makes more than 16384 bytes of main array; family 9 reads it in one transfer, which holds no more"},
+    ProfileRule{0, "data_size", [](D d) { return !IsFlashRegister(d) || d.data_size <= kOneTransfer; }, "cannot be more than 16384 in families 8 to 11, which read the second area in one transfer"},
     ProfileRule{0, "data_size", [](D d) { return !IsFlashRegister(d) || d.data_size <= d.page; }, "cannot be more than 'page' in families 8 to 11, which erase the second area as one page"},
+    ProfileRule{12, "option", [](D d) { return d.option >= 12 && d.option <= 31; }, "right is 12 to 31 in family 12"},
+    ProfileRule{16, "option", [](D d) { return d.option == 16; }, "right is 16 in family 16"},
+    ProfileRule{12, "vpp_pins", [](D d) { return d.option < 30 || !d.vpp_pins.empty(); }, "right is a pin with the options 30 and 31 of family 12"},
+    ProfileRule{16, "signature", [](D d) { return !d.signature; }, "has to be left out in family 16, which cannot read it"},
+    ProfileRule{0, "image_bytes", [](D d) { return !IsTwoWire(d) || d.image_bytes == d.size; }, "right is 'size' in families 12 and 16, with 'address_bytes' 1"},
+    ProfileRule{0, "page", [](D d) { return !IsTwoWire(d) || TwoWirePage(d); }, "right is 2, 4, ... 512 in families 12 and 16, which read and write half a page at a time"},
+    ProfileRule{0, "size", [](D d) { return !IsTwoWire(d) || TwoWireFlash(d); }, "right is a number of whole pages, two or more, up to 65536 in families 12 and 16"},
+    ProfileRule{0, "range", [](D d) { return !IsTwoWire(d) || EndsInLastBlock(d); }, "right ends in the last 16384 bytes, or what there is of them, of the flash below the last page in families 12 and 16, which read up to there"},
     ProfileRule{15, "image_bytes", [](D d) { return d.image_bytes == d.size; }, "right is 'size' in family 15, with 'address_bytes' 1"},
     ProfileRule{15, "size", [](D d) { return LayoutOf(d).main_bytes > 0; }, "right is the flash bytes and 32 more in family 15"},
     ProfileRule{15, "size", [](D d) { return LayoutOf(d).main_bytes <= kOneTransfer; }, "makes more than 16384 bytes of flash; family 15 reads it in one transfer, which holds no more"},

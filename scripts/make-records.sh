@@ -90,5 +90,12 @@ for family in fam8 fam9 fam10; do
   family $family --eeprom data.bin
   record "${family/fam/f}_config" config $family-tiny write-lock=F0 read-lock=FC --chip $family.chip
 done
+# The two lines. A block of 16 KiB is read anyhow, whatever the size of the part.
+for family in fam12 fam16; do
+  head -c 23 image.bin >$family.bin
+  family $family
+  record "${family/fam/f}_lock" config $family-tiny lock=FE --chip $family.chip
+done
+record f12_program_both_supplies program fam12-tiny fam12.bin --no-erase --margin 2 --no-signature
 record f10_program_both_supplies program fam10-tiny fam10.bin --no-erase --margin 2 --no-signature \
   --fault stuck=0.1=1

@@ -117,7 +117,7 @@ std::unique_ptr<Chip> MakeTwoWireChip(const ChipDescription& description, const 
   const auto& [maker, device, revision] = description.signature;
   return std::make_unique<TwoWireChip>(
       clock, TwoWireWiringOf(description.family, description.option),
-      TwoWireModel{.flash_bytes = description.flash_bytes,
+      TwoWireModel{.main_bytes = description.flash_bytes,
                    .page_bytes = description.page_bytes,
                    .device = device,
                    .revision = revision,

@@ -31,13 +31,12 @@ constexpr std::uint32_t kLargestBlock = 256;
 }  // namespace
 
 TwoWireChip::TwoWireChip(const Clock& clock, const TwoWireWiring& wiring, const TwoWireModel& model)
-    : clock_(clock), wiring_(wiring), model_(model), flash_(model.flash_bytes + model.page_bytes) {}
+    : clock_(clock), wiring_(wiring), model_(model), flash_(flash_bytes() + model.page_bytes) {}
 
 std::vector<MemoryArea> TwoWireChip::Memory() {
   const auto cells = flash_.cells();
-  const std::size_t lock = model_.flash_bytes - 1;
-  return {{"flash", cells.first(lock), FlashArray::kErased},
-          {"lock", cells.subspan(lock, 1), FlashArray::kErased}};
+  return {{"flash", cells.first(model_.main_bytes), FlashArray::kErased},
+          {"lock", cells.subspan(model_.main_bytes, 1), FlashArray::kErased}};
 }
 
 // The lines
@@ -57,7 +56,7 @@ void TwoWireChip::Restart() {
   command_ = Command::kNone;
   operands_.clear();
   answer_.reset();
-  const std::uint8_t lock = flash_.Read(static_cast<std::uint32_t>(model_.flash_bytes - 1));
+  const std::uint8_t lock = flash_.Read(static_cast<std::uint32_t>(model_.main_bytes));
   locked_pages_ = static_cast<std::size_t>(FlashArray::kErased - lock);
 }
 
@@ -249,7 +248,7 @@ void TwoWireChip::TakeOperand(std::uint8_t byte) {
 }
 
 bool TwoWireChip::MayAccess() const {
-  const std::size_t top = model_.flash_bytes + (command_ == Command::kRead ? model_.page_bytes : 0);
+  const std::size_t top = flash_bytes() + (command_ == Command::kRead ? model_.page_bytes : 0);
   return place_ + left_ <= top && place_ / model_.page_bytes >= locked_pages_;
 }
 

@@ -14,10 +14,10 @@ namespace fliglaf::simulator {
 
 /// What distinguishes one chip of the kind from another. Times in ns.
 struct TwoWireModel {
-  std::size_t flash_bytes;  ///< the last of them is the lock byte; one page more lies above, unused
-  std::size_t page_bytes;   ///< above 0
-  std::uint8_t device;      ///< register 0
-  std::uint8_t revision;    ///< register 1
+  std::size_t main_bytes;  ///< of flash, up to the lock byte; one page lies above it, unused
+  std::size_t page_bytes;  ///< above 0
+  std::uint8_t device;     ///< register 0
+  std::uint8_t revision;   ///< register 1
   std::int64_t byte_write;
   std::int64_t device_erase;
 };
@@ -69,6 +69,7 @@ class TwoWireChip : public Chip {
   enum class Instruction : std::uint8_t { kReadData, kWriteData, kReadStatus, kSelect };
   enum class Command : std::uint8_t { kNone, kErase = 3, kRead = 6, kWrite = 7 };
 
+  [[nodiscard]] std::size_t flash_bytes() const { return model_.main_bytes + 1; }
   void Restart();
   void Rise(bool data);
   void Fall();

@@ -14,8 +14,9 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 constexpr std::string_view kDefaults = R"([defaults]
-family = 16
-option = 16
+family = 14
+option = 15
+page = 16
 description = "a part"
 address_bytes = 2
 size = 4096
@@ -38,12 +39,12 @@ TEST(DeviceCatalogue, DevicesInheritTheDefaultsAndReplaceThem) {
   DeviceCatalogue catalogue;
   catalogue.Add(std::string(kDefaults) + Device("plain") +
                     Device("other",
-                           "size = 1024\nimage_bytes = 2064\nrange = [16, 31]\nvcc_pins = [5]\n"
+                           "size = 1024\npage = 8\nrange = [16, 31]\nvcc_pins = [5]\n"
                            "lock = []\nsignature = [4, 5, 0xFE]\nchip.erase_ms = 99\nerased = 0\n"),
                 "parts.toml");
   const DeviceProfile* plain = catalogue.Find("plain");
   ASSERT_NE(plain, nullptr);
-  EXPECT_EQ(plain->family, 16);
+  EXPECT_EQ(plain->family, 14);
   EXPECT_EQ(plain->supply, 330);
   EXPECT_EQ(plain->image_bytes, 8192) << "two bytes at each address";
   EXPECT_EQ(plain->range, (AddressRange{0, 4095}));
@@ -53,7 +54,8 @@ TEST(DeviceCatalogue, DevicesInheritTheDefaultsAndReplaceThem) {
 
   const DeviceProfile* other = catalogue.Find("OTHER");
   ASSERT_NE(other, nullptr);
-  EXPECT_EQ(other->image_bytes, 2064);
+  EXPECT_EQ(other->image_bytes, 2048);
+  EXPECT_EQ(other->page, 8);
   EXPECT_EQ(other->range, (AddressRange{16, 31}));
   EXPECT_THAT(other->vcc_pins, ElementsAre(5));
   EXPECT_THAT(other->operations.lock, IsEmpty());
@@ -115,7 +117,7 @@ TEST_F(Folder, AddsItsProfilesByFileName) {
   std::string added;
   for (const DeviceProfile& device : catalogue.all().subspan(built_in)) added += device.name;
   EXPECT_EQ(added, "abcd");
-  EXPECT_EQ(catalogue.Find("b")->source, (path_ / "b.toml").string() + ":17");
+  EXPECT_EQ(catalogue.Find("b")->source, (path_ / "b.toml").string() + ":18");
 }
 
 TEST_F(Folder, IsTakenAsAWholeOrNotAtAll) {
@@ -124,10 +126,10 @@ TEST_F(Folder, IsTakenAsAWholeOrNotAtAll) {
   Write("a.toml", std::string(kDefaults) + Device("twice"));
   Write("b.toml", std::string(kDefaults) + Device("single") + Device("Twice"));
   const std::string refusal = Refusal(catalogue);
-  EXPECT_THAT(refusal, HasSubstr("b.toml:19: field 'name' is 'Twice'"));
-  EXPECT_THAT(refusal, HasSubstr("a.toml:17"));
+  EXPECT_THAT(refusal, HasSubstr("b.toml:20: field 'name' is 'Twice'"));
+  EXPECT_THAT(refusal, HasSubstr("a.toml:18"));
   Write("a.toml", std::string(kDefaults) + Device("twice") + Device("TWICE"));
-  EXPECT_THAT(Refusal(catalogue), HasSubstr("a.toml:19: field 'name' is 'TWICE'"));
+  EXPECT_THAT(Refusal(catalogue), HasSubstr("a.toml:20: field 'name' is 'TWICE'"));
   Write("a.toml", std::string(kDefaults) + Device("twice"));
   std::filesystem::create_symlink(path_ / "gone", path_ / "aa.toml");
   EXPECT_THAT(Refusal(catalogue), HasSubstr("aa.toml: the device profile cannot be read"));

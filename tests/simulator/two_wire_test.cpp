@@ -25,7 +25,7 @@ TestDevice Device(std::uint8_t family, std::uint8_t option, std::int32_t flash,
                   std::int16_t page = kPage) {
   return {.chip = {.family = family,
                    .option = option,
-                   .flash_bytes = static_cast<std::uint32_t>(flash),
+                   .flash_bytes = static_cast<std::uint32_t>(flash - 1),
                    .page_bytes = static_cast<std::uint32_t>(page),
                    .signature = {0, 0x0D, 0x02},
                    .supply = {.vcc = {40}, .gnd = {20}},
