@@ -24,10 +24,6 @@ inline constexpr JtagLines kJtagPort0{.fixedBitsA = 0x80,
 /// Tells the programmer's shifter how to drive the lines: bytes 4 to 15 of the command buffer.
 void ConfigureJtagShifter(Run& run);
 
-/// The low `width` bits of `value` in reverse order: bit 0 becomes bit width - 1. Widths 1, 2, 3,
-/// 4, 7, 8 and 11; 0 for every other.
-[[nodiscard]] std::int32_t reverseBits(std::int32_t value, std::int16_t width);
-
 // Levels of a line: 0 or 1.
 void setTck(Run& run, std::uint8_t bit);
 void setTms(Run& run, std::uint8_t bit);

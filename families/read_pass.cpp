@@ -3,8 +3,8 @@
 #include <stdexcept>
 #include <string>
 
-#include "families/jtag_lines.h"
 #include "families/power_up.h"
+#include "usb/bits.h"
 #include "usb/bulk_read.h"
 #include "usb/notes.h"
 
@@ -18,11 +18,6 @@ void ClosePass(Run& run) {
   run.io.FlushQueue();
   run.io.DelayMs(100);
   SendClosingPacket(run);
-}
-
-void ProgressAt(Run& run, std::int64_t address) {
-  const std::int64_t first = run.vars.quorinwltbigendbuf[0];
-  run.Progress(address - first, run.vars.quorintlength[0] - first + 1);
 }
 
 bool GoesOn(Run& run, std::int64_t address) {

@@ -19,10 +19,7 @@ void OpenPass(Run& run, std::uint8_t kind);
 void ClosePass(Run& run);
 void SendClosingPacket(Run& run);
 
-/// Writes the progress of a pass that has come to `address` of the device.
-void ProgressAt(Run& run, std::int64_t address);
-
-/// The same; false after a stop.
+/// ProgressAt; false after a stop.
 [[nodiscard]] bool GoesOn(Run& run, std::int64_t address);
 
 /// Starts a capture: what is captured from here on is what the bulk read after the next ArmCapture

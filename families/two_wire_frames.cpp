@@ -1,6 +1,6 @@
 #include "families/two_wire_frames.h"
 
-#include "families/jtag_lines.h"
+#include "usb/bits.h"
 
 namespace fliglaf::two_wire {
 namespace {

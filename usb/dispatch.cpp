@@ -9,7 +9,6 @@
 #include "families/serial_isp.h"
 #include "families/serial_page.h"
 #include "families/two_wire.h"
-#include "usb/notes.h"
 #include "usb/operation.h"
 
 namespace fliglaf {
@@ -103,18 +102,7 @@ void RunRoutine(Run& run, std::uint8_t family, std::int16_t code) {
 }  // namespace
 
 void RunOperation(Run& run, std::int16_t code) {
-  SharedVariables& vars = run.vars;
-  vars.quorinprgresult[0] = result::kSuccess;
-  run.RangeStart = vars.quorinwltbigendbuf[0];
-  run.RangeEnd = vars.quorinwltbigendbuf[1];
-  vars.quorinprgmode[1] = 0;
-  NoteStart(run, code);
-  vars.quorinprgmode[1] = 1;
-  vars.quorinprgmode[2] = 0;
-  run.desktop.DoEvents();
-  RunRoutine(run, vars.quorinprgmode[0], code);
-  if (code == operation::kCompare) NoteListing(run);
-  NoteResult(run, code);
+  RunNoted(run, code, [&run, code] { RunRoutine(run, run.vars.quorinprgmode[0], code); });
 }
 
 }  // namespace fliglaf

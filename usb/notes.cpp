@@ -30,14 +30,14 @@ constexpr int kReadBackFails = 12;
 }  // namespace note
 
 /// The host's fragments around a name, as they stand in captions and start lines.
-std::u16string Framed(const Run& run, std::u16string_view name) {
+std::u16string Framed(const EngineRun& run, std::u16string_view name) {
   std::u16string text(run.vars.quorinprgnote[note::kBeforeName]);
   text += name;
   text += run.vars.quorinprgnote[note::kAfterName];
   return text;
 }
 
-void Announce(Run& run, std::u16string_view name) {
+void Announce(EngineRun& run, std::u16string_view name) {
   const std::u16string caption = Framed(run, name);
   run.Log(u">>" + caption + u"\n");
   run.window.caption = caption;
@@ -57,7 +57,7 @@ std::u16string Volts(std::int32_t hundredths) {
 }
 
 /// The supply of a verify pass in units of 10 mV, halves to the even neighbour.
-std::int32_t MarginSupply(const Run& run, double sign) {
+std::int32_t MarginSupply(const EngineRun& run, double sign) {
   const double margin = sign * run.vars.quorinwlverifyvcc[0] * kMarginStep;
   const double supply = std::nearbyint(run.vars.quorinbvcc[0] * (1 + margin));
   // Kept to what times 10 still is a Long.
@@ -67,12 +67,12 @@ std::int32_t MarginSupply(const Run& run, double sign) {
 
 }  // namespace
 
-void NoteStart(Run& run, std::int16_t code) {
+void NoteStart(EngineRun& run, std::int16_t code) {
   if (run.vars.quorinMainRtstr[0].size() > kLongestLogKept) run.vars.quorinMainRtstr.Set(0, u"");
   Announce(run, run.vars.quorinMainmnuPrg[code]);
 }
 
-void NoteResult(Run& run, std::int16_t code) {
+void NoteResult(EngineRun& run, std::int16_t code) {
   const auto named = [&run, code](int ending) {
     return u">>" + std::u16string(run.vars.quorinMainmnuPrg[code]) +
            std::u16string(run.vars.quorinprgnote[ending]) + u"\n";
@@ -94,7 +94,7 @@ void NoteResult(Run& run, std::int16_t code) {
   }
 }
 
-void NoteListing(Run& run) {
+void NoteListing(EngineRun& run) {
   std::u16string text(run.vars.quorinprgnote[note::kListingHeader1]);
   text += u"\n";
   text += run.vars.quorinprgnote[note::kListingHeader2];
@@ -104,7 +104,7 @@ void NoteListing(Run& run) {
   run.vars.quorinMainRtstr.Set(1, u"");
 }
 
-void prgnote1(Run& run, std::uint8_t pass) {
+void prgnote1(EngineRun& run, std::uint8_t pass) {
   std::u16string supply;
   if (pass == 1 || pass == 2) {
     const std::int32_t v = MarginSupply(run, pass == 1 ? 1 : -1);
@@ -117,9 +117,9 @@ void prgnote1(Run& run, std::uint8_t pass) {
   run.desktop.DoEvents();
 }
 
-void NoteBlankCheck(Run& run) { Announce(run, run.Text(resources::text::kBlankCheck)); }
+void NoteBlankCheck(EngineRun& run) { Announce(run, run.Text(resources::text::kBlankCheck)); }
 
-void NoteElapsedTime(Run& run, double start) {
+void NoteElapsedTime(EngineRun& run, double start) {
   double elapsed = run.desktop.SecondsSinceMidnight() + run.ExtraMs / 1000.0 - start;
   if (elapsed < 0) elapsed += kSecondsPerDay;  // the run went over midnight
   const auto hundredths = std::llround(elapsed * 100);

@@ -2,6 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+
+#include "usb/engine_run.h"
 
 namespace fliglaf::operation {
 
@@ -14,3 +17,11 @@ inline constexpr std::int16_t kProgram = 6;
 // 8 to 11 are erase, lock and configuration operations; which is which depends on the family.
 
 }  // namespace fliglaf::operation
+
+namespace fliglaf {
+
+/// Runs operation `code`: result and progress reset, start line, `routine`, the listing of a
+/// compare, result line. The outcome is quorinprgresult(0).
+void RunNoted(EngineRun& run, std::int16_t code, const std::function<void()>& routine);
+
+}  // namespace fliglaf

@@ -1,6 +1,5 @@
 #include "usb/signature.h"
 
-#include <array>
 #include <string>
 
 #include "families/avr_jtag.h"
@@ -9,19 +8,13 @@
 #include "families/serial_lines.h"
 #include "families/serial_page.h"
 #include "families/two_wire.h"
-#include "resources/string_table.h"
+#include "usb/signature_notes.h"
 
 namespace fliglaf {
 namespace {
 
-/// Elements of quorinprgnote: labels of the manufacturer code and of the device code.
-constexpr int kMakerLabel = 9;
-constexpr int kDeviceLabel = 10;
-
 /// The one family whose parts have no signature that could be read in their programming mode.
 constexpr std::uint8_t kNoSignature = 2;
-
-using Signature = std::array<std::uint8_t, 3>;
 
 Signature ReadSignature(Run& run) {
   switch (run.vars.quorinprgmode[0]) {
@@ -53,24 +46,17 @@ Signature ReadSignature(Run& run) {
 }  // namespace
 
 std::int16_t CheckSignature(Run& run) {
-  SharedVariables& vars = run.vars;
-  if (vars.quorintypeid[0] == 0 && vars.quorincompid[0] == 0) return 0;
-  if (vars.quorinprgmode[0] == kNoSignature) return 0;
+  const SharedVariables& vars = run.vars;
+  if (!SignatureExpected(run) || vars.quorinprgmode[0] == kNoSignature) return 0;
   for (;;) {
     const Signature bytes = ReadSignature(run);
-    std::u16string text(vars.quorinprgnote[kMakerLabel]);
-    text += run.io.datstr(bytes[0], 2);
-    text += u"   ";
-    text += vars.quorinprgnote[kDeviceLabel];
-    text += run.io.datstr(bytes[1], 2) + run.io.datstr(bytes[2], 2);
-
-    if (vars.quorintypeid[0] == bytes[1] && vars.quorincompid[0] == bytes[0]) {
-      run.Log(u">>" + text + u"\n");
+    const std::u16string text = SignatureText(
+        run, run.io.datstr(bytes[0], 2), run.io.datstr(bytes[1], 2) + run.io.datstr(bytes[2], 2));
+    if (SignatureMatches(run, bytes)) {
+      NoteSignature(run, text);
       return 0;
     }
-    switch (run.desktop.MsgBox(
-        platform::box_style::kWarningAbortRetryIgnore,
-        run.Text(resources::text::kWarning) + run.Text(resources::text::kDeviceCodeError), text)) {
+    switch (AskAboutSignature(run, text)) {
       case platform::box_answer::kRetry:
         continue;
       case platform::box_answer::kAbort:

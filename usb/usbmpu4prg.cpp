@@ -1,16 +1,12 @@
 #include "usb/usbmpu4prg.h"
 
-#include <exception>
-#include <new>
-#include <string>
 #include <utility>
 
 #include "families/power_up.h"
 #include "resources/string_table.h"
-#include "shared/text.h"
 #include "usb/dispatch.h"
 #include "usb/notes.h"
-#include "usb/sequence.h"
+#include "usb/request.h"
 #include "usb/signature.h"
 
 namespace fliglaf {
@@ -28,7 +24,6 @@ usbmpu4prg::usbmpu4prg(std::shared_ptr<SharedVariables> variables, Programmer& p
                        platform::Desktop& desktop)
     : vars_(std::move(variables)),
       programmer_(programmer),
-      desktop_(desktop),
       Timer1(desktop, "Timer1", [this] { Timer1_Timer(); }),
       Timer2(desktop, "Timer2", [this] { Timer2_Timer(); }),
       run_(*vars_, programmer, desktop, form_, Timer2) {
@@ -57,17 +52,7 @@ void usbmpu4prg::Timer2_Timer() {
 void usbmpu4prg::prgnote1(std::uint8_t pass) { fliglaf::prgnote1(run_, pass); }
 
 void usbmpu4prg::wmpu0() {
-  try {
-    Request();
-  } catch (const ComponentError& error) {
-    Abandon(error.what());
-  } catch (const RangeError&) {
-    Abandon("Index out of range");
-  } catch (const std::bad_alloc&) {
-    Abandon("Out of memory");
-  } catch (const std::exception& error) {
-    Abandon(error.what());
-  }
+  CarryOut(run_, [this] { Request(); });
 }
 
 void usbmpu4prg::Request() {
@@ -86,40 +71,14 @@ void usbmpu4prg::Request() {
     return programmer_.EndRun();
   }
 
-  run_.ExtraMs = 0;
-  const double start = desktop_.SecondsSinceMidnight();
   const std::int64_t addresses =
       std::int64_t{vars.quorinwltbigendbuf[1]} + 1 - vars.quorinwltbigendbuf[0];
   run_.ProgressStep = static_cast<std::int32_t>(addresses / 100 + 1);
   const std::int32_t write_time = vars.quorinpwte[0];
   run_.PwteOffset = write_time > kPlainWriteTime ? write_time - kPlainWriteTime : 1;
 
-  RunRequest(vars, desktop_, [this](std::int16_t code) { RunOperation(run_, code); });
-
-  NoteElapsedTime(run_, start);
-  if (run_.outcome() != result::kSuccess) {
-    programmer_.SignalFail(0);
-  } else {
-    programmer_.SignalPass(0);
-  }
+  RunRequest(run_, [this](std::int16_t code) { RunOperation(run_, code); });
   programmer_.EndRun();
-}
-
-/// Ends a run that cannot go on, each step whatever became of the one before it: the socket must
-/// not be left powered.
-void usbmpu4prg::Abandon(std::string_view reason) noexcept {
-  const auto attempt = [](const auto& step) {
-    try {
-      step();
-    } catch (const std::exception&) {  // NOLINT: nobody is left to tell
-    }
-  };
-  attempt([this] {
-    if (!run_.stopped()) vars_->quorinprgresult[0] = result::kFailure;
-  });
-  attempt(
-      [this, reason] { run_.Log(u">>" + Widen(reason) + u"\n"); });
-  attempt([this] { programmer_.EndRun(); });
 }
 
 }  // namespace fliglaf

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <string_view>
 
 #include "platform/desktop.h"
 #include "platform/form.h"
@@ -39,11 +38,9 @@ class usbmpu4prg {
 
  private:
   void Request();
-  void Abandon(std::string_view reason) noexcept;
 
   std::shared_ptr<SharedVariables> vars_;
   Programmer& programmer_;
-  platform::Desktop& desktop_;
   platform::Form form_;
   platform::Timer Timer1;
   platform::Timer Timer2;

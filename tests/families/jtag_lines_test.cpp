@@ -13,6 +13,7 @@
 #include "platform/portable/portable_desktop.h"
 #include "record/funnel_programmer.h"
 #include "simulator/tap.h"
+#include "usb/bits.h"
 
 namespace fliglaf {
 namespace {

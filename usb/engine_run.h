@@ -1,0 +1,67 @@
+// One request of the host while it runs: what the operations of both engines may use.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "platform/desktop.h"
+#include "platform/form.h"
+#include "shared/shared_variables.h"
+#include "usb/programmer.h"
+
+namespace fliglaf {
+
+/// Values of quorinprgresult(0).
+namespace result {
+inline constexpr std::uint8_t kSuccess = 0;
+inline constexpr std::uint8_t kFailure = 1;
+inline constexpr std::uint8_t kStopped = 2;
+inline constexpr std::uint8_t kReadBackFails = 3;
+inline constexpr std::uint8_t kTimeOut = 5;  ///< transient, between the watchdog and the bulk read
+}  // namespace result
+
+/// What a read-type pass does with each byte of the device.
+namespace check_mode {
+inline constexpr std::int16_t kRead = 0;
+inline constexpr std::int16_t kVerify = 1;
+inline constexpr std::int16_t kBlankCheck = 2;
+inline constexpr std::int16_t kCompare = 3;
+}  // namespace check_mode
+
+class EngineRun {
+ public:
+  EngineRun(SharedVariables& variables, Programmer& programmer, platform::Desktop& the_desktop,
+            platform::Form& the_window)
+      : vars(variables), io(programmer), desktop(the_desktop), window(the_window) {}
+
+  SharedVariables& vars;
+  Programmer& io;
+  platform::Desktop& desktop;
+  platform::Form& window;
+
+  /// First and last device address of the operation.
+  std::int32_t RangeStart = 0;
+  std::int32_t RangeEnd = 0;
+  /// Milliseconds that an algorithm waited without the clock, added to the elapsed time.
+  std::int32_t ExtraMs = 0;
+
+  [[nodiscard]] std::uint8_t outcome() const { return vars.quorinprgresult[0]; }
+  [[nodiscard]] bool stopped() const { return outcome() == result::kStopped; }
+
+  /// The text of the user's language with that number.
+  [[nodiscard]] std::u16string Text(int number) const;
+  /// Appends to the log.
+  void Log(std::u16string_view text) { vars.quorinMainRtstr.Append(0, text); }
+  /// Writes the progress of `done` out of `whole` in percent, kept within 0 to 100; 0 when `whole`
+  /// is 0.
+  void Progress(std::int64_t done, std::int64_t whole);
+
+  /// quorinpwte(0) times `factor`, for the delay operations.
+  [[nodiscard]] std::int32_t WriteTime(std::int32_t factor) const;
+};
+
+/// Writes the progress of an operation that has come to `address` of the device.
+void ProgressAt(EngineRun& run, std::int64_t address);
+
+}  // namespace fliglaf
