@@ -22,7 +22,8 @@ constexpr std::array<std::int16_t, 3> kEraseKey{0xDE, 0xAD, 0xA5};
 /// The main array lies below a page that is not programmed; its last byte is the lock byte.
 struct Layout {
   explicit Layout(const Run& run)
-      : page(run.vars.quorinpagelength[0]), main_bytes(run.vars.quorintlength[0] - page) {}
+      : page(run.vars.quorinpagelength[0]),
+        main_bytes(static_cast<std::int32_t>(std::int64_t{run.vars.quorintlength[0]} - page)) {}
 
   std::int32_t page;
   std::int32_t main_bytes;
@@ -55,7 +56,7 @@ bool ReadBlock(Run& run, std::int32_t block, bool last, std::int32_t first, std:
   const auto end =
       static_cast<std::int32_t>(last ? (layout.lock() - chunk) % kBlockBytes : kBlockBytes - 1);
   std::int32_t offset = first;
-  for (; offset <= end; offset += chunk) {
+  for (; end >= 0 && offset <= end; offset += chunk) {
     if (!ReadChunk(run, start + offset, chunk)) return false;
   }
   if (last && !ReadChunk(run, start + offset, chunk - 1)) return false;

@@ -8,7 +8,6 @@
 namespace fliglaf {
 namespace {
 
-constexpr std::int16_t kTrue = -1;
 constexpr std::uint8_t kMapNumberBits = 0x7F;
 
 /// The host's boundary: a method that fails ends quietly.
@@ -27,8 +26,7 @@ clsMPU::clsMPU(Library& library) : library_(library), vars_(std::make_shared<Sha
 clsMPU::~clsMPU() { library_.Forget(this); }
 
 void clsMPU::runMpu4Prg(std::int16_t& usbenable) noexcept {
-  if (usbenable != kTrue) return;  // the parallel engine is not built yet
-  Quietly([this] { library_.RunUsbRequest(vars_); });
+  Quietly([this, usbenable] { library_.RunRequest(vars_, usbenable); });
 }
 
 void clsMPU::mpu4warn(std::uint8_t& no) noexcept {

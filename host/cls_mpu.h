@@ -24,8 +24,9 @@ class clsMPU {
   /// Kept for the host: 0 or -1.
   std::int16_t exitpower = 0;
 
-  /// Runs the request of the host: on the USB engine when `usbenable` is -1. Returns when the whole
-  /// request has run; at once when one is running already.
+  /// Runs the request of the host: on the USB engine when `usbenable` is -1, else on the
+  /// parallel-port engine. Returns when the whole request has run; at once when one is running
+  /// already.
   void runMpu4Prg(std::int16_t& usbenable) noexcept;
 
   /// Clears bit 7 of `no`, then shows the memory map that belongs to it: 30 or 31, none for others.

@@ -1,18 +1,33 @@
 #include "host/library.h"
 
+#include <string>
 #include <utility>
 
-namespace fliglaf {
+#include "parallel/mpu4prg.h"
+#include "usb/usbmpu4prg.h"
 
-void Library::RunUsbRequest(const std::shared_ptr<SharedVariables>& variables) {
+namespace fliglaf {
+namespace {
+
+constexpr std::int16_t kOnUsb = -1;
+
+}  // namespace
+
+void Library::RunRequest(const std::shared_ptr<SharedVariables>& variables,
+                         std::int16_t usbenable) {
   if (running_) return;
   running_ = true;
   const auto carry_out = [&](Programmer& programmer, platform::Desktop& desktop) {
-    usbmpu4prg(variables, programmer, desktop).wmpu0();
+    if (usbenable == kOnUsb) {
+      usbmpu4prg(variables, programmer, desktop).wmpu0();
+    } else {
+      mpu4prg(variables, programmer, desktop).wmpu0();
+    }
   };
   try {
     if (around_request) {
-      around_request("runMpu4Prg(-1)", *variables, programmer_, desktop_, carry_out);
+      around_request("runMpu4Prg(" + std::to_string(usbenable) + ")", *variables, programmer_,
+                     desktop_, carry_out);
     } else {
       carry_out(programmer_, desktop_);
     }

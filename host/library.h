@@ -8,7 +8,6 @@
 #include "platform/desktop.h"
 #include "shared/shared_variables.h"
 #include "usb/programmer.h"
-#include "usb/usbmpu4prg.h"
 
 namespace fliglaf {
 
@@ -32,9 +31,10 @@ class Library {
                      const CarryOut&)>
       around_request;
 
-  /// Runs the host's request on the USB engine. Returns at once when a request is running already,
-  /// which can only be asked for from within a turn of its message loop.
-  void RunUsbRequest(const std::shared_ptr<SharedVariables>& variables);
+  /// Runs the host's request on the USB engine when `usbenable` is -1, else on the parallel-port
+  /// engine. Returns at once when a request is running already, which can only be asked for from
+  /// within a turn of its message loop.
+  void RunRequest(const std::shared_ptr<SharedVariables>& variables, std::int16_t usbenable);
 
   /// Carries out `action` now, or when the request that is running has ended.
   void WhenIdle(const void* owner, std::function<void()> action);

@@ -10,6 +10,7 @@ namespace fliglaf::platform {
 
 struct Button {
   std::u16string caption;
+  bool visible = true;
   std::function<void()> on_click;
 
   void Click() const {
@@ -19,6 +20,7 @@ struct Button {
 
 struct Form {
   std::u16string caption;
+  int height = 2700;  ///< twips
 };
 
 }  // namespace fliglaf::platform

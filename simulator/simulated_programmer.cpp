@@ -258,7 +258,9 @@ void SimulatedProgrammer::usbbulkread(std::span<std::uint8_t> destination, std::
 std::int32_t SimulatedProgrammer::BlockTransfer(std::int32_t data, std::int32_t address,
                                                 std::int32_t check_mode) {
   try {
-    return Judge(vars_, data, address, check_mode, on_turn);
+    return ComponentJudge(vars_, on_turn)
+        .Judge({.data = static_cast<std::uint8_t>(data), .address = address, .index = address},
+               check_mode);
   } catch (const RangeError&) {
     throw ComponentError("BlockTransfer", kInvalidArgument);
   }

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+
+#include "usb/engine_run.h"
+
+namespace fliglaf::parallel {
+
+/// The one programming mode, quorinprgmode(0), in which the engine reaches a device.
+inline constexpr std::uint8_t kDeviceMode = 1;
+
+[[nodiscard]] inline bool ReachesDevice(const EngineRun& run) {
+  return run.vars.quorinprgmode[0] == kDeviceMode;
+}
+
+/// Sends the bytes of a serial instruction.
+void SendInstruction(EngineRun& run, std::initializer_list<std::int32_t> bytes);
+/// Clocks a byte in.
+[[nodiscard]] std::uint8_t TakeByte(EngineRun& run);
+
+/// Opens the programmer, powers the socket and has the device enable its programming. Returns 1
+/// when no programmer or no supply is there, 2 without the adapter; another result of SetVcc is
+/// handed on after the whole start.
+[[nodiscard]] std::int32_t StartProgrammer(EngineRun& run);
+
+}  // namespace fliglaf::parallel
