@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace fliglaf {
 namespace {
@@ -89,17 +90,6 @@ Destination Resolve(const fs::path& path) {
   return destination;
 }
 
-/// Appends: a stream may be a file that is being added to, which keeps what it holds.
-void WriteStream(const fs::path& path, std::span<const std::uint8_t> bytes) {
-  errno = 0;
-  std::ofstream stream(path, std::ios::binary | std::ios::app);
-  if (!stream) Fail(path, "cannot be opened for writing: " + Reason());
-  stream.write(reinterpret_cast<const char*>(bytes.data()),
-               static_cast<std::streamsize>(bytes.size()));
-  stream.close();
-  if (!stream) Fail(path, "cannot be written whole: " + Reason());
-}
-
 /// A name that no other file of the folder has. It does not grow with the name of the file, which
 /// may be as long as the system allows.
 fs::path TemporaryName(const fs::path& folder) {
@@ -108,71 +98,6 @@ fs::path TemporaryName(const fs::path& folder) {
   std::string name = ".fliglaf-";
   std::generate_n(std::back_inserter(name), 16, [&] { return kDigits[random() % 16]; });
   return folder / (name + ".tmp");
-}
-
-/// An empty new file beside the destination; removed again unless it replaced it.
-class TemporaryFile {
- public:
-  /// `named` is the path as the user knows it, for messages.
-  TemporaryFile(const fs::path& named, const Destination& destination)
-      : named_(named), destination_(destination), file_(TemporaryName(Folder())) {
-    errno = 0;
-    stream_.open(file_, std::ios::binary | std::ios::trunc);
-    if (!stream_) Fail(named_, "no file can be made in " + Folder().string() + ": " + Reason());
-  }
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
-  ~TemporaryFile() {
-    if (stream_.is_open()) stream_.close();  // Windows removes no open file
-    std::error_code ignored;
-    if (!in_place_) fs::remove(file_, ignored);
-  }
-
-  void TakePermissions() {
-    std::error_code error;
-    const fs::perms permissions = fs::status(destination_.file, error).permissions();
-    if (!error) fs::permissions(file_, permissions, error);
-    if (error) Fail(named_, "its permissions cannot be kept: " + error.message());
-  }
-
-  void Write(std::span<const std::uint8_t> bytes) {
-    errno = 0;
-    stream_.write(reinterpret_cast<const char*>(bytes.data()),
-                  static_cast<std::streamsize>(bytes.size()));
-    stream_.close();
-    if (!stream_) Fail(named_, "cannot be written whole: " + Reason());
-  }
-
-  void Replace() {
-    std::error_code error;
-    fs::rename(file_, destination_.file, error);
-    if (error) Fail(named_, "cannot be replaced: " + error.message());
-    in_place_ = true;
-  }
-
- private:
-  [[nodiscard]] fs::path Folder() const { return FolderOf(destination_.file); }
-
-  const fs::path& named_;
-  const Destination& destination_;
-  fs::path file_;
-  std::ofstream stream_;
-  bool in_place_ = false;
-};
-
-/// The temporary file for a destination, after the checks that need none. `named` and `destination`
-/// have to outlive it.
-TemporaryFile Begin(const fs::path& named, const Destination& destination) {
-  if (const fs::path folder = FolderOf(destination.file);
-      TypeOf(folder) != fs::file_type::directory) {
-    Fail(named, "there is no folder " + folder.string());
-  }
-  if (destination.exists) {  // a rename would not ask whether the file may be written
-    errno = 0;
-    const std::fstream present(destination.file, std::ios::in | std::ios::out | std::ios::binary);
-    if (!present) Fail(named, "cannot be opened for writing: " + Reason());
-  }
-  return {named, destination};
 }
 
 }  // namespace
@@ -201,18 +126,80 @@ std::vector<std::uint8_t> ReadFileWhole(const fs::path& path) {
   return bytes;
 }
 
+WholeFileWriter::WholeFileWriter(fs::path path) : named_(std::move(path)) {
+  const Destination destination = Resolve(named_);
+  destination_ = destination.file;
+  if (destination.is_stream) {
+    OpenStream();
+  } else {
+    OpenTemporary(destination.exists);
+  }
+}
+
+WholeFileWriter::Temporary::~Temporary() {
+  std::error_code ignored;
+  if (!path.empty()) fs::remove(path, ignored);
+}
+
+/// To append: a stream may be a file that is being added to, which keeps what it holds.
+void WholeFileWriter::OpenStream() {
+  errno = 0;
+  stream_.open(destination_, std::ios::binary | std::ios::app);
+  if (!stream_) Fail(named_, "cannot be opened for writing: " + Reason());
+}
+
+void WholeFileWriter::OpenTemporary(bool replaces) {
+  const fs::path folder = FolderOf(destination_);
+  if (TypeOf(folder) != fs::file_type::directory) {
+    Fail(named_, "there is no folder " + folder.string());
+  }
+  if (replaces) {  // a rename would not ask whether the file may be written
+    errno = 0;
+    const std::fstream present(destination_, std::ios::in | std::ios::out | std::ios::binary);
+    if (!present) Fail(named_, "cannot be opened for writing: " + Reason());
+  }
+  errno = 0;
+  temporary_.path = TemporaryName(folder);
+  stream_.open(temporary_.path, std::ios::binary | std::ios::trunc);
+  if (!stream_) Fail(named_, "no file can be made in " + folder.string() + ": " + Reason());
+  if (replaces) TakePermissions();
+}
+
+void WholeFileWriter::Write(std::span<const std::uint8_t> bytes) {
+  if (!problem_.empty()) return;
+  errno = 0;
+  stream_.write(reinterpret_cast<const char*>(bytes.data()),
+                static_cast<std::streamsize>(bytes.size()));
+  if (!stream_) problem_ = Reason();
+}
+
+void WholeFileWriter::Keep() {
+  errno = 0;
+  stream_.close();
+  if (problem_.empty() && !stream_) problem_ = Reason();
+  if (!problem_.empty()) Fail(named_, "cannot be written whole: " + problem_);
+  if (temporary_.path.empty()) return;
+  std::error_code error;
+  fs::rename(temporary_.path, destination_, error);
+  if (error) Fail(named_, "cannot be replaced: " + error.message());
+  temporary_.path.clear();
+}
+
+void WholeFileWriter::TakePermissions() {
+  std::error_code error;
+  const fs::perms permissions = fs::status(destination_, error).permissions();
+  if (!error) fs::permissions(temporary_.path, permissions, error);
+  if (error) Fail(named_, "its permissions cannot be kept: " + error.message());
+}
+
 void WriteFileWhole(const fs::path& path, std::span<const std::uint8_t> bytes) {
-  const Destination destination = Resolve(path);
-  if (destination.is_stream) return WriteStream(path, bytes);
-  TemporaryFile temporary = Begin(path, destination);
-  if (destination.exists) temporary.TakePermissions();
-  temporary.Write(bytes);
-  temporary.Replace();
+  WholeFileWriter file(path);
+  file.Write(bytes);
+  file.Keep();
 }
 
 void CheckWritable(const fs::path& path) {
-  const Destination destination = Resolve(path);
-  if (!destination.is_stream) Begin(path, destination);
+  if (!Resolve(path).is_stream) const WholeFileWriter trial(path);
 }
 
 }  // namespace fliglaf

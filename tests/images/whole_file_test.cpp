@@ -54,6 +54,27 @@ TEST_F(WholeFile, LeavesTheOldContentWhenWritingFails) {
   EXPECT_THAT(Names(), ElementsAre("file"));
 }
 
+TEST_F(WholeFile, WrittenInPiecesAppearsWhenItIsKept) {
+  const fs::path file = Write("file", "old");
+  {
+    WholeFileWriter broken_off(file);
+    broken_off.Write(kNew);
+  }
+  EXPECT_THAT(Names(), ElementsAre("file"));
+  WholeFileWriter writer(file);
+  writer.Write(kNew);
+  writer.Write(kNew);
+  EXPECT_EQ(Content(file), "old");
+  writer.Keep();
+  EXPECT_EQ(Content(file), "newnew");
+  EXPECT_THAT(Names(), ElementsAre("file"));
+
+  WholeFileWriter full("/dev/full");
+  full.Write(std::vector<std::uint8_t>(100'000));
+  full.Write(kNew);
+  EXPECT_THAT(test::ErrorOf([&] { full.Keep(); }), HasSubstr("No space left"));
+}
+
 TEST_F(WholeFile, TellsBeforeWhatCannotBeWritten) {
   Write("file", "old");
   fs::create_directory(File("folder"));
