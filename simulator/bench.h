@@ -54,6 +54,9 @@ class Bench : public platform::TimeSource {
 
   [[nodiscard]] SimulatedProgrammer& programmer() { return programmer_; }
   [[nodiscard]] Chip& chip() { return *chip_; }
+  [[nodiscard]] const Clock& clock() const { return clock_; }
+  /// Has `watch` see the socket as it is now, and every change from now on.
+  void Watch(SocketWatch& watch) { programmer_.Watch(watch); }
 
   [[nodiscard]] std::int64_t Now() const override { return clock_.now(); }
   [[nodiscard]] std::optional<std::int64_t> NextEvent() const override {

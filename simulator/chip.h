@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "simulator/lines.h"
@@ -16,6 +17,12 @@ struct MemoryArea {
   std::span<std::uint8_t> bytes;
   std::uint8_t erased;          ///< value of a byte of a new chip
   std::uint8_t largest = 0xFF;  ///< value that a byte can have
+};
+
+/// A line by what it is for the chip.
+struct Signal {
+  std::string_view role;  ///< tck, tms, tdi, tdo; reset, cs, sck, mosi, miso; clk, data
+  Lines line;
 };
 
 /// A memory cell that always reads the same.
@@ -41,6 +48,8 @@ class Chip {
   /// The lines that the chip drives, and their levels.
   [[nodiscard]] Lines driven() const { return driven_; }
   [[nodiscard]] Lines levels() const { return levels_; }
+  /// The lines of its programming interface.
+  [[nodiscard]] virtual std::vector<Signal> Signals() const = 0;
 
   /// What it keeps without power, in the order in which it is saved.
   [[nodiscard]] virtual std::vector<MemoryArea> Memory() = 0;

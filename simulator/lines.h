@@ -11,6 +11,12 @@ using Lines = std::uint64_t;
 
 inline constexpr int kPortRegisters = 12;
 
+/// The lines that the ports have.
+inline constexpr Lines kPortLines = (Lines{1} << kPortRegisters / 2 * 8) - 1;
+/// Above them what only a watch sees: whether the supply, and the programming voltage, is there.
+inline constexpr Lines kVcc = Lines{1} << 62;
+inline constexpr Lines kVpp = Lines{1} << 63;
+
 /// The lines of `mask` on the port that register `number` drives or masks; none for a register that
 /// is no port register.
 [[nodiscard]] constexpr Lines LinesOf(int number, std::uint8_t mask) {

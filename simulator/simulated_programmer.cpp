@@ -36,6 +36,7 @@ SimulatedProgrammer::SimulatedProgrammer(Clock& clock, Socket& socket, std::int1
       instance_(instance),
       defects_(defects) {
   pipe_.SetFault(defects.usb);
+  PresetLines();
 }
 
 void SimulatedProgrammer::Spend(std::int64_t nanoseconds) {
@@ -51,10 +52,12 @@ std::int32_t SimulatedProgrammer::OpenProgrammer() {
   if (defects_.not_found) return kNoProgrammer;
   OpenBlocks();
   register_setup_.reset();
-  // The port lines of a programmer on USB come up high.
-  wires_.Preset(true);
+  PresetLines();
   return 0;
 }
+
+/// The port lines of a programmer on USB come up high.
+void SimulatedProgrammer::PresetLines() { wires_.Preset(true); }
 
 /// The blocks are held for a run only: their host may make them anew, of another size, after it.
 void SimulatedProgrammer::OpenBlocks() {
@@ -104,8 +107,9 @@ void SimulatedProgrammer::SetVccPin(std::uint8_t pin, std::uint8_t state) {
   socket_.SetVccPin(pin, state != 0);
 }
 
-void SimulatedProgrammer::SetVppPin(std::uint8_t /*pin*/, std::uint8_t /*state*/) {
+void SimulatedProgrammer::SetVppPin(std::uint8_t pin, std::uint8_t state) {
   Spend(kCommand);
+  socket_.SetVppPin(pin, state != 0);
 }
 
 std::int32_t SimulatedProgrammer::SetOutputs(std::int32_t /*value*/) {

@@ -36,6 +36,9 @@ class SimulatedProgrammer : public Programmer {
   /// that it can be stopped.
   std::function<void()> on_turn;
 
+  /// Has `watch` see the socket as it is now, and every change from now on.
+  void Watch(SocketWatch& watch) { wires_.Watch(watch); }
+
   /// News of a running transfer, for whoever waits in virtual time.
   [[nodiscard]] std::optional<std::int64_t> NextEvent() const { return pipe_.NextEvent(); }
   void Poll() { pipe_.Poll(clock_.now()); }
@@ -80,6 +83,7 @@ class SimulatedProgrammer : public Programmer {
   void Spend(std::int64_t nanoseconds);
   [[nodiscard]] ShifterBytes shifter_bytes() const;
   std::optional<std::uint8_t> Execute(std::uint8_t value, std::uint8_t register_number);
+  void PresetLines();
   void OpenBlocks();
   void CloseBlocks();
 

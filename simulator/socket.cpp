@@ -19,24 +19,46 @@ void Socket::SetGndPin(std::uint8_t pin, bool on) {
   Update();
 }
 
+void Socket::SetVppPin(std::uint8_t pin, bool on) {
+  vpp_on_[pin] = on;
+  Update();
+}
+
 void Socket::AllOff() {
   vcc_on_.reset();
   gnd_on_.reset();
+  vpp_on_.reset();
   supply_ = 0;
   Update();
 }
 
 void Socket::Update() {
-  if (chip_ == nullptr) return;
   const auto all_on = [](const std::vector<std::uint8_t>& pins, const PinSet& on) {
     return std::ranges::all_of(pins, [&on](std::uint8_t pin) { return on[pin]; });
   };
+  supplied_ = supply_ > 0 && all_on(pins_.vcc, vcc_on_) && all_on(pins_.gnd, gnd_on_);
   const std::int64_t percent = std::int64_t{supply_} * 100 / pins_.nominal_millivolts;
-  const bool powered =
-      percent >= 80 && percent <= 120 && all_on(pins_.vcc, vcc_on_) && all_on(pins_.gnd, gnd_on_);
-  if (powered == powered_) return;
-  powered_ = powered;
-  chip_->Power(powered);
+  const bool powered = chip_ != nullptr && supplied_ && percent >= 80 && percent <= 120;
+  if (powered != powered_) {
+    powered_ = powered;
+    chip_->Power(powered);
+  }
+  if (watch_ != nullptr) ShowWatch();
+}
+
+void Socket::ShowLines(Lines driven, Lines released) {
+  driven_ = driven;
+  released_ = released;
+  ShowWatch();
+}
+
+/// A line that the programmer drives has its level, whatever the chip does.
+void Socket::ShowWatch() {
+  const Lines answer = powered_ ? chip_->driven() & chip_->levels() : 0;
+  const Lines stuck = answer_stuck_.value_or(false) ? ~Lines{0} : 0;
+  const Lines read = released_ & (answer_stuck_ ? stuck : answer);
+  watch_->Show(((driven_ | read) & kPortLines) | (supplied_ ? kVcc : 0) |
+               (vpp_on_.any() ? kVpp : 0));
 }
 
 }  // namespace fliglaf::simulator

@@ -17,6 +17,19 @@ struct SupplyPins {
   std::int32_t nominal_millivolts = 5000;
 };
 
+/// Sees what an instrument on the socket would.
+class SocketWatch {
+ public:
+  SocketWatch() = default;
+  virtual ~SocketWatch() = default;
+  SocketWatch(const SocketWatch&) = delete;
+  SocketWatch& operator=(const SocketWatch&) = delete;
+
+  /// What is there now: the levels of the lines as the programmer reads them, with kVcc while the
+  /// supply pins are on and the supply is not 0, kVpp while a pin has the programming voltage.
+  virtual void Show(Lines levels) = 0;
+};
+
 /// The socket: supply and ground pins, and the chip in it, if any. The chip runs while all its
 /// supply pins are on and the supply is within 20 % of what it is made for.
 class Socket {
@@ -27,15 +40,23 @@ class Socket {
   void SetSupply(std::int32_t millivolts);
   void SetVccPin(std::uint8_t pin, bool on);
   void SetGndPin(std::uint8_t pin, bool on);
+  void SetVppPin(std::uint8_t pin, bool on);
   void AllOff();
 
   /// Breaks the line on which the chip answers, whichever it is: what is read of it is always
   /// `high`.
   void StickAnswer(bool high) { answer_stuck_ = high; }
 
+  /// Has `watch` see every change from now on.
+  void Watch(SocketWatch& watch) { watch_ = &watch; }
+
+  /// The lines have changed: `levels` as the programmer drives them.
   void Observe(Lines levels) {
     if (chip_ != nullptr) chip_->Observe(levels);
   }
+  [[nodiscard]] bool watched() const { return watch_ != nullptr; }
+  /// For the watch: `driven` as the programmer drives them, and the lines that it does not drive.
+  void ShowLines(Lines driven, Lines released);
   /// The level of `line` as the chip drives it; low where it drives nothing.
   [[nodiscard]] bool Level(Lines line) const {
     if (answer_stuck_) return *answer_stuck_;
@@ -46,14 +67,20 @@ class Socket {
   using PinSet = std::bitset<256>;
 
   void Update();
+  void ShowWatch();
 
   Chip* chip_;
   SupplyPins pins_;
   PinSet vcc_on_;
   PinSet gnd_on_;
+  PinSet vpp_on_;
   std::int32_t supply_ = 0;
+  bool supplied_ = false;  ///< with whatever voltage
   bool powered_ = false;
   std::optional<bool> answer_stuck_;
+  SocketWatch* watch_ = nullptr;
+  Lines driven_ = 0;  ///< by the programmer; followed for the watch only
+  Lines released_ = 0;
 };
 
 }  // namespace fliglaf::simulator

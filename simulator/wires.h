@@ -21,7 +21,12 @@ class Wires {
     ports_.Preset(high);
     Changed();
   }
-  /// A port register, found once and written often.
+  /// Has `watch` see the lines as they are now, and every change from now on.
+  void Watch(SocketWatch& watch) {
+    socket_.Watch(watch);
+    Changed();
+  }
+  /// A port register, found once and written often, by something that keeps time itself.
   class Register {
    public:
     /// `number` 0 to 11; what is written to others goes nowhere.
@@ -56,7 +61,13 @@ class Wires {
   }
 
  private:
-  void Changed() { socket_.Observe(ports_.outputs() & (~ports_.inputs() | driven_inputs_)); }
+  void Changed() {
+    const Lines inputs = ports_.inputs() & ~driven_inputs_;
+    socket_.Observe(ports_.outputs() & ~inputs);
+    if (socket_.watched()) [[unlikely]] {
+      socket_.ShowLines(ports_.outputs() & ~inputs, inputs);
+    }
+  }
 
   Clock& clock_;
   Socket& socket_;

@@ -30,6 +30,10 @@ void JtagChip::Observe(Lines levels) {
   }
 }
 
+std::vector<Signal> JtagChip::Signals() const {
+  return {{"tck", wiring_.tck}, {"tms", wiring_.tms}, {"tdi", wiring_.tdi}, {"tdo", wiring_.tdo}};
+}
+
 void JtagChip::Rise(bool tms, bool tdi) {
   switch (state_) {
     case TapState::kCaptureDr:

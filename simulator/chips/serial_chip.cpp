@@ -29,6 +29,15 @@ void SerialChip::Observe(Lines levels) {
   }
 }
 
+std::vector<Signal> SerialChip::Signals() const {
+  std::vector<Signal> signals{{"reset", wiring_.reset},
+                              {"sck", wiring_.clock},
+                              {"mosi", wiring_.data_in},
+                              {"miso", wiring_.data_out}};
+  if (wiring_.select != 0) signals.insert(signals.begin() + 1, {"cs", wiring_.select});
+  return signals;
+}
+
 void SerialChip::FramingMoved(Lines levels, Lines changed) {
   if ((changed & wiring_.reset) != 0) ResetMoved(levels);
   if ((changed & wiring_.select) != 0) SelectMoved(levels);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "simulator/chip.h"
 #include "simulator/clock.h"
@@ -16,6 +17,7 @@ class SerialChip : public Chip {
  public:
   void Power(bool on) final;
   void Observe(Lines levels) final;
+  [[nodiscard]] std::vector<Signal> Signals() const final;
 
  protected:
   /// Times in ns from which the interface listens: after its reset, and after the supply has come.
