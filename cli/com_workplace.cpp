@@ -39,14 +39,17 @@ void SetUpStandIns(const Options& options, const DeviceProfile& device, std::int
   set(L"FLIGLAF_SIM_CHIP", options.chip_file.wstring());
   set(L"FLIGLAF_SIM_FAULTS", faults);
   set(L"FLIGLAF_SIM_REALTIME", options.real_time ? L"1" : L"");
+  set(L"FLIGLAF_SIM_VCD", options.waveform_file.wstring());
   platform::AddLibraryFolder(platform::ProgramFolder() / "simulator");
 }
 
 /// Whether the options ask for something that can be had, before anything is done.
 void CheckBench(const Options& options, const DeviceProfile& device, std::int16_t instance) {
-  const SimulatedBench bench(
-      device, instance,
-      {.chip_file = options.chip_file, .faults = options.faults, .real_time = options.real_time});
+  const SimulatedBench bench(device, instance,
+                             {.chip_file = options.chip_file,
+                              .faults = options.faults,
+                              .real_time = options.real_time,
+                              .waveform_file = options.waveform_file});
 }
 
 class ComWorkplace : public Workplace {
@@ -75,7 +78,8 @@ class ComWorkplace : public Workplace {
   /// The library hides the programmer: its host sees a request that has not run.
   [[nodiscard]] StartUp start_up() const override { return StartUp::kNotTold; }
 
-  /// The stand-ins keep the chip's contents, and the library its record, as each run ends.
+  /// The stand-ins keep the chip's contents, and the library its record, as each run ends; the
+  /// waveform is complete when the library goes.
   void Keep() override {
     if (!not_recorded_.empty()) throw ImageError("the run is not recorded: " + not_recorded_);
   }

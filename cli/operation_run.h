@@ -29,7 +29,8 @@ class OperationRun {
   /// that is success the report's message is left to the caller.
   [[nodiscard]] Report Run(std::span<const std::uint8_t> codes, Recorded recorded = Recorded::kYes);
 
-  /// Writes what the run leaves behind, whatever became of it: the chip's contents and the record.
+  /// Writes what the run leaves behind, whatever became of it: the chip's contents, the
+  /// waveform and the record.
   /// Throws ImageError.
   void Keep() { workplace_->Keep(); }
 

@@ -159,12 +159,17 @@ class Parser {
     CLI::Option* const real_time =
         sub->add_flag("--real-time", options_.real_time, "Take as long as the bench would")
             ->group(group);
+    CLI::Option* const waveform =
+        AddPath(sub, "--vcd", options_.waveform_file,
+                "Write a Value Change Dump of the lines, for GTKWave, PulseView and sigrok-cli")
+            ->group(group);
     if (!HasHardware()) return;
     sub->add_flag("--hardware", options_.hardware,
                   "Work with the programmer that is installed, not with the simulated bench")
         ->excludes(chip)
         ->excludes(fault)
-        ->excludes(real_time);
+        ->excludes(real_time)
+        ->excludes(waveform);
   }
 
   void AddImageOptions(CLI::App* sub) {

@@ -52,7 +52,8 @@ struct Options {
   std::filesystem::path chip_file;
   std::vector<std::string> faults;
   bool real_time = false;
-  bool hardware = false;  ///< the programmer itself instead of the simulated bench
+  std::filesystem::path waveform_file;  ///< where to write what happens at the socket
+  bool hardware = false;                ///< the programmer itself instead of the simulated bench
 
   bool json = false;
   ProgressStyle progress = ProgressStyle::kAuto;

@@ -28,7 +28,8 @@ class PortableWorkplace : public Workplace {
         bench_(device, instance,
                {.chip_file = options.chip_file,
                 .faults = options.faults,
-                .real_time = options.real_time}),
+                .real_time = options.real_time,
+                .waveform_file = options.waveform_file}),
         watch_(bench_.programmer()),
         desktop_(bench_.bench(), LocalSecondsSinceMidnight()) {
     desktop_.on_turn = [this] { return on_turn(); };
@@ -57,6 +58,7 @@ class PortableWorkplace : public Workplace {
 
   void Keep() override {
     bench_.KeepChip();
+    bench_.KeepWaveform();
     if (options_.record_file.empty()) return;
     if (!record_problem_.empty()) {
       throw ImageError(fmt::format("{}: the run cannot be recorded: {}",

@@ -48,6 +48,9 @@ SimulatedBench::SimulatedBench(const DeviceProfile& device, std::int16_t instanc
         bench_->programmer(), faults.failing_call->operation, faults.failing_call->nth);
   }
   if (!chip_file_.empty()) LoadChip();
+  if (!settings.waveform_file.empty()) {
+    waveform_ = std::make_unique<WaveformFile>(settings.waveform_file, device_, *bench_);
+  }
 }
 
 Programmer& SimulatedBench::programmer() {
@@ -71,6 +74,10 @@ void SimulatedBench::KeepChip() {
   if (chip_file_.empty()) return;
   const std::string text = simulator::SaveChip(bench_->chip(), device_);
   WriteFileWhole(chip_file_, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+}
+
+void SimulatedBench::KeepWaveform() {
+  if (waveform_ != nullptr) waveform_->Keep();
 }
 
 }  // namespace fliglaf::cli

@@ -5,6 +5,7 @@
 #include <span>
 #include <string>
 
+#include "cli/waveform_file.h"
 #include "devices/device_profile.h"
 #include "simulator/bench.h"
 #include "usb/programmer.h"
@@ -19,6 +20,7 @@ class SimulatedBench {
     std::filesystem::path chip_file;  ///< empty: the chip is new and forgotten afterwards
     std::span<const std::string> faults;
     bool real_time = false;
+    std::filesystem::path waveform_file = {};  ///< empty: none
   };
 
   /// Throws UsageError for a device without a simulated chip, a fault that there is none of, and a
@@ -30,6 +32,8 @@ class SimulatedBench {
 
   /// Writes the chip's contents to its file, if there is one. Throws ImageError when that fails.
   void KeepChip();
+  /// Completes the waveform, if one was asked for: it ends here. Throws ImageError when that fails.
+  void KeepWaveform();
 
  private:
   void LoadChip();
@@ -38,6 +42,7 @@ class SimulatedBench {
   std::filesystem::path chip_file_;
   std::unique_ptr<simulator::Bench> bench_;
   std::unique_ptr<Programmer> failing_;  ///< around the bench's programmer, where a call is to fail
+  std::unique_ptr<WaveformFile> waveform_;
 };
 
 }  // namespace fliglaf::cli

@@ -35,7 +35,8 @@ class Workplace {
   virtual void Run(HostSession& session, Recorded recorded) = 0;
   [[nodiscard]] virtual StartUp start_up() const = 0;
 
-  /// Writes what the run leaves behind, whatever became of it: the chip's contents and the record.
+  /// Writes what the run leaves behind, whatever became of it: the chip's contents, the
+  /// waveform and the record.
   /// Throws ImageError.
   virtual void Keep() = 0;
 };

@@ -61,7 +61,12 @@ IoHelper::IoHelper() {
 }
 
 IoHelper::~IoHelper() {
-  if (--Helpers() == 0) EndComponents();
+  if (--Helpers() > 0) return;
+  try {
+    EndComponents();
+  } catch (const std::exception& error) {
+    Complain(error);
+  }
 }
 
 HRESULT IoHelper::EndRun() noexcept {

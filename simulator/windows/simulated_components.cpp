@@ -69,14 +69,16 @@ SimulatedComponents*& Current() {
 }  // namespace
 
 SimulatedComponents::SimulatedComponents() {
-  for (const std::string& folder : ListSetting(L"FLIGLAF_SIM_DEVICES")) devices_.AddFolder(Utf8Path(folder));
+  for (const std::string& folder : ListSetting(L"FLIGLAF_SIM_DEVICES"))
+    devices_.AddFolder(Utf8Path(folder));
   const std::vector<std::string> faults = ListSetting(L"FLIGLAF_SIM_FAULTS");
   bench_ = std::make_unique<cli::SimulatedBench>(
       Device(devices_), InstanceNumber(),
       cli::SimulatedBench::Settings{
           .chip_file = platform::EnvironmentText(L"FLIGLAF_SIM_CHIP"),
           .faults = faults,
-          .real_time = !platform::EnvironmentText(L"FLIGLAF_SIM_REALTIME").empty()});
+          .real_time = !platform::EnvironmentText(L"FLIGLAF_SIM_REALTIME").empty(),
+          .waveform_file = platform::EnvironmentText(L"FLIGLAF_SIM_VCD")});
   bench_->bench().programmer().on_turn = [this] { desktop_.DoEvents(); };
 }
 
@@ -107,6 +109,7 @@ SimulatedComponents& TheComponents() {
 
 void EndComponents() {
   const std::unique_ptr<SimulatedComponents> ended(std::exchange(Current(), nullptr));
+  if (ended != nullptr) ended->KeepWaveform();
 }
 
 }  // namespace fliglaf::simulator

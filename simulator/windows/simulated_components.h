@@ -13,7 +13,8 @@ namespace fliglaf::simulator {
 /// profiles, separated by ';'), FLIGLAF_SIM_INSTANCE (number of the shared
 /// blocks, 0 unless given), FLIGLAF_SIM_CHIP (file that keeps the chip's contents),
 /// FLIGLAF_SIM_FAULTS (as the command line's --fault, separated by ';'), FLIGLAF_SIM_REALTIME (any
-/// text: every call takes as long as on the bench).
+/// text: every call takes as long as on the bench), FLIGLAF_SIM_VCD (file for a waveform, complete
+/// when the components end).
 class SimulatedComponents {
  public:
   /// Throws std::exception with a text that names the variable or file that is wrong.
@@ -22,6 +23,8 @@ class SimulatedComponents {
   [[nodiscard]] Programmer& programmer() { return bench_->programmer(); }
   /// Ends the run and writes the chip's file, if there is one.
   void EndRun();
+  /// Completes the waveform, if there is one. Throws ImageError.
+  void KeepWaveform() { bench_->KeepWaveform(); }
   /// Starts a transfer; it goes on in the turns of the caller's message loop.
   void StartTransfer(std::span<std::uint8_t> destination, std::uint8_t& status);
 
@@ -36,7 +39,7 @@ class SimulatedComponents {
 
 /// The one of the process: begins with the first use.
 [[nodiscard]] SimulatedComponents& TheComponents();
-/// Ends it: called when the last helper object goes.
+/// Ends it: called when the last helper object goes. Throws what KeepWaveform throws.
 void EndComponents();
 
 }  // namespace fliglaf::simulator

@@ -1,69 +1,21 @@
 // The program as a user runs it.
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <random>
-#include <sstream>
-#include <string>
-#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 #include <vector>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "tests/cli/program_fixture.h"
 
+namespace fliglaf {
 namespace {
 
 namespace fs = std::filesystem;
+using test::ReadText;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-std::string ReadText(const fs::path& file) {
-  std::ostringstream text;
-  text << std::ifstream(file, std::ios::binary).rdbuf();
-  return text.str();
-}
-
-class Program : public testing::Test {
- protected:
-  Program() {
-    std::string pattern = (fs::temp_directory_path() / "fliglaf-test-XXXXXX").string();
-    folder_ = mkdtemp(pattern.data());
-    std::mt19937 random(17);
-    std::string bytes(8192, '\0');
-    for (char& byte : bytes) byte = static_cast<char>(random());
-    std::ofstream(folder_ / "random.bin", std::ios::binary) << bytes;
-  }
-  ~Program() override { fs::remove_all(folder_); }
-
-  /// Starts the program in the test's folder, its output going to the files out and err.
-  pid_t Start(const std::string& arguments) {
-    const std::string command = "cd '" + folder_.string() + "' && exec '" FLIGLAF_PROGRAM "' " +
-                                arguments + " >out 2>err </dev/null";
-    const pid_t child = fork();
-    if (child == 0) {
-      execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
-      _exit(127);
-    }
-    return child;
-  }
-  int Wait(pid_t child) {
-    int status = 0;
-    waitpid(child, &status, 0);
-    out_ = ReadText(folder_ / "out");
-    err_ = ReadText(folder_ / "err");
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  }
-  int Run(const std::string& arguments) { return Wait(Start(arguments)); }
-
-  fs::path folder_;
-  std::string out_;
-  std::string err_;
-};
+using Program = test::ProgramTest;
 
 TEST_F(Program, CarriesAnImageToTheChipAndBackInEveryFormat) {
   ASSERT_EQ(Run("program isp51-8k random.bin --chip c --margin 1"), 0) << err_;
@@ -127,6 +79,8 @@ TEST_F(Program, RefusesBadInputBeforeAnythingIsDone) {
            Case{"signature isp51-4k --no-signature", "nothing to do"},
            Case{"lock isp51-4k 4", "levels 1 to 3"},
            Case{"blank isp51-4k --record none/x.run", "none"},
+           Case{"blank isp51-4k --vcd none/x.vcd", "none/x.vcd: there is no folder none"},
+           Case{"config isp-page-16k --vcd .", ".: is a folder"},
            Case{"blank isp51-4k --fault smoke", "--fault smoke: expected no-programmer"},
            Case{"blank isp51-4k --fault stuck=4096.0=1", "from 0 to 4095"},
            Case{"blank isp51-4k --chip bad.chip", "bad.chip:4: the row goes beyond"},
@@ -146,7 +100,7 @@ TEST_F(Program, StopsAtASignalWithTheSocketOff) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     fs::remove(folder_ / "err");
     const pid_t run =
-        Start("program isp51-8k random.bin --no-erase --real-time --chip c --record r");
+        Start("program isp51-8k random.bin --no-erase --real-time --chip c --record r --vcd v");
     while (ReadText(folder_ / "err").find("Program") == std::string::npos) {
       std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
@@ -155,6 +109,8 @@ TEST_F(Program, StopsAtASignalWithTheSocketOff) {
     EXPECT_THAT(out_, HasSubstr(">><Program>\n>>Stopped\n>> "));
     EXPECT_EQ(Run("replay r --explain"), 0) << out_ << err_;
     EXPECT_THAT(ReadText(folder_ / "c"), StartsWith("fliglaf chip 1\ndevice isp51-8k\narea flash"));
+    EXPECT_THAT(ReadText(folder_ / "v"), testing::ContainsRegex("\n0e\n#[0-9]+\n$"))
+        << "vcc is off";
   }
 }
 
@@ -224,3 +180,4 @@ TEST_F(Program, ShowsProgressAsAskedFor) {
 }
 
 }  // namespace
+}  // namespace fliglaf

@@ -1,0 +1,66 @@
+// The program as a user runs it, in a folder of its own.
+#pragma once
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace fliglaf::test {
+
+inline std::string ReadText(const std::filesystem::path& file) {
+  std::ostringstream text;
+  text << std::ifstream(file, std::ios::binary).rdbuf();
+  return text.str();
+}
+
+/// Runs the program, and other commands.
+class ProgramTest : public testing::Test {
+ protected:
+  ProgramTest() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "fliglaf-test-XXXXXX").string();
+    folder_ = mkdtemp(pattern.data());
+    std::mt19937 random(17);
+    std::string bytes(8192, '\0');
+    for (char& byte : bytes) byte = static_cast<char>(random());
+    std::ofstream(folder_ / "random.bin", std::ios::binary) << bytes;
+  }
+  ~ProgramTest() override { std::filesystem::remove_all(folder_); }
+
+  /// Starts a command in the test's folder, its output going to the files out and err.
+  pid_t StartCommand(const std::string& command) {
+    const std::string line =
+        "cd '" + folder_.string() + "' && exec " + command + " >out 2>err </dev/null";
+    const pid_t child = fork();
+    if (child == 0) {
+      execl("/bin/sh", "sh", "-c", line.c_str(), nullptr);
+      _exit(127);
+    }
+    return child;
+  }
+  /// Starts the program.
+  pid_t Start(const std::string& arguments) {
+    return StartCommand("'" FLIGLAF_PROGRAM "' " + arguments);
+  }
+  int Wait(pid_t child) {
+    int status = 0;
+    waitpid(child, &status, 0);
+    out_ = ReadText(folder_ / "out");
+    err_ = ReadText(folder_ / "err");
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+  int Run(const std::string& arguments) { return Wait(Start(arguments)); }
+
+  std::filesystem::path folder_;
+  std::string out_;
+  std::string err_;
+};
+
+}  // namespace fliglaf::test
