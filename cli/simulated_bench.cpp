@@ -21,6 +21,7 @@ simulator::ChipDescription Describe(const DeviceProfile& device) {
           .signature = {signature.maker, signature.device, signature.third},
           .supply = {.vcc = device.vcc_pins,
                      .gnd = device.gnd_pins,
+                     .vpp = device.vpp_pins,
                      .nominal_millivolts = device.supply * 10},
           .byte_write_us = device.chip.byte_write_us,
           .page_write_us = device.chip.page_write_us,

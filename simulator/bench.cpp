@@ -114,6 +114,7 @@ std::unique_ptr<Chip> MakeFlashRegisterChip(const ChipDescription& description,
 }
 
 std::unique_ptr<Chip> MakeTwoWireChip(const ChipDescription& description, const Clock& clock) {
+  constexpr std::uint8_t kFirstWithVpp = 30;
   const auto& [maker, device, revision] = description.signature;
   return std::make_unique<TwoWireChip>(
       clock, TwoWireWiringOf(description.family, description.option),
@@ -121,6 +122,7 @@ std::unique_ptr<Chip> MakeTwoWireChip(const ChipDescription& description, const 
                    .page_bytes = description.page_bytes,
                    .device = device,
                    .revision = revision,
+                   .needs_vpp = description.family == 12 && description.option >= kFirstWithVpp,
                    .byte_write = description.byte_write_us * Clock::kMicrosecond,
                    .device_erase = description.erase_ms * Clock::kMillisecond});
 }

@@ -43,6 +43,8 @@ class Chip {
 
   /// The supply has come or gone. A write in progress completes all the same.
   virtual void Power(bool on) = 0;
+  /// The programming voltage has come to its pin, or gone.
+  virtual void ProgrammingVoltage(bool /*on*/) {}
   /// The lines have changed: `levels` as the programmer drives them, 0 where it does not.
   virtual void Observe(Lines levels) = 0;
   /// The lines that the chip drives, and their levels.

@@ -43,6 +43,11 @@ void Socket::Update() {
     powered_ = powered;
     chip_->Power(powered);
   }
+  const bool vpp = chip_ != nullptr && !pins_.vpp.empty() && all_on(pins_.vpp, vpp_on_);
+  if (vpp != vpp_at_chip_) {
+    vpp_at_chip_ = vpp;
+    chip_->ProgrammingVoltage(vpp);
+  }
   if (watch_ != nullptr) ShowWatch();
 }
 

@@ -14,6 +14,7 @@ namespace fliglaf::simulator {
 struct SupplyPins {
   std::vector<std::uint8_t> vcc;
   std::vector<std::uint8_t> gnd;
+  std::vector<std::uint8_t> vpp = {};  ///< of the programming voltage, if it has any
   std::int32_t nominal_millivolts = 5000;
 };
 
@@ -47,6 +48,11 @@ class Socket {
   /// `high`.
   void StickAnswer(bool high) { answer_stuck_ = high; }
 
+  /// Joins the programmer's input to the line on which the chip answers, whichever it is and
+  /// whatever the programmer itself drives there: what an adapter does.
+  void JoinInput() { input_joined_ = true; }
+  [[nodiscard]] bool input_joined() const { return input_joined_; }
+
   /// Has `watch` see every change from now on.
   void Watch(SocketWatch& watch) { watch_ = &watch; }
 
@@ -77,6 +83,8 @@ class Socket {
   std::int32_t supply_ = 0;
   bool supplied_ = false;  ///< with whatever voltage
   bool powered_ = false;
+  bool vpp_at_chip_ = false;
+  bool input_joined_ = false;
   std::optional<bool> answer_stuck_;
   SocketWatch* watch_ = nullptr;
   Lines driven_ = 0;  ///< by the programmer; followed for the watch only

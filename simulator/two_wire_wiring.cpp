@@ -12,7 +12,7 @@ constexpr Lines P(int port, std::uint8_t mask) { return LinesOf(2 * port, mask);
 
 constexpr TwoWireWiring Wired(Lines clock, Lines data, Lines high, Lines low = 0,
                               Lines reset_enable = 0) {
-  return {clock, data, high | low, high, reset_enable};
+  return {clock, 0, data, high | low, high, reset_enable};
 }
 
 struct Variant {
@@ -46,7 +46,8 @@ constexpr std::array kFamily12{
 };
 // clang-format on
 
-constexpr TwoWireWiring kFamily16 = Wired(P(1, 0x04) | P(2, 0x04), P(1, 0x10), 0);
+constexpr TwoWireWiring kFamily16{
+    .clock = P(1, 0x04), .clock_hold = P(2, 0x04), .data = P(1, 0x10), .routing = 0, .joined = 0};
 constexpr std::uint8_t kFamily16Option = 16;
 
 }  // namespace

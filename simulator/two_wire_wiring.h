@@ -8,8 +8,9 @@ namespace fliglaf::simulator {
 
 /// Where a chip's clock and data line are wired to.
 struct TwoWireWiring {
-  Lines clock;  ///< high while all of them are
-  Lines data;   ///< both ways
+  Lines clock;
+  Lines clock_hold;  ///< holds the clock low while it is low itself; may be none
+  Lines data;        ///< both ways
   /// Lines that join the programmer to the chip, and the levels at which they do.
   Lines routing;
   Lines joined;

@@ -39,6 +39,12 @@ std::vector<MemoryArea> TwoWireChip::Memory() {
           {"lock", cells.subspan(model_.main_bytes, 1), FlashArray::kErased}};
 }
 
+std::vector<Signal> TwoWireChip::Signals() const {
+  std::vector<Signal> signals{{"clk", wiring_.clock}, {"data", wiring_.data}};
+  if (wiring_.clock_hold != 0) signals.push_back({"reset", wiring_.clock_hold});
+  return signals;
+}
+
 // The lines
 
 void TwoWireChip::Power(bool on) {
@@ -62,10 +68,11 @@ void TwoWireChip::Restart() {
 
 void TwoWireChip::Observe(Lines levels) {
   const bool joined = (levels & wiring_.routing) == wiring_.joined;
-  const bool high = !joined || (levels & wiring_.clock) == wiring_.clock;
+  const Lines clock = wiring_.clock | wiring_.clock_hold;
+  const bool high = !joined || (levels & clock) == clock;
   if (high == clock_high_) return;
   clock_high_ = high;
-  if (!powered_) return;
+  if (!powered_ || (model_.needs_vpp && !vpp_)) return;
   if (!high) {
     fell_at_ = clock_.now();
     return Fall();

@@ -18,6 +18,7 @@ struct TwoWireModel {
   std::size_t page_bytes;  ///< above 0
   std::uint8_t device;     ///< register 0
   std::uint8_t revision;   ///< register 1
+  bool needs_vpp;          ///< does not listen without the programming voltage
   std::int64_t byte_write;
   std::int64_t device_erase;
 };
@@ -44,7 +45,9 @@ class TwoWireChip : public Chip {
   TwoWireChip(const Clock& clock, const TwoWireWiring& wiring, const TwoWireModel& model);
 
   void Power(bool on) override;
+  void ProgrammingVoltage(bool on) override { vpp_ = on; }
   void Observe(Lines levels) override;
+  [[nodiscard]] std::vector<Signal> Signals() const override;
   [[nodiscard]] std::vector<MemoryArea> Memory() override;
   void Break(const StuckBit& stuck) override { flash_.Break(stuck); }
 
@@ -98,6 +101,7 @@ class TwoWireChip : public Chip {
   TwoWireModel model_;
   FlashArray flash_;
   bool powered_ = false;
+  bool vpp_ = false;
 
   // The lines.
   bool clock_high_ = true;

@@ -28,7 +28,7 @@ TestDevice Device(std::uint8_t family, std::uint8_t option, std::int32_t flash,
                    .flash_bytes = static_cast<std::uint32_t>(flash - 1),
                    .page_bytes = static_cast<std::uint32_t>(page),
                    .signature = {0, 0x0D, 0x02},
-                   .supply = {.vcc = {40}, .gnd = {20}},
+                   .supply = {.vcc = {40}, .gnd = {20}, .vpp = {1}},
                    .byte_write_us = 40,
                    .erase_ms = 20},
           .size = flash + page,
@@ -48,6 +48,7 @@ void SetRandomImage(TestHost& host, unsigned seed) {
   Bytes image = RandomBytes(static_cast<std::size_t>(host.vars.quorinbuflength[0]), seed);
   image[MainArray(host).size()] = 0xFF;
   host.SetImage(image);
+  host.vars.quorinbvpppin[0] = 1;
   host.vars.quorinwltbigendbuf[1] = static_cast<std::int32_t>(MainArray(host).size());
 }
 
