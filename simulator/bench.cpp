@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "simulator/chips/avr_jtag_chip.h"
+#include "simulator/chips/config_word_chip.h"
 #include "simulator/chips/flash_register_chip.h"
 #include "simulator/chips/framed_page_chip.h"
 #include "simulator/chips/isp51_chip.h"
@@ -139,7 +140,17 @@ SupplyPins SupplyOf(const ChipDescription& description) {
   return supply;
 }
 
+std::unique_ptr<Chip> MakeConfigWordChip(const ChipDescription& description, const Clock& clock) {
+  const ConfigWordPart& part = *description.config_words;
+  return std::make_unique<ConfigWordChip>(
+      clock, ConfigWordWiringOf(part.socket),
+      ConfigWordModel{.words = part.words,
+                      .vpp_first = part.vpp_first,
+                      .word_write = description.config_write_us * Clock::kMicrosecond});
+}
+
 std::unique_ptr<Chip> MakeChip(const ChipDescription& description, const Clock& clock) {
+  if (description.config_words) return MakeConfigWordChip(description, clock);
   switch (description.family) {
     case 1:
       return std::make_unique<Isp51Chip>(
@@ -185,6 +196,7 @@ Bench::Bench(const ChipDescription& description, std::int16_t instance, const Fa
       chip_(MakeChip(description, clock_)),
       socket_(faults.no_chip ? nullptr : chip_.get(), SupplyOf(description)),
       programmer_(clock_, socket_, instance, faults.programmer) {
+  if (description.config_words) socket_.JoinInput();
   if (faults.stuck_bit) chip_->Break(*faults.stuck_bit);
   if (faults.answer_stuck) socket_.StickAnswer(*faults.answer_stuck);
 }

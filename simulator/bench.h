@@ -9,10 +9,18 @@
 #include "platform/portable/time_source.h"
 #include "simulator/chip.h"
 #include "simulator/clock.h"
+#include "simulator/config_word_wiring.h"
 #include "simulator/simulated_programmer.h"
 #include "simulator/socket.h"
 
 namespace fliglaf::simulator {
+
+/// A part with configuration words, and the socket for it.
+struct ConfigWordPart {
+  ConfigWordSocket socket = {};
+  int words = 1;           ///< 1 or 2
+  bool vpp_first = false;  ///< the programming voltage comes ahead of the supply
+};
 
 /// The part that goes into the socket.
 struct ChipDescription {
@@ -30,6 +38,7 @@ struct ChipDescription {
   std::int64_t erase_ms = 0;
   std::int64_t lock_write_ms = 0;
   std::int64_t start_up_ms = 0;  ///< from the supply to the first instruction
+  std::optional<ConfigWordPart> config_words = std::nullopt;  ///< then it is nothing else
 };
 
 /// What is to go wrong.

@@ -11,6 +11,7 @@ std::uint8_t Data(const ShifterBytes& bytes, bool bit) { return bit ? bytes.data
 }  // namespace
 
 void Shifter::OutHighFirst(const ShifterBytes& bytes, std::uint8_t value) {
+  const Wires::Driving driving(wires_, bytes.line_register, bytes.clock | bytes.data_out);
   Wires::Register line(wires_, bytes.line_register);
   for (int bit = kBitsOfAByte - 1; bit >= 0; --bit) {
     ClockBit(line, bytes, Data(bytes, (value >> bit & 1) != 0));
@@ -19,8 +20,12 @@ void Shifter::OutHighFirst(const ShifterBytes& bytes, std::uint8_t value) {
 }
 
 void Shifter::OutLowFirst(const ShifterBytes& bytes, std::uint8_t value) {
-  const int count =
-      bytes.low_bits >= 1 && bytes.low_bits <= kBitsOfAByte ? bytes.low_bits : kBitsOfAByte;
+  const bool group = bytes.low_bits >= 1 && bytes.low_bits <= kBitsOfAByte;
+  OutLowBits(bytes, value, group ? bytes.low_bits : kBitsOfAByte);
+}
+
+void Shifter::OutLowBits(const ShifterBytes& bytes, std::uint8_t value, int count) {
+  const Wires::Driving driving(wires_, bytes.line_register, bytes.clock | bytes.data_out);
   Wires::Register line(wires_, bytes.line_register);
   for (int bit = 0; bit < count; ++bit) {
     ClockBit(line, bytes, Data(bytes, (value >> bit & 1) != 0));
@@ -29,6 +34,7 @@ void Shifter::OutLowFirst(const ShifterBytes& bytes, std::uint8_t value) {
 }
 
 void Shifter::OutLast(const ShifterBytes& bytes, std::uint8_t value, int count) {
+  const Wires::Driving driving(wires_, bytes.line_register, bytes.clock | bytes.data_out);
   Wires::Register line(wires_, bytes.line_register);
   for (int bit = kBitsOfAByte - 1; bit >= kBitsOfAByte - count; --bit) {
     const std::uint8_t data = Data(bytes, (value >> bit & 1) != 0);
@@ -39,23 +45,15 @@ void Shifter::OutLast(const ShifterBytes& bytes, std::uint8_t value, int count) 
 }
 
 void Shifter::Walk(const ShifterBytes& bytes, int low_pulses) {
+  const Wires::Driving driving(wires_, bytes.line_register, bytes.clock | bytes.data_out);
   Wires::Register line(wires_, bytes.line_register);
   ClockBit(line, bytes, bytes.mode_select);
   for (int pulse = 0; pulse < low_pulses; ++pulse) ClockBit(line, bytes, 0);
   Rest(line, bytes);
 }
 
-void Shifter::OutShared(const ShifterBytes& bytes, std::uint8_t value, int count) {
-  wires_.DriveInputs(LinesOf(bytes.line_register, bytes.data_out));
-  Wires::Register line(wires_, bytes.line_register);
-  for (int bit = 0; bit < count; ++bit) {
-    ClockBit(line, bytes, Data(bytes, (value >> bit & 1) != 0));
-  }
-  Rest(line, bytes);
-  wires_.DriveInputs(0);
-}
-
 std::uint8_t Shifter::In(const ShifterBytes& bytes) {
+  const Wires::Driving driving(wires_, bytes.line_register, bytes.clock);
   Wires::Register line(wires_, bytes.line_register);
   unsigned value = 0;
   for (int bit = 0; bit < kBitsOfAByte; ++bit) {

@@ -25,7 +25,8 @@ struct ShifterBytes {
 };
 static_assert(sizeof(ShifterBytes) == 12);
 
-/// The programmer's shifter: clocks bytes over the lines at 1 MHz.
+/// The programmer's shifter: clocks bytes over the lines at 1 MHz. It drives its clock, and its
+/// data output while it sends, although they may be inputs by their mask.
 class Shifter {
  public:
   static constexpr std::int64_t kHalfBit = 500;  ///< ns
@@ -40,8 +41,8 @@ class Shifter {
   void OutLast(const ShifterBytes& bytes, std::uint8_t value, int count);
   /// A step of a scan: one pulse with TMS high, then `low_pulses` with TMS low.
   void Walk(const ShifterBytes& bytes, int low_pulses);
-  /// The low `count` bits of `value` out, bit 0 first, over a data line that is an input as well.
-  void OutShared(const ShifterBytes& bytes, std::uint8_t value, int count);
+  /// The low `count` bits out, bit 0 first.
+  void OutLowBits(const ShifterBytes& bytes, std::uint8_t value, int count);
   /// One byte in, bit 7 first, with the data output low.
   [[nodiscard]] std::uint8_t In(const ShifterBytes& bytes);
 

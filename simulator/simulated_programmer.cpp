@@ -57,7 +57,8 @@ std::int32_t SimulatedProgrammer::OpenProgrammer() {
 }
 
 /// The port lines of a programmer on USB come up high.
-void SimulatedProgrammer::PresetLines() { wires_.Preset(true); }
+/// The lines of a programmer on USB come up high, those of one on the parallel port low.
+void SimulatedProgrammer::PresetLines() { wires_.Preset(lines_come_up_high_); }
 
 /// The blocks are held for a run only: their host may make them anew, of another size, after it.
 void SimulatedProgrammer::OpenBlocks() {
@@ -217,10 +218,10 @@ std::optional<std::uint8_t> SimulatedProgrammer::Execute(std::uint8_t value,
       shifter_.Walk(shifter_bytes(), 2);
       return std::nullopt;
     case reg::kFrameBit:
-      shifter_.OutShared(shifter_bytes(), value >> 7, 1);
+      shifter_.OutLowBits(shifter_bytes(), value >> 7, 1);
       return std::nullopt;
     case reg::kFrameByte:
-      shifter_.OutShared(shifter_bytes(), value, 8);
+      shifter_.OutLowBits(shifter_bytes(), value, 8);
       return std::nullopt;
     case reg::kFrameIn:
       return shifter_.In(shifter_bytes());

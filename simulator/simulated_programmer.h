@@ -39,6 +39,12 @@ class SimulatedProgrammer : public Programmer {
   /// Has `watch` see the socket as it is now, and every change from now on.
   void Watch(SocketWatch& watch) { wires_.Watch(watch); }
 
+  /// Makes it one on the parallel port.
+  void AttachToParallelPort() {
+    lines_come_up_high_ = false;
+    PresetLines();
+  }
+
   /// News of a running transfer, for whoever waits in virtual time.
   [[nodiscard]] std::optional<std::int64_t> NextEvent() const { return pipe_.NextEvent(); }
   void Poll() { pipe_.Poll(clock_.now()); }
@@ -97,6 +103,7 @@ class SimulatedProgrammer : public Programmer {
   SharedVariables vars_;
   std::vector<QueueEntry> queue_;
   std::uint8_t captured_ = 0;
+  bool lines_come_up_high_ = true;
   /// What registers 0x36 to 0x3E set, in the place of the shared block's bytes.
   std::optional<std::array<std::uint8_t, sizeof(ShifterBytes)>> register_setup_;
 };

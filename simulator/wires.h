@@ -50,8 +50,19 @@ class Wires {
   };
 
   void Write(int number, std::uint8_t value) { Register(*this, number).Write(value); }
-  /// Lines that the programmer drives although their input mask is set, until it is told others.
-  void DriveInputs(Lines lines) { driven_inputs_ = lines; }
+  /// Lines that are driven although their input mask is set, while this lives.
+  class Driving {
+   public:
+    Driving(Wires& wires, int number, int mask) : wires_(wires) {
+      wires.driven_inputs_ = LinesOf(number, static_cast<std::uint8_t>(mask));
+    }
+    ~Driving() { wires_.driven_inputs_ = 0; }
+    Driving(const Driving&) = delete;
+    Driving& operator=(const Driving&) = delete;
+
+   private:
+    Wires& wires_;
+  };
   /// The levels of the lines of port register `number` within `mask`, any of them high: an input as
   /// the chip drives it, an output as the programmer itself does.
   [[nodiscard]] bool Sample(int number, std::uint8_t mask) const {

@@ -141,6 +141,13 @@ class TestHost {
     }
   }
 
+  /// From now on requests go to the parallel engine, whose range ends behind the last address.
+  void UseParallelPort() {
+    usbenable_ = 0;
+    bench.programmer().AttachToParallelPort();
+    ++vars.quorinwltbigendbuf[1];
+  }
+
   ~TestHost() {
     mpu.reset();
     for (SharedVariable* variable : vars.table()) {
@@ -191,9 +198,11 @@ class TestHost {
   std::unique_ptr<clsMPU> mpu;
 
  private:
+  std::int16_t usbenable_ = -1;
+
   int RunRequest() {
-    std::int16_t usb = -1;
-    mpu->runMpu4Prg(usb);
+    std::int16_t usbenable = usbenable_;
+    mpu->runMpu4Prg(usbenable);
     return vars.quorinprgresult[0];
   }
 };
