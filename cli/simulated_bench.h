@@ -24,7 +24,8 @@ class SimulatedBench {
   };
 
   /// Throws UsageError for a device without a simulated chip, a fault that there is none of, and a
-  /// chip file that is damaged, holds another device or cannot be written later.
+  /// chip file that is damaged or holds another device; ImageError for a file that cannot be
+  /// written later.
   SimulatedBench(const DeviceProfile& device, std::int16_t instance, const Settings& settings);
 
   [[nodiscard]] Programmer& programmer();

@@ -38,8 +38,8 @@ void Socket::Update() {
   };
   supplied_ = supply_ > 0 && all_on(pins_.vcc, vcc_on_) && all_on(pins_.gnd, gnd_on_);
   const std::int64_t percent = std::int64_t{supply_} * 100 / pins_.nominal_millivolts;
-  const bool powered = chip_ != nullptr && supplied_ && percent >= 80 && percent <= 120;
-  if (powered != powered_) {
+  const bool powered = supplied_ && percent >= 80 && percent <= 120;
+  if (chip_ != nullptr && powered != powered_) {
     powered_ = powered;
     chip_->Power(powered);
   }
@@ -59,7 +59,8 @@ void Socket::ShowLines(Lines driven, Lines released) {
 
 /// A line that the programmer drives has its level, whatever the chip does.
 void Socket::ShowWatch() {
-  const Lines answer = powered_ ? chip_->driven() & chip_->levels() : 0;
+  const bool answers = chip_ != nullptr && powered_;
+  const Lines answer = answers ? chip_->driven() & chip_->levels() : 0;
   const Lines stuck = answer_stuck_.value_or(false) ? ~Lines{0} : 0;
   const Lines read = released_ & (answer_stuck_ ? stuck : answer);
   watch_->Show(((driven_ | read) & kPortLines) | (supplied_ ? kVcc : 0) |

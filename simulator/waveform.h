@@ -18,8 +18,8 @@ namespace fliglaf::simulator {
 /// than that: levels are 0 and 1, comments stand in the header only.
 class Waveform : public SocketWatch {
  public:
-  /// The unit of time stamps in ns. Port writes are further apart, and logic analysers, which take
-  /// a sample for every one of them, read a run ten times as fast as in ns.
+  /// The unit of time stamps in ns. Port writes are further apart than that. Logic analysers take a
+  /// sample for every unit, so they read a run ten times as fast as if it were 10 ns.
   static constexpr std::int64_t kTick = 100;
 
   /// `title` goes into the header. `sink` is given the text piece by piece; it and `clock` have to

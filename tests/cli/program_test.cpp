@@ -96,6 +96,13 @@ TEST_F(Program, RefusesBadInputBeforeAnythingIsDone) {
   EXPECT_THAT(ReadText(folder_ / "other.chip"), EndsWith("device isp51-8k\n"));
 }
 
+TEST_F(Program, KeepsTheChipWhenTheWaveformCannotBeWritten) {
+  EXPECT_EQ(Run("program isp51-8k random.bin --vcd /dev/full --chip c"), 2);
+  EXPECT_THAT(err_,
+              EndsWith("fliglaf: /dev/full: cannot be written whole: No space left on device\n"));
+  EXPECT_EQ(Run("verify isp51-8k random.bin --chip c"), 0);
+}
+
 TEST_F(Program, StopsAtASignalWithTheSocketOff) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     fs::remove(folder_ / "err");
