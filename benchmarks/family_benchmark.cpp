@@ -41,7 +41,7 @@ class WireBytes : public ForwardingProgrammer {
 class Job {
  public:
   explicit Job(const DeviceProfile& device)
-      : session_(cli::HostSession::FreeInstance(), device),
+      : session_(cli::HostSession::FreeInstance(), device, cli::Engine::kUsb),
         bench_(device, session_.instance(), {.chip_file = {}, .faults = {}}),
         desktop_(bench_.bench()) {
     const MemoryLayout layout = LayoutOf(device);

@@ -39,6 +39,7 @@ void SetUpStandIns(const Options& options, const DeviceProfile& device, std::int
   set(L"FLIGLAF_SIM_CHIP", options.chip_file.wstring());
   set(L"FLIGLAF_SIM_FAULTS", faults);
   set(L"FLIGLAF_SIM_REALTIME", options.real_time ? L"1" : L"");
+  set(L"FLIGLAF_SIM_PARALLEL", options.parallel ? L"1" : L"");
   set(L"FLIGLAF_SIM_VCD", options.waveform_file.wstring());
   platform::AddLibraryFolder(platform::ProgramFolder() / "simulator");
 }
@@ -68,7 +69,7 @@ class ComWorkplace : public Workplace {
   void Run(HostSession& session, Recorded recorded) override {
     platform::SetEnvironmentText(L"FLIGLAF_RECORD",
                                  recorded == Recorded::kYes ? options_.record_file.wstring() : L"");
-    mpu_->runMpu4Prg(-1);
+    mpu_->runMpu4Prg(session.usbenable());
     const std::u16string_view log = session.log();
     if (const auto found = log.rfind(kNotRecorded); found != std::u16string_view::npos) {
       not_recorded_ = fs::path(log.substr(found + kNotRecorded.size())).string();

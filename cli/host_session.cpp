@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+#include <fmt/format.h>
+
+#include "cli/usage_error.h"
 #include "shared/text.h"
 #include "usb/operation.h"
 
@@ -10,13 +13,31 @@ namespace {
 
 constexpr std::int16_t kTrue = -1;
 
+/// What quorinbvcch(0) tells of a device with configuration words.
+constexpr std::int16_t kTwoConfigWords = 1;
+
 /// Values of quorinprgresult(1).
 constexpr std::uint8_t kRequestSequence = 0;
 
+void CheckReaches(Engine engine, const DeviceProfile& device) {
+  if (engine == Engine::kParallel && device.family != 1) {
+    throw UsageError(
+        fmt::format("{}: the parallel engine reaches devices of family 1 only, not of "
+                    "family {}; leave --parallel out",
+                    device.name, device.family));
+  }
+  if (engine == Engine::kUsb && device.config_words > 0) {
+    throw UsageError(
+        device.name +
+        ": configuration words are written by the parallel engine only; add --parallel");
+  }
+}
+
 }  // namespace
 
-HostSession::HostSession(std::int16_t instance, const DeviceProfile& device)
-    : instance_(instance), device_(device) {
+HostSession::HostSession(std::int16_t instance, const DeviceProfile& device, Engine engine)
+    : instance_(instance), device_(device), engine_(engine) {
+  CheckReaches(engine, device);
   const auto fail = [] { throw std::runtime_error("a shared memory block cannot be created"); };
   vars_.OpenMainGroup(instance, fail);
   vars_.quorinbuflength[0] = device.image_bytes;
@@ -46,9 +67,10 @@ void HostSession::DescribeDevice() {
   vars_.quorinwoption[0] = device_.option;
   vars_.quorintlength[0] = device_.size;
   vars_.quorinpagelength[0] = device_.page;
-  vars_.quorinbvcch[0] = device_.data_size;
+  vars_.quorinbvcch[0] = device_.config_words == 2 ? kTwoConfigWords : device_.data_size;
   vars_.quorinwltbigendbuf[0] = device_.range.first;
-  vars_.quorinwltbigendbuf[1] = device_.range.last;
+  // The parallel engine has the end behind the last address.
+  vars_.quorinwltbigendbuf[1] = device_.range.last + (engine_ == Engine::kParallel ? 1 : 0);
   vars_.quorinbuftype[0] = device_.erased == 0x00 ? 1 : 0;
   vars_.quorinbvcc[0] = device_.supply;
   vars_.quorinbvpp[0] = device_.programming_voltage;
@@ -113,8 +135,8 @@ void HostSession::Open(clsMPU& object) const {
 }
 
 void HostSession::Run(clsMPU& object) {
-  std::int16_t on_usb = kTrue;
-  object.runMpu4Prg(on_usb);
+  std::int16_t engine = usbenable();
+  object.runMpu4Prg(engine);
 }
 
 }  // namespace fliglaf::cli

@@ -11,12 +11,16 @@
 
 namespace fliglaf::cli {
 
+/// Which of the library's engines carries a request out.
+enum class Engine { kUsb, kParallel };
+
 /// The host's side of the library: fills the shared blocks for a device, runs requests through the
 /// public object and reads what comes back.
 class HostSession {
  public:
   /// Opens the blocks under a free instance number and describes `device` in them.
-  HostSession(std::int16_t instance, const DeviceProfile& device);
+  /// Throws UsageError for a device that the engine does not reach.
+  HostSession(std::int16_t instance, const DeviceProfile& device, Engine engine);
   ~HostSession();
   HostSession(const HostSession&) = delete;
   HostSession& operator=(const HostSession&) = delete;
@@ -45,6 +49,8 @@ class HostSession {
   [[nodiscard]] int percent() const { return vars_.quorinprgmode[1]; }
   [[nodiscard]] std::u16string_view log() const { return vars_.quorinMainRtstr[0]; }
   [[nodiscard]] std::int16_t instance() const { return instance_; }
+  /// What runMpu4Prg is called with.
+  [[nodiscard]] std::int16_t usbenable() const { return engine_ == Engine::kUsb ? -1 : 0; }
   [[nodiscard]] SharedVariables& variables() { return vars_; }
 
  private:
@@ -53,6 +59,7 @@ class HostSession {
 
   std::int16_t instance_;
   const DeviceProfile& device_;
+  Engine engine_;
   SharedVariables vars_;
 };
 

@@ -82,7 +82,8 @@ void Judge(Report& report, const std::string& device, std::uint8_t result, Start
 
 OperationRun::OperationRun(const Options& options, const DeviceProfile& device)
     : device_(device),
-      session_(HostSession::FreeInstance(), device),
+      session_(HostSession::FreeInstance(), device,
+               options.parallel ? Engine::kParallel : Engine::kUsb),
       workplace_(MakeWorkplace(options, device, session_.instance())),
       questions_(options.on_mismatch, platform::IsTerminal(platform::Stream::kInput)),
       progress_(MakeProgress(options.progress, platform::IsTerminal(platform::Stream::kError),

@@ -37,6 +37,12 @@ std::uint8_t LockCode(const DeviceProfile& device, int level) {
 
 /// The host's operation codes for a command.
 std::vector<std::uint8_t> Codes(const Options& options, const DeviceProfile& device) {
+  if (device.config_words > 0) {
+    throw UsageError(device.name + " has configuration words only; \"fliglaf config\" writes them");
+  }
+  if (options.parallel && options.command == Command::kLock) {
+    throw UsageError("lock: the parallel engine has no lock operation");
+  }
   switch (options.command) {
     case Command::kProgram:
       if (options.erase) return {EraseCode(device), operation::kProgram};

@@ -96,6 +96,8 @@ class Parser {
               "What to do about a wrong signature, instead of asking");
     AddPath(sub, "--record", options_.record_file,
             "Write a record of the run, for \"fliglaf replay\"");
+    sub->add_flag("--parallel", options_.parallel,
+                  "Work with a programmer on the parallel port; devices of family 1 only");
     AddBenchOptions(sub);
     sub->add_flag("--json", options_.json,
                   "Print one JSON object with result, log, time and counts");

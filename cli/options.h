@@ -53,6 +53,7 @@ struct Options {
   std::vector<std::string> faults;
   bool real_time = false;
   std::filesystem::path waveform_file;  ///< where to write what happens at the socket
+  bool parallel = false;                ///< the parallel-port engine instead of the USB engine
   bool hardware = false;                ///< the programmer itself instead of the simulated bench
 
   bool json = false;

@@ -28,6 +28,7 @@ class PortableWorkplace : public Workplace {
         bench_(device, instance,
                {.chip_file = options.chip_file,
                 .faults = options.faults,
+                .parallel = options.parallel,
                 .real_time = options.real_time,
                 .waveform_file = options.waveform_file}),
         watch_(bench_.programmer()),
@@ -74,7 +75,7 @@ class PortableWorkplace : public Workplace {
     Library library(recorder.programmer(), recorder.desktop());
     clsMPU object(library);
     session.Open(object);
-    recorder.Begin("runMpu4Prg(-1)");
+    recorder.Begin(fmt::format("runMpu4Prg({})", session.usbenable()));
     session.Run(object);
     if (!recorder.End()) record_problem_ = recorder.problem();
   }

@@ -10,6 +10,12 @@
 namespace fliglaf::cli {
 namespace {
 
+std::optional<simulator::ConfigWordPart> ConfigWords(const DeviceProfile& device) {
+  if (device.config_words == 0) return std::nullopt;
+  return simulator::ConfigWordPart{.socket = {.pins = device.pin_count, .mode = device.family},
+                                   .words = device.config_words};
+}
+
 simulator::ChipDescription Describe(const DeviceProfile& device) {
   const Signature signature = device.signature.value_or(Signature{});
   const MemoryLayout memory = LayoutOf(device);
@@ -28,7 +34,8 @@ simulator::ChipDescription Describe(const DeviceProfile& device) {
           .eeprom_write_us = device.chip.eeprom_write_us,
           .config_write_us = device.chip.config_write_us,
           .erase_ms = device.chip.erase_ms,
-          .lock_write_ms = device.chip.lock_write_ms};
+          .lock_write_ms = device.chip.lock_write_ms,
+          .config_words = ConfigWords(device)};
 }
 
 }  // namespace
@@ -44,6 +51,7 @@ SimulatedBench::SimulatedBench(const DeviceProfile& device, std::int16_t instanc
   const FaultOptions faults = ParseFaults(settings.faults, description.flash_bytes);
   bench_ =
       std::make_unique<simulator::Bench>(description, instance, faults.bench, settings.real_time);
+  if (settings.parallel) bench_->programmer().AttachToParallelPort();
   if (faults.failing_call) {
     failing_ = std::make_unique<simulator::FailingCall>(
         bench_->programmer(), faults.failing_call->operation, faults.failing_call->nth);

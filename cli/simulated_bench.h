@@ -19,6 +19,7 @@ class SimulatedBench {
   struct Settings {
     std::filesystem::path chip_file;  ///< empty: the chip is new and forgotten afterwards
     std::span<const std::string> faults;
+    bool parallel = false;  ///< a programmer on the parallel port
     bool real_time = false;
     std::filesystem::path waveform_file = {};  ///< empty: none
   };

@@ -56,6 +56,18 @@ std::vector<ConfigByte> FlashRegisterBytes(const DeviceProfile& device) {
   return {{"write-lock", start, 0xFF, true}, {"read-lock", start + 1, 0xFF, true}};
 }
 
+/// Words of 14 bits, the last of them at image byte 16398.
+std::vector<ConfigByte> ConfigWordBytes(const DeviceProfile& device) {
+  constexpr std::uint8_t kHighBits = 0x3F;
+  if (device.config_words == 1) {
+    return {{"low", 16398, 0xFF, true}, {"high", 16399, kHighBits, true}};
+  }
+  return {{"low0", 16396, 0xFF, true},
+          {"high0", 16397, kHighBits, true},
+          {"low1", 16398, 0xFF, true},
+          {"high1", 16399, kHighBits, true}};
+}
+
 bool IsFlashRegister(const DeviceProfile& device) {
   return device.family >= 8 && device.family <= 11;
 }
@@ -65,6 +77,7 @@ bool IsAvrJtag(const DeviceProfile& device) { return device.family >= 4 && devic
 }  // namespace
 
 std::vector<ConfigByte> ConfigBytesOf(const DeviceProfile& device) {
+  if (device.config_words > 0) return ConfigWordBytes(device);
   if (IsAvrJtag(device)) return AvrJtagBytes(device);
   if (IsFlashRegister(device)) return FlashRegisterBytes(device);
   switch (device.family) {

@@ -56,6 +56,7 @@ struct DeviceProfile {
   std::int16_t page = 0;         ///< addresses of a page, 0: no pages
   std::int16_t data_size = 0;    ///< family's parameter: mostly the data memory's size
   AddressRange range;            ///< what an operation covers; unless given, every address
+  std::uint8_t config_words = 0;  ///< written over the parallel port; then nothing else is
   std::uint8_t erased = 0xFF;    ///< value of an erased cell: 0xFF or 0x00
   std::optional<Signature> signature;
 

@@ -103,6 +103,7 @@ constexpr std::array kFields{
     Number<&P::page>("page", kOptional, kInteger, "addresses of a page"),
     Number<&P::data_size>("data_size", kOptional, kInteger, "size of the data memory"),
     List<&P::range>("range", kOptional, {2, 2}, {0, kMostAddresses - 1}, "the first and the last address"),
+    Number<&P::config_words>("config_words", kOptional, {1, 2}, "configuration words"),
     Number<&P::erased>("erased", kOptional, kByte, "0xFF or 0x00"),
     List<&P::signature>("signature", kOptional, {3, 3}, kByte, "maker, device and third byte"),
     Number<&P::supply>("supply", kRequired, {100, 700}, "in units of 10 mV"),

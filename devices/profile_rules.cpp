@@ -96,6 +96,11 @@ bool EndsInLastBlock(const DeviceProfile& device) {
   return device.range.last / kBlock == LayoutOf(device).main_bytes / kBlock;
 }
 
+bool HasConfigSocket(const DeviceProfile& device) {
+  constexpr std::array kPins{6, 8, 14, 18, 20, 28, 40, 44, 64, 68, 80, 84};
+  return std::ranges::find(kPins, device.pin_count) != kPins.end();
+}
+
 bool WholeBlocks(std::int32_t bytes) {
   constexpr std::int32_t kBlock = 16'384;
   constexpr std::int32_t kLargest = 131'072;  // 16 address bits, words
@@ -126,7 +131,12 @@ constexpr std::array kRules{
     ProfileRule{0, "erase", CodesHaveOneMeaning, "an operation code stands twice in 'erase', 'lock' and 'config'; each does one thing only"},
     ProfileRule{1, "page", [](D d) { return d.page == kSerialPage; }, "right is 256 in family 1"},
     ProfileRule{1, "size", [](D d) { return d.size % kSerialPage == 0 && d.size <= kSerialLargest; }, "right is a multiple of 256 up to 8192 in family 1, which writes whole pages"},
-    ProfileRule{1, "image_bytes", [](D d) { return d.image_bytes == d.size; }, "right is 'size' in family 1, with 'address_bytes' 1"},
+    ProfileRule{1, "image_bytes", [](D d) { return d.config_words > 0 || d.image_bytes == d.size; }, "right is 'size' in family 1, with 'address_bytes' 1"},
+    ProfileRule{0, "config_words", [](D d) { return d.config_words == 0 || d.family == 1; }, "belongs to family 1 only"},
+    ProfileRule{0, "config_words", [](D d) { return d.config_words == 0 || d.operations.config == 8; }, "is written by 'config' = 8"},
+    ProfileRule{0, "config_words", [](D d) { return d.config_words == 0 || !d.vpp_pins.empty(); }, "needs 'vpp_pins' for the programming voltage"},
+    ProfileRule{0, "image_bytes", [](D d) { return d.config_words == 0 || d.image_bytes >= 16'400; }, "right is 16400 or more with 'config_words', the last of which is at 16398"},
+    ProfileRule{0, "pin_count", [](D d) { return d.config_words == 0 || HasConfigSocket(d); }, "right is 6, 8, 14, 18, 20, 28, 40, 44, 64, 68, 80 or 84 with 'config_words'"},
     ProfileRule{2, "size", [](D d) { return d.size - d.data_size <= kSerialLargest; }, "without 'data_size' right is up to 8192 in family 2, whose instructions have 13 address bits"},
     ProfileRule{2, "data_size", [](D d) { return d.data_size >= 1 && d.data_size <= kSerialLargestData; }, "right is 1 to 2048 in family 2, whose instructions have 11 address bits for the data memory"},
     ProfileRule{2, "image_bytes", [](D d) { return d.image_bytes == d.size; }, "right is 'size' in family 2, with 'address_bytes' 1"},

@@ -43,6 +43,19 @@ record f1_blank_wrong_signature blank isp51-tiny --fault no-chip --on-mismatch r
 record no_programmer blank isp51-tiny --fault no-programmer
 record no_adapter blank isp51-tiny --fault no-adapter
 
+# The parallel engine on the same part, and on parts with configuration words.
+record parallel_program_both_supplies program isp51-tiny image.bin --chip p --margin 2 --parallel
+record parallel_read read isp51-tiny -o read.bin --chip p --parallel
+record parallel_verify_fails verify isp51-tiny other.bin --chip p --parallel
+record parallel_compare_three_differences compare isp51-tiny other.bin --chip p --parallel
+record parallel_blank_fails blank isp51-tiny --chip p --parallel
+record parallel_wrong_signature blank isp51-tiny --fault no-chip --on-mismatch abort --parallel
+record parallel_no_programmer blank isp51-tiny --fault no-programmer --parallel
+for device in config-word-8 config-word-18 config-word-28 config-word-40; do
+  record "parallel_$device" config "$device" low=12 high=2A --parallel
+done
+record parallel_config-words-18 config config-words-18 low0=12 high0=2A low1=FE high1=15 --parallel
+
 # The other serial families: the same operations on each.
 head -c 48 image.bin >fam2.bin
 head -c 64 image.bin >fam3.bin

@@ -121,7 +121,8 @@ void NoteBlankCheck(EngineRun& run) { Announce(run, run.Text(resources::text::kB
 
 void NoteElapsedTime(EngineRun& run, double start) {
   double elapsed = run.desktop.SecondsSinceMidnight() + run.ExtraMs / 1000.0 - start;
-  if (elapsed < 0) elapsed += kSecondsPerDay;  // the run went over midnight
+  if (elapsed < -kSecondsPerDay / 2) elapsed += kSecondsPerDay;  // the run went over midnight
+  elapsed = std::max(elapsed, 0.0);                              // the clock was set back
   const auto hundredths = std::llround(elapsed * 100);
   std::array<char, 32> text{};
   std::snprintf(text.data(), text.size(), ">> %lld.%02lldSec\n", hundredths / 100,

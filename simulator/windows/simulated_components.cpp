@@ -77,6 +77,7 @@ SimulatedComponents::SimulatedComponents() {
       cli::SimulatedBench::Settings{
           .chip_file = platform::EnvironmentText(L"FLIGLAF_SIM_CHIP"),
           .faults = faults,
+          .parallel = !platform::EnvironmentText(L"FLIGLAF_SIM_PARALLEL").empty(),
           .real_time = !platform::EnvironmentText(L"FLIGLAF_SIM_REALTIME").empty(),
           .waveform_file = platform::EnvironmentText(L"FLIGLAF_SIM_VCD")});
   bench_->bench().programmer().on_turn = [this] { desktop_.DoEvents(); };
