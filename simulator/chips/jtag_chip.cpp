@@ -41,7 +41,7 @@ void JtagChip::Rise(bool tms, bool tdi) {
       stream_clocks_ = 0;
       break;
     case TapState::kShiftDr:
-      ShiftData(tms, tdi);
+      ShiftData(tdi);
       break;
     case TapState::kCaptureIr:
       instruction_shift_ = instructions_.capture;
@@ -55,8 +55,7 @@ void JtagChip::Rise(bool tms, bool tdi) {
   state_ = NextState(state_, tms);
 }
 
-void JtagChip::ShiftData(bool tms, bool tdi) {
-  if (data_.streams && tms) return;
+void JtagChip::ShiftData(bool tdi) {
   data_.bits = data_.bits >> 1 | std::uint64_t{tdi} << (data_.length - 1);
   if (!data_.streams || ++stream_clocks_ % kBitsOfAByte != 0) return;
   data_.bits = TakeByte(static_cast<std::uint8_t>(data_.bits));

@@ -24,8 +24,7 @@ class JtagChip : public Chip {
   struct DataRegister {
     std::uint64_t bits = 0;
     int length = 1;  ///< 1 to 64
-    /// A long register behind one of 8 bits: every eighth clock TakeByte moves a byte on. The clock
-    /// that leaves Shift-DR does not count.
+    /// A long register behind one of 8 bits: every eighth clock TakeByte moves a byte on.
     bool streams = false;
   };
   struct InstructionRegister {
@@ -64,7 +63,7 @@ class JtagChip : public Chip {
  private:
   void Rise(bool tms, bool tdi);
   void Fall();
-  void ShiftData(bool tms, bool tdi);
+  void ShiftData(bool tdi);
   void EnterReset();
   void PutOut(bool bit);
 

@@ -143,8 +143,9 @@ TEST_F(JtagLinesOfAChip, InstructionScanAndLongRegister) {
   EXPECT_EQ(shifter.In(kBytes), 0xA5);
   shifter.OutHighFirst(kBytes, 0xC0);
   EXPECT_EQ(shifter.In(kBytes), 0x40) << "what TakeByte gave, bit 0 first";
-  Pulse(true);
-  EXPECT_EQ(chip.bytes, (std::vector<std::uint8_t>{0x00, 0x03, 0x00}));
+  shifter.OutLast(kBytes, 0x81, 8);
+  EXPECT_EQ(chip.bytes, (std::vector<std::uint8_t>{0x00, 0x03, 0x00, 0x81}))
+      << "the clock that leaves Shift-DR shifts, too";
 
   for (int i = 0; i < 5; ++i) Pulse(true);
   EXPECT_EQ(chip.instruction(), 6U) << "Test-Logic-Reset";
