@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "cli/chip_command.h"
 #include "cli/simulated_bench.h"
 #include "cli/workplace.h"
 #include "host/com/client.h"
@@ -106,5 +107,7 @@ std::unique_ptr<Workplace> MakeWorkplace(const Options& options, const DevicePro
 }
 
 bool HasHardware() { return true; }
+
+ChipCommand FindChipCommand() { return nullptr; }
 
 }  // namespace fliglaf::cli

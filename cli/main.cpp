@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "cli/chip_command.h"
 #include "cli/configuration.h"
 #include "cli/device_list.h"
 #include "cli/exit_status.h"
@@ -46,6 +47,7 @@ ExitStatus Run(const Options& options) {
     return ExitStatus::kSuccess;
   }
   const DeviceProfile& device = FindDevice(catalogue, options.device);
+  if (options.command == Command::kChip) return FindChipCommand()(options, device);
   if (options.command == Command::kConfig) return RunConfigCommand(options, device);
   return RunOperationCommand(options, device);
 }

@@ -7,6 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "cli/chip_command.h"
 #include "cli/usage_error.h"
 #include "cli/workplace.h"
 #include "devices/nearest_names.h"
@@ -37,6 +38,7 @@ class Parser {
     AddOperation("signature", Command::kSignature,
                  "Check that the expected device is in the socket", "signature isp51-8k");
     AddReplay();
+    if (FindChipCommand() != nullptr) AddChip();
   }
 
   std::optional<Options> Parse(int argc, const char* const* argv) {
@@ -83,9 +85,7 @@ class Parser {
   CLI::App* AddOperation(const char* name, Command command, const char* description,
                          const char* example) {
     CLI::App* sub = Add(name, command, description, example);
-    sub->add_option("device", options_.device, "Device, as \"fliglaf devices\" names it")
-        ->type_name("NAME")
-        ->required();
+    AddDevice(sub);
     sub->add_flag_callback(
         "--no-signature", [this] { options_.check_signature = false; },
         "Do not check the device's signature first");
@@ -109,6 +109,12 @@ class Parser {
                {"none", ProgressStyle::kNone}},
               "How to show progress on standard error");
     return sub;
+  }
+
+  void AddDevice(CLI::App* sub) {
+    sub->add_option("device", options_.device, "Device, as \"fliglaf devices\" names it")
+        ->type_name("NAME")
+        ->required();
   }
 
   /// An option, or an argument, that names a file. Words are in UTF-8.
@@ -144,12 +150,14 @@ class Parser {
     sub->add_option_function<std::string>(name, take, description)->type_name(names);
   }
 
+  CLI::Option* AddChipFile(CLI::App* sub) {
+    return AddPath(sub, "--chip", options_.chip_file,
+                   "File that keeps the chip's contents between calls; without it the chip is new");
+  }
+
   void AddBenchOptions(CLI::App* sub) {
     const char* const group = "Simulated bench";
-    CLI::Option* const chip =
-        AddPath(sub, "--chip", options_.chip_file,
-                "File that keeps the chip's contents between calls; without it the chip is new")
-            ->group(group);
+    CLI::Option* const chip = AddChipFile(sub)->group(group);
     CLI::Option* const fault =
         sub->add_option("--fault", options_.faults,
                         "Something that goes wrong: no-programmer, no-adapter, no-chip, supply,\n"
@@ -268,6 +276,19 @@ class Parser {
     AddPaths(sub, "records", options_.records, "Records, as --record writes them")->required();
     sub->add_flag("--explain", options_.explain,
                   "At a difference, tell the calls before it and where in the run it is");
+  }
+
+  void AddChip() {
+    CLI::App* sub = Add("chip", Command::kChip, "Offer the simulated chip to another JTAG tool",
+                        "chip jtag-byte-16k --remote-bitbang 9824 --chip bench.chip");
+    AddDevice(sub);
+    sub->add_option("--remote-bitbang", options_.remote_bitbang_port,
+                    "Port of this machine on which one client, such as OpenOCD, is served in the\n"
+                    "remote_bitbang protocol; 0 takes a free one. The program ends with the client")
+        ->type_name("PORT")
+        ->check(CLI::Range(0, 65535).description(""))
+        ->required();
+    AddChipFile(sub);
   }
 
   CLI::App app_{"fliglaf programs microcontrollers on a simulated bench.", "fliglaf"};

@@ -18,7 +18,8 @@ enum class Command {
   kLock,
   kSignature,
   kConfig,
-  kReplay
+  kReplay,
+  kChip
 };
 
 enum class ProgressStyle { kAuto, kBar, kLines, kJson, kNone };
@@ -55,6 +56,8 @@ struct Options {
   std::filesystem::path waveform_file;  ///< where to write what happens at the socket
   bool parallel = false;                ///< the parallel-port engine instead of the USB engine
   bool hardware = false;                ///< the programmer itself instead of the simulated bench
+
+  int remote_bitbang_port = 0;  ///< where to offer the chip; 0: any free one
 
   bool json = false;
   ProgressStyle progress = ProgressStyle::kAuto;

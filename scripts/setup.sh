@@ -19,7 +19,7 @@ need_packages() {
 }
 
 BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev libtomlplusplus-dev nlohmann-json3-dev libfmt-dev)
-TEST_PACKAGES=(libgtest-dev libgmock-dev libbenchmark-dev srecord sigrok-cli)
+TEST_PACKAGES=(libgtest-dev libgmock-dev libbenchmark-dev srecord sigrok-cli openocd)
 
 # configure_and_build PRESET [TARGET...]: quiet when all goes well.
 configure_and_build() {

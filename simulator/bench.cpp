@@ -69,23 +69,6 @@ std::unique_ptr<Chip> MakeFramedPageChip(const ChipDescription& description, con
                              .chip_erase = description.erase_ms * Clock::kMillisecond});
 }
 
-std::unique_ptr<Chip> MakeAvrJtagChip(const ChipDescription& description, const Clock& clock) {
-  constexpr std::uint8_t kTwoFuseBytes = 6;
-  return std::make_unique<AvrJtagChip>(
-      clock, kJtagWiring,
-      AvrJtagModel{.flash_bytes = description.flash_bytes,
-                   .page_bytes = description.page_bytes,
-                   .eeprom_bytes = description.eeprom_bytes,
-                   .eeprom_page_bytes = std::max<std::size_t>(description.page_bytes / 32, 1),
-                   .long_page_register = description.family != 4,
-                   .extended_fuses = description.option != kTwoFuseBytes,
-                   .signature = description.signature,
-                   .page_write = description.page_write_us * Clock::kMicrosecond,
-                   .eeprom_write = description.eeprom_write_us * Clock::kMicrosecond,
-                   .config_write = description.config_write_us * Clock::kMicrosecond,
-                   .chip_erase = description.erase_ms * Clock::kMillisecond});
-}
-
 const JtagWiring& FlashRegisterWiring(std::uint8_t option) {
   switch (option) {
     case 22:
@@ -99,11 +82,35 @@ const JtagWiring& FlashRegisterWiring(std::uint8_t option) {
   }
 }
 
+/// Null for a chip that has no test access port.
+const JtagWiring* JtagWiringOf(const ChipDescription& description) {
+  if (description.family >= 4 && description.family <= 7) return &kJtagWiring;
+  if (description.family < 8 || description.family > 11) return nullptr;
+  return &FlashRegisterWiring(description.option);
+}
+
+std::unique_ptr<Chip> MakeAvrJtagChip(const ChipDescription& description, const Clock& clock) {
+  constexpr std::uint8_t kTwoFuseBytes = 6;
+  return std::make_unique<AvrJtagChip>(
+      clock, *JtagWiringOf(description),
+      AvrJtagModel{.flash_bytes = description.flash_bytes,
+                   .page_bytes = description.page_bytes,
+                   .eeprom_bytes = description.eeprom_bytes,
+                   .eeprom_page_bytes = std::max<std::size_t>(description.page_bytes / 32, 1),
+                   .long_page_register = description.family != 4,
+                   .extended_fuses = description.option != kTwoFuseBytes,
+                   .signature = description.signature,
+                   .page_write = description.page_write_us * Clock::kMicrosecond,
+                   .eeprom_write = description.eeprom_write_us * Clock::kMicrosecond,
+                   .config_write = description.config_write_us * Clock::kMicrosecond,
+                   .chip_erase = description.erase_ms * Clock::kMillisecond});
+}
+
 std::unique_ptr<Chip> MakeFlashRegisterChip(const ChipDescription& description,
                                             const Clock& clock) {
   constexpr std::uint8_t kSetB = 15;
   return std::make_unique<FlashRegisterChip>(
-      clock, FlashRegisterWiring(description.option),
+      clock, *JtagWiringOf(description),
       FlashRegisterModel{.main_bytes = description.flash_bytes,
                          .page_bytes = description.page_bytes,
                          .second_bytes = description.eeprom_bytes,
@@ -195,10 +202,16 @@ Bench::Bench(const ChipDescription& description, std::int16_t instance, const Fa
     : clock_(real_time),
       chip_(MakeChip(description, clock_)),
       socket_(faults.no_chip ? nullptr : chip_.get(), SupplyOf(description)),
+      jtag_wiring_(JtagWiringOf(description)),
       programmer_(clock_, socket_, instance, faults.programmer) {
   if (description.config_words) socket_.JoinInput();
   if (faults.stuck_bit) chip_->Break(*faults.stuck_bit);
   if (faults.answer_stuck) socket_.StickAnswer(*faults.answer_stuck);
+}
+
+std::unique_ptr<JtagCable> Bench::AttachJtagCable() {
+  if (jtag_wiring_ == nullptr) return nullptr;
+  return std::make_unique<JtagCable>(clock_, socket_, *jtag_wiring_);
 }
 
 void Bench::WaitUntil(std::int64_t time) {

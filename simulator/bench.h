@@ -10,6 +10,7 @@
 #include "simulator/chip.h"
 #include "simulator/clock.h"
 #include "simulator/config_word_wiring.h"
+#include "simulator/jtag_cable.h"
 #include "simulator/simulated_programmer.h"
 #include "simulator/socket.h"
 
@@ -66,6 +67,9 @@ class Bench : public platform::TimeSource {
   [[nodiscard]] const Clock& clock() const { return clock_; }
   /// Has `watch` see the socket as it is now, and every change from now on.
   void Watch(SocketWatch& watch) { programmer_.Watch(watch); }
+  /// Takes the programmer off the chip and puts a cable in its place; null for a chip that has no
+  /// JTAG lines. The bench outlives it.
+  [[nodiscard]] std::unique_ptr<JtagCable> AttachJtagCable();
 
   [[nodiscard]] std::int64_t Now() const override { return clock_.now(); }
   [[nodiscard]] std::optional<std::int64_t> NextEvent() const override {
@@ -77,6 +81,7 @@ class Bench : public platform::TimeSource {
   Clock clock_;
   std::unique_ptr<Chip> chip_;
   Socket socket_;
+  const JtagWiring* jtag_wiring_;
   SimulatedProgrammer programmer_;
 };
 

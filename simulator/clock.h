@@ -6,7 +6,7 @@
 namespace fliglaf::simulator {
 
 /// Virtual time in nanoseconds from 0. It goes on only when something takes time; on request it is
-/// kept from running ahead of the clock on the wall.
+/// kept from running ahead of the clock on the wall, or from falling behind it.
 class Clock {
  public:
   static constexpr std::int64_t kMicrosecond = 1'000;
@@ -27,6 +27,9 @@ class Clock {
   /// In real time: waits until the wall has caught up. Called where a call of the programmer
   /// returns.
   void CatchUp() const;
+
+  /// Lets the time pass that has passed on the wall, unless that has been done already.
+  void FollowWall();
 
  private:
   std::int64_t now_ = 0;

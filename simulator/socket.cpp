@@ -32,6 +32,12 @@ void Socket::AllOff() {
   Update();
 }
 
+void Socket::PowerUp() {
+  for (const std::uint8_t pin : pins_.vcc) vcc_on_.set(pin);
+  for (const std::uint8_t pin : pins_.gnd) gnd_on_.set(pin);
+  SetSupply(pins_.nominal_millivolts);
+}
+
 void Socket::Update() {
   const auto all_on = [](const std::vector<std::uint8_t>& pins, const PinSet& on) {
     return std::ranges::all_of(pins, [&on](std::uint8_t pin) { return on[pin]; });

@@ -43,6 +43,8 @@ class Socket {
   void SetGndPin(std::uint8_t pin, bool on);
   void SetVppPin(std::uint8_t pin, bool on);
   void AllOff();
+  /// Supplies the chip as it is made for.
+  void PowerUp();
 
   /// Breaks the line on which the chip answers, whichever it is: what is read of it is always
   /// `high`.

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string_view>
+
+namespace fliglaf::cli {
+
+/// A file descriptor that is closed with its owner.
+class Descriptor {
+ public:
+  Descriptor() = default;
+  explicit Descriptor(int number) : number_(number) {}
+  ~Descriptor() { Close(); }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+
+  void Open(int number);
+  void Close();
+  [[nodiscard]] int number() const { return number_; }
+
+ private:
+  int number_ = -1;
+};
+
+/// A TCP port for one client, of this machine only. What waits comes back at a stop signal as if
+/// the client had gone; CatchStopSignals has been called before.
+class LoopbackPort {
+ public:
+  /// `number` 0: one that is free. Throws UsageError when it cannot be had.
+  explicit LoopbackPort(std::uint16_t number);
+
+  [[nodiscard]] std::uint16_t number() const { return number_; }
+
+  /// Waits for the client; every other one is refused. False when none came.
+  [[nodiscard]] bool Accept();
+  /// What the client has sent, valid until the next call; waits for some. Empty when it has gone.
+  [[nodiscard]] std::string_view Receive();
+  /// False when the client has gone.
+  [[nodiscard]] bool Send(std::string_view bytes);
+
+ private:
+  Descriptor listener_;
+  Descriptor client_;
+  std::uint16_t number_ = 0;
+  std::array<char, 4096> received_{};
+};
+
+}  // namespace fliglaf::cli
