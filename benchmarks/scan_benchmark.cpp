@@ -1,0 +1,83 @@
+// Scans a second: pairs of a 4-bit instruction scan and a 15-bit data scan, as families 4 to 7
+// queue them, into a programmer that only counts, and into the simulated one, where a chip's test
+// access port follows every clock.
+#include <benchmark/benchmark.h>
+
+#include "benchmarks/counting_sink.h"
+#include "cli/host_session.h"
+#include "cli/simulated_bench.h"
+#include "devices/device_catalogue.h"
+#include "families/avr_jtag.h"
+#include "families/jtag_lines.h"
+#include "platform/portable/portable_desktop.h"
+#include "usb/run.h"
+
+namespace fliglaf {
+namespace {
+
+constexpr std::int32_t kIdCode = 0x1;
+constexpr std::int32_t kProgCommands = 0x5;
+constexpr std::int32_t kNoOperation = 0x3300;
+/// Pairs between two flushes of the queue.
+constexpr int kPairs = 100;
+
+/// A part with JTAG on the bench, and a request as a family's routine has it.
+class Scans {
+ public:
+  /// `sink`: takes the scans in the bench's place.
+  explicit Scans(Programmer* sink = nullptr)
+      : run_(session_.variables(), sink != nullptr ? *sink : bench_.programmer(), desktop_, window_,
+             watchdog_) {
+    run_.io.OpenProgrammer();
+    run_.io.SetVcc(device_.supply * 10);
+    for (const std::uint8_t pin : device_.vcc_pins) run_.io.SetVccPin(pin, 1);
+    for (const std::uint8_t pin : device_.gnd_pins) run_.io.SetGndPin(pin, 1);
+    enterAvrJtag(run_);
+  }
+
+  void Measure(benchmark::State& state) {
+    for (auto _ : state) {
+      for (int i = 0; i < kPairs; ++i) {
+        scanIr(run_, kProgCommands, 4);
+        scanDr(run_, kNoOperation, 15);
+      }
+      run_.io.FlushQueue();
+    }
+    state.counters["scans_per_s"] = benchmark::Counter(
+        2.0 * kPairs * static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
+  }
+
+  /// Whether the chip is where the scans have led it: it answers with its maker's code.
+  [[nodiscard]] bool InStep() {
+    scanIr(run_, kIdCode, 4);
+    return scanDrCapture(run_, 0, -15) == 0x3F;
+  }
+
+ private:
+  const DeviceCatalogue catalogue_ = DeviceCatalogue::BuiltIn();
+  const DeviceProfile& device_ = *catalogue_.Find("jtag-page-64k");
+  cli::HostSession session_{cli::HostSession::FreeInstance(), device_};
+  cli::SimulatedBench bench_{device_, session_.instance(), {.chip_file = {}, .faults = {}}};
+  platform::PortableDesktop desktop_{bench_.bench()};
+  platform::Form window_;
+  platform::Timer watchdog_{desktop_, "none", [] {}};
+  Run run_;
+};
+
+void BM_ScansIntoACountingSink(benchmark::State& state) {
+  CountingSink sink;
+  Scans scans(&sink);
+  scans.Measure(state);
+  benchmark::DoNotOptimize(sink.sum);
+}
+BENCHMARK(BM_ScansIntoACountingSink);
+
+void BM_ScansIntoTheSimulatedProgrammer(benchmark::State& state) {
+  Scans scans;
+  scans.Measure(state);
+  if (!scans.InStep()) state.SkipWithError("the chip has lost its place");
+}
+BENCHMARK(BM_ScansIntoTheSimulatedProgrammer);
+
+}  // namespace
+}  // namespace fliglaf
