@@ -217,13 +217,20 @@ void setTdi(Run& run, std::uint8_t bit) {
   QueueLevels(run);
 }
 
-void pulseTck(Run& run) {
-  setTck(run, 1);
-  setTck(run, 0);
-}
+void pulseTck(Run& run) { pulseTckN(run, 1); }
 
 void pulseTckN(Run& run, std::int16_t n) {
-  for (std::int16_t i = 0; i < n; ++i) pulseTck(run);
+  if (n < 1) return;
+  JtagLines& lines = run.jtag;
+  lines.tckState = 0;
+  const std::uint8_t low = lines.levels();
+  const auto high = static_cast<std::uint8_t>(low | lines.tckMask);
+  const std::uint8_t port = lines.lineRegister;
+  Programmer& io = run.io;
+  for (std::int16_t i = 0; i < n; ++i) {
+    io.QueueRegisterWrite(high, port);
+    io.QueueRegisterWrite(low, port);
+  }
 }
 
 void shiftBits(Run& run, std::int32_t value, std::int16_t n) {
