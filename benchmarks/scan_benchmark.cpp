@@ -56,7 +56,7 @@ class Scans {
  private:
   const DeviceCatalogue catalogue_ = DeviceCatalogue::BuiltIn();
   const DeviceProfile& device_ = *catalogue_.Find("jtag-page-64k");
-  cli::HostSession session_{cli::HostSession::FreeInstance(), device_};
+  cli::HostSession session_{cli::HostSession::FreeInstance(), device_, cli::Engine::kUsb};
   cli::SimulatedBench bench_{device_, session_.instance(), {.chip_file = {}, .faults = {}}};
   platform::PortableDesktop desktop_{bench_.bench()};
   platform::Form window_;

@@ -9,6 +9,7 @@
 #include "families/serial_isp.h"
 #include "families/serial_page.h"
 #include "families/two_wire.h"
+#include "usb/notes.h"
 #include "usb/operation.h"
 
 namespace fliglaf {
@@ -103,6 +104,7 @@ void RunRoutine(Run& run, std::uint8_t family, std::int16_t code) {
 
 void RunOperation(Run& run, std::int16_t code) {
   RunNoted(run, code, [&run, code] { RunRoutine(run, run.vars.quorinprgmode[0], code); });
+  if (run.outcome() == result::kReadBackFails) NoteReadBackFails(run);
 }
 
 }  // namespace fliglaf

@@ -15,6 +15,8 @@ namespace {
 
 constexpr std::size_t kLongestLogKept = 500;  // UTF-16 units
 constexpr double kSecondsPerDay = 86'400;
+/// Seconds by which a clock that is being kept right may go back.
+constexpr double kClockSetBack = 60;
 constexpr double kMarginStep = 0.05;
 
 /// Elements of quorinprgnote.
@@ -77,21 +79,20 @@ void NoteResult(EngineRun& run, std::int16_t code) {
     return u">>" + std::u16string(run.vars.quorinMainmnuPrg[code]) +
            std::u16string(run.vars.quorinprgnote[ending]) + u"\n";
   };
-  const auto whole_line = [&run](int line) {
-    return std::u16string(run.vars.quorinprgnote[line]) + u"\n";
-  };
   switch (run.outcome()) {
     case result::kSuccess:
       return run.Log(named(note::kSuccess));
     case result::kFailure:
       return run.Log(named(note::kFailure));
     case result::kStopped:
-      return run.Log(whole_line(note::kStopped));
-    case result::kReadBackFails:
-      return run.Log(whole_line(note::kReadBackFails));
+      return run.Log(std::u16string(run.vars.quorinprgnote[note::kStopped]) + u"\n");
     default:
       return;
   }
+}
+
+void NoteReadBackFails(EngineRun& run) {
+  run.Log(std::u16string(run.vars.quorinprgnote[note::kReadBackFails]) + u"\n");
 }
 
 void NoteListing(EngineRun& run) {
@@ -121,8 +122,8 @@ void NoteBlankCheck(EngineRun& run) { Announce(run, run.Text(resources::text::kB
 
 void NoteElapsedTime(EngineRun& run, double start) {
   double elapsed = run.desktop.SecondsSinceMidnight() + run.ExtraMs / 1000.0 - start;
-  if (elapsed < -kSecondsPerDay / 2) elapsed += kSecondsPerDay;  // the run went over midnight
-  elapsed = std::max(elapsed, 0.0);                              // the clock was set back
+  if (elapsed < -kClockSetBack) elapsed += kSecondsPerDay;  // the run went over midnight
+  elapsed = std::max(elapsed, 0.0);
   const auto hundredths = std::llround(elapsed * 100);
   std::array<char, 32> text{};
   std::snprintf(text.data(), text.size(), ">> %lld.%02lldSec\n", hundredths / 100,

@@ -13,8 +13,11 @@ namespace fliglaf {
 void NoteStart(EngineRun& run, std::int16_t code);
 
 /// The line that tells how operation `code` ended, by the result; none for other results than 0
-/// to 3.
+/// to 2.
 void NoteResult(EngineRun& run, std::int16_t code);
+
+/// The line for result::kReadBackFails, which only the USB engine has.
+void NoteReadBackFails(EngineRun& run);
 
 /// Replaces the log by the two header lines of a compare and its listing, which is emptied.
 void NoteListing(EngineRun& run);
