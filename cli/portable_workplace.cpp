@@ -1,5 +1,6 @@
 // The workplace of the portable build: the library of this process on the simulated bench.
 #include <ctime>
+#include <iostream>
 #include <string>
 
 #include <fmt/format.h>
@@ -58,6 +59,10 @@ class PortableWorkplace : public Workplace {
   }
 
   void Keep() override {
+    if (const auto conflicts = bench_.bench().chip().conflicts(); conflicts > 0) {
+      std::cerr << fmt::format("the programmer drove a line against the chip {} times\n",
+                               conflicts);
+    }
     bench_.KeepChip();
     bench_.KeepWaveform();
     if (options_.record_file.empty()) return;

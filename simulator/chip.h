@@ -50,6 +50,8 @@ class Chip {
   /// The lines that the chip drives, and their levels.
   [[nodiscard]] Lines driven() const { return driven_; }
   [[nodiscard]] Lines levels() const { return levels_; }
+  /// How often the programmer drove a line high that the chip held low.
+  [[nodiscard]] virtual std::uint64_t conflicts() const { return 0; }
   /// The lines of its programming interface.
   [[nodiscard]] virtual std::vector<Signal> Signals() const = 0;
 

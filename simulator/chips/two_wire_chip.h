@@ -51,8 +51,7 @@ class TwoWireChip : public Chip {
   [[nodiscard]] std::vector<MemoryArea> Memory() override;
   void Break(const StuckBit& stuck) override { flash_.Break(stuck); }
 
-  /// Clocks at which the programmer drove the data line high while the chip held it low.
-  [[nodiscard]] std::uint64_t conflicts() const { return conflicts_; }
+  [[nodiscard]] std::uint64_t conflicts() const override { return conflicts_; }
 
  private:
   /// What the next rising edge belongs to.

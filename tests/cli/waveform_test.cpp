@@ -2,6 +2,7 @@
 // ends with status 0 whatever becomes of it, so only what it prints counts.
 #include <algorithm>
 #include <array>
+#include <bitset>
 #include <regex>
 #include <utility>
 #include <vector>
@@ -163,6 +164,41 @@ TEST_F(Waveforms, ScansThatTheProgrammerWalks) {
                           "IR 0x4082/16", "DR 0x310/10 0x0", "IR 0x4083/16", "DR 0x312/10 0x0",
                           "IR 0x4082/16", "DR 0x310/10 0x0", "IR 0x4083/16", "DR 0x334/10 0x0",
                           "IR 0x4082/16", "DR 0x310/10 0x0", "IR 0x4083/16", "DR 0x356/10 0x0"));
+}
+
+/// The bits that a record puts on the data line, and those that it captured there.
+std::string RecordedBits(const std::string& record) {
+  static const std::regex call(
+      R"((?:(\d+) \* )?(QueueRegisterWrite|WriteRegister)\((\w+), 0x(C9|CB|C8)\)|ReadRegister\(0x21\) = (\w+))");
+  std::string bits;
+  for (std::sregex_iterator found(record.begin(), record.end(), call), end; found != end; ++found) {
+    const auto& part = *found;
+    const int times = part[1].matched ? std::stoi(part[1]) : 1;
+    if (part[5].matched) {
+      bits += std::bitset<8>(std::stoul(part[5], nullptr, 0)).to_string();
+    }
+    const unsigned value =
+        part[3].matched ? static_cast<unsigned>(std::stoul(part[3], nullptr, 0)) : 0;
+    for (int i = 0; i < times && part[4] == "C9"; ++i) bits += value == 0 ? '0' : '1';
+    for (int bit = 0; bit < 8 && part[4] == "CB"; ++bit)
+      bits += (value >> bit & 1) == 0 ? '0' : '1';
+  }
+  return bits;
+}
+
+TEST_F(Waveforms, TwoLineFamiliesShowEveryBitOfAFrame) {
+  Dump("signature fam12-tiny");
+  const std::string text = Sigrok("-P spi:clk=clk:mosi=data:wordsize=16 -A spi=mosi-data");
+  std::string bits;
+  static const std::regex word(R"(spi-1: ([0-9A-F]+))");
+  for (std::sregex_iterator found(text.begin(), text.end(), word), end; found != end; ++found) {
+    bits += std::bitset<16>(std::stoul(found->str(1), nullptr, 16)).to_string();
+  }
+  const std::string recorded = RecordedBits(ReadText(folder_ / "run"));
+  const std::size_t start = bits.find(recorded.substr(0, 60));  // behind the clocks of the power-up
+  ASSERT_NE(start, std::string::npos) << bits;
+  EXPECT_EQ(bits.substr(start), recorded.substr(0, bits.size() - start));
+  EXPECT_GT(bits.size() - start + 16, recorded.size());
 }
 
 }  // namespace

@@ -5,7 +5,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "simulator/chips/two_wire_chip.h"
 #include "tests/support/test_host.h"
 
 namespace fliglaf {
@@ -52,9 +51,7 @@ void SetRandomImage(TestHost& host, unsigned seed) {
   host.vars.quorinwltbigendbuf[1] = static_cast<std::int32_t>(MainArray(host).size());
 }
 
-std::uint64_t Conflicts(TestHost& host) {
-  return dynamic_cast<simulator::TwoWireChip&>(host.bench.chip()).conflicts();
-}
+std::uint64_t Conflicts(TestHost& host) { return host.bench.chip().conflicts(); }
 
 TEST(TwoWire, RandomImageSurvives) {
   for (const auto& device : {Device(12, 16, 15872), Device(12, 12, 16384), Device(16, 16, 33280),
