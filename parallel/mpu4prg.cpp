@@ -14,6 +14,9 @@
 namespace fliglaf {
 namespace {
 
+/// As it is designed, in twips.
+constexpr platform::Size kDesignSize{5400, 2700};
+
 /// What a compare takes off the window's height, in twips.
 constexpr int kButtonRow = 300;
 
@@ -28,6 +31,7 @@ mpu4prg::mpu4prg(std::shared_ptr<SharedVariables> variables, Programmer& program
 }
 
 void mpu4prg::Form_Load() {
+  form_.size = kDesignSize;
   form_.caption = run_.Text(resources::text::kInformation);
   pexit.caption = run_.Text(resources::text::kStop);
 }
@@ -67,7 +71,7 @@ void mpu4prg::Request() {
 void mpu4prg::RunOperation(std::int16_t code) {
   parallel::RunOperation(run_, code);
   if (code != operation::kCompare) return;
-  form_.height -= kButtonRow;
+  form_.size.height -= kButtonRow;
   pexit.visible = false;
 }
 

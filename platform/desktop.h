@@ -1,5 +1,5 @@
-// What the library asks of the desktop it runs on: message boxes, one turn of the message loop,
-// timers, the texts of its own string table, and the time of day.
+// What the library asks of the desktop it runs on: message boxes, windows, one turn of the message
+// loop, timers, the texts of its own string table, and the time of day.
 #pragma once
 
 #include <cstdint>
@@ -28,6 +28,8 @@ inline constexpr int kIgnore = 5;
 }  // namespace box_answer
 
 class Desktop;
+struct Form;
+struct Size;
 
 /// A window's timer. It ticks during message-loop turns, every `interval` ms while it is enabled;
 /// a timer without an interval never ticks.
@@ -81,6 +83,14 @@ class Desktop {
 
   /// The local time of day in seconds with fractions, 0 to below 86,400.
   [[nodiscard]] virtual double SecondsSinceMidnight() = 0;
+
+  /// Shows a loaded form as a window without owner, and returns; one that is shown already comes to
+  /// the front as it now is. The form is unloaded before it goes. Here it stays in memory.
+  virtual void Show(Form& form) { static_cast<void>(form); }
+
+  /// What a line of text takes on a form. Here as on a plain screen, with characters of one width
+  /// and ideographs of two.
+  [[nodiscard]] virtual Size TextSize(std::u16string_view text);
 
  protected:
   friend class Timer;
