@@ -3,23 +3,13 @@
 #include <string>
 
 #include "resources/string_table.h"
+#include "shared/text.h"
 
 namespace fliglaf {
 namespace {
 
 constexpr std::uint8_t kMapWithDataMemory = 30;
 constexpr std::uint8_t kMapWithOneWord = 31;
-
-/// Upper-case hexadecimal without leading zeros; a negative number as its 32-bit pattern.
-std::u16string Hex(std::int64_t value) {
-  auto pattern = static_cast<std::uint32_t>(value);
-  std::u16string digits;
-  do {
-    digits.insert(digits.begin(), u"0123456789ABCDEF"[pattern % 16]);
-    pattern /= 16;
-  } while (pattern != 0);
-  return digits;
-}
 
 /// Texts of the user's language.
 class Texts {
@@ -39,23 +29,23 @@ std::u16string MapWithDataMemory(const SharedVariables& vars, const Texts& text)
   const std::uint16_t data = static_cast<std::uint16_t>((vars.quorinwoption[0] + 1) * 64);
   const std::int64_t program = std::int64_t{vars.quorintlength[0]} - data - 32;
   const std::int64_t id = program + data;
-  return text(resources::text::kProgramMemory) + u"000H---" + Hex(program - 1) + u"H    000H---" +
-         Hex(program - 1) + u"H   \r\r" +  //
-         text(resources::text::kDataMemory) + u"000H---" + Hex(data - 1) + u"H     " +
-         Hex(program) + u"H---" + Hex(id - 1) + u"H\r\r" +  //
-         text(resources::text::kIdLocations) + u"200000H--200007H   " + Hex(id) + u"H---" +
-         Hex(id + 7) + u"H   \r\r" +  //
-         text(resources::text::kConfigWord) + u"300000H--30000DH   " + Hex(id + 16) + u"H---" +
-         Hex(id + 29) + u"H   \r\r";
+  return text(resources::text::kProgramMemory) + u"000H---" + HexNumber(program - 1) +
+         u"H    000H---" + HexNumber(program - 1) + u"H   \r\r" +  //
+         text(resources::text::kDataMemory) + u"000H---" + HexNumber(data - 1) + u"H     " +
+         HexNumber(program) + u"H---" + HexNumber(id - 1) + u"H\r\r" +  //
+         text(resources::text::kIdLocations) + u"200000H--200007H   " + HexNumber(id) + u"H---" +
+         HexNumber(id + 7) + u"H   \r\r" +  //
+         text(resources::text::kConfigWord) + u"300000H--30000DH   " + HexNumber(id + 16) +
+         u"H---" + HexNumber(id + 29) + u"H   \r\r";
 }
 
 /// Program memory with the configuration word as its last address.
 std::u16string MapWithOneWord(const SharedVariables& vars, const Texts& text) {
   const std::int64_t end = std::int64_t{vars.quorintlength[0]} - vars.quorinpagelength[0];
-  return text(resources::text::kProgramMemory) + u"000H---" + Hex(end - 2) + u"H    000H---" +
-         Hex(end - 2) + u"H   \r\r" +  //
-         text(resources::text::kConfigWord) + u"    " + Hex(end - 1) + u"H         " +
-         Hex(end - 1) + u"H   \r\r";
+  return text(resources::text::kProgramMemory) + u"000H---" + HexNumber(end - 2) + u"H    000H---" +
+         HexNumber(end - 2) + u"H   \r\r" +  //
+         text(resources::text::kConfigWord) + u"    " + HexNumber(end - 1) + u"H         " +
+         HexNumber(end - 1) + u"H   \r\r";
 }
 
 }  // namespace

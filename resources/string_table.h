@@ -21,6 +21,8 @@ inline constexpr std::int64_t kBlockSize = 3000;
 /// Texts of the user interface, by their number within a language block.
 namespace text {
 inline constexpr int kWarning = 1066;
+inline constexpr int kOk = 1067;
+inline constexpr int kCancel = 1068;
 inline constexpr int kNote = 1095;
 inline constexpr int kDeviceAddress = 1149;
 inline constexpr int kDeviceData = 1150;
@@ -39,9 +41,11 @@ inline constexpr int kProgramMemory = 1282;
 inline constexpr int kIdLocations = 1283;
 inline constexpr int kDataMemory = 1284;
 inline constexpr int kConfigWord = 1285;
+inline constexpr int kEditConfiguration = 1293;
 inline constexpr int kOscillator = 1297;
 inline constexpr int kVerify = 2002;
 inline constexpr int kBlankCheck = 2003;
+inline constexpr int kProgConfig = 2024;
 }  // namespace text
 
 /// The text with that number, UTF-16; empty when the table has none, whatever the number.

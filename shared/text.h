@@ -25,4 +25,10 @@ namespace fliglaf {
   return text;
 }
 
+/// Upper-case hexadecimal without leading zeros; a negative number as its 32-bit pattern.
+[[nodiscard]] inline std::u16string HexNumber(std::int64_t value) {
+  const std::u16string digits = HexDigits(value, 8);
+  return digits.substr(std::min(digits.find_first_not_of(u'0'), digits.size() - 1));
+}
+
 }  // namespace fliglaf

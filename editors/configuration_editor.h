@@ -1,0 +1,76 @@
+// What the two configuration editors have in common: they show bytes of the data buffer bit by bit,
+// and put them back when the user presses OK.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "editors/page.h"
+#include "platform/desktop.h"
+#include "platform/form.h"
+#include "shared/shared_variables.h"
+
+namespace fliglaf {
+
+/// What an editor asks of the library that opens it.
+struct EditorServices {
+  platform::Desktop& desktop;
+  /// The programmer's hexadecimal text.
+  std::function<std::u16string(std::int32_t value, std::int32_t digits)> datstr;
+  /// Carries out an action now, or when the request that is running has ended.
+  std::function<void(std::function<void()> action)> when_idle;
+};
+
+class ConfigurationEditor {
+ public:
+  virtual ~ConfigurationEditor() = default;
+  ConfigurationEditor(const ConfigurationEditor&) = delete;
+  ConfigurationEditor& operator=(const ConfigurationEditor&) = delete;
+
+  /// Loads the form from the buffer, or loads it anew. The variables are kept open until it is
+  /// unloaded. Throws RangeError when the buffer does not hold the bytes; the form is then as it
+  /// was.
+  void Open(const std::shared_ptr<SharedVariables>& variables);
+
+  [[nodiscard]] platform::Form& form() { return form_; }
+  /// What the page that is shown consists of, hidden rows included.
+  [[nodiscard]] std::span<const PageRow> rows() const { return rows_; }
+
+  /// Stores the bytes and unloads the form; keeps it, with a message box, when the buffer does not
+  /// hold them any more.
+  platform::Button OKButton;
+  /// Unloads the form.
+  platform::Button CancelButton;
+
+ protected:
+  explicit ConfigurationEditor(EditorServices services);
+
+  /// Reads the bytes, then sets every control. Throws RangeError before it has changed one.
+  virtual void Form_Load() = 0;
+  /// Writes all bytes, or throws RangeError and writes none.
+  virtual void Store() = 0;
+
+  [[nodiscard]] SharedVariables& vars() { return *vars_; }
+  [[nodiscard]] platform::Desktop& desktop() { return services_.desktop; }
+  [[nodiscard]] const EditorServices& services() const { return services_; }
+  /// A text of the user's language.
+  [[nodiscard]] std::u16string Text(int number);
+  /// Puts a frame with its rows on the form; rows without a control are left out.
+  void Add(platform::Frame& frame, std::span<const PageRow> rows);
+
+  platform::Form form_;
+  std::vector<PageRow> rows_;
+
+ private:
+  void OKButton_Click();
+  void Unload();
+
+  EditorServices services_;
+  std::shared_ptr<SharedVariables> vars_;
+};
+
+}  // namespace fliglaf
