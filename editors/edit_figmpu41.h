@@ -1,0 +1,57 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+#include "editors/configuration_editor.h"
+#include "platform/form.h"
+
+namespace fliglaf {
+
+/// The editor of the lock byte of family 12, a hexadecimal number, and of the fuse and lock bits of
+/// family 15.
+class edit_figmpu41 : public ConfigurationEditor {
+ public:
+  explicit edit_figmpu41(EditorServices services);
+
+  /// What ParseHex gives for a text that is no hexadecimal number.
+  static constexpr std::int32_t kNoNumber = -1;
+  /// The value of a hexadecimal text, 0 for an empty one; one beyond 32 bits as the largest.
+  [[nodiscard]] static std::int32_t ParseHex(std::u16string_view text);
+
+  // Family 12.
+  platform::Frame Frame1;
+  std::array<platform::Label, 1> Label1;
+  std::array<platform::TextBox, 1> Text1;  ///< lock byte
+
+  // Family 15.
+  platform::Frame Frame2;
+  std::array<platform::Label, 4> Label2;
+  std::array<platform::ComboBox, 4> Combo2;  ///< fuse byte, bit i in element i
+  platform::Frame Frame3;
+  std::array<platform::Label, 2> Label3;
+  std::array<platform::ComboBox, 2> Combo3;  ///< lock byte
+
+ private:
+  void Form_Load() override;
+  void Store() override;
+
+  void Text1_KeyPress(char16_t& character);
+  void Text1_KeyUp(int pressed);
+  void Text1_LostFocus();
+
+  void LoadLockByte();
+  void LoadBits();
+  void LayOut(platform::Frame& page, platform::Frame* below);
+
+  std::vector<PageRow> lock_byte_rows_;
+  std::vector<PageRow> bit_rows_;
+  std::uint8_t mode_ = 0;
+  // Of family 15, from load to OK.
+  std::int64_t fuse_index_ = 0;
+  std::int64_t lock_index_ = 0;
+};
+
+}  // namespace fliglaf
