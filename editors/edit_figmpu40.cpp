@@ -94,7 +94,7 @@ void edit_figmpu40::AddFusePage() {
   fuse_rows_.push_back({"calibration", 0, 8, 1, &Label2[0], &Text1});
   fuse_rows_.push_back({"", 0, 0, 1, &Label2[2], &Text3});
   for (int i = 0; i < 5; ++i) fuse_rows_.push_back({"extended", i, 1, 2, &Label5[i], &Combo5[i]});
-  fuse_rows_.push_back({"lock", 0, 2, 2, &Label3[0], &Combo3[0]});
+  fuse_rows_.push_back({"lock", 0, 2, 2, &Label3[0], &Combo3[0], kLockModes});
   for (int i = 1; i < 5; ++i) fuse_rows_.push_back({"lock", i + 1, 1, 2, &Label3[i], &Combo3[i]});
   fuse_rows_.push_back({"lock", 6, 1, 2, nullptr, &Combo3[5]});
   Add(Frame1, fuse_rows_);

@@ -14,6 +14,9 @@ class edit_figmpu40 : public ConfigurationEditor {
  public:
   explicit edit_figmpu40(EditorServices services);
 
+  /// Whether it has a page for a device family.
+  [[nodiscard]] static bool Serves(std::uint8_t mode) { return PageOf(mode) != Page::kNone; }
+
   // Fuse page.
   platform::Frame Frame1;
   std::array<platform::Label, 8> Label1;  ///< low fuse byte, bit i in element i

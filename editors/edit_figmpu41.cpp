@@ -52,6 +52,8 @@ int Outer(int length, int pixels_more) {
 
 }  // namespace
 
+bool edit_figmpu41::Serves(std::uint8_t mode) { return mode == kLockByteMode || mode == kBitsMode; }
+
 std::int32_t edit_figmpu41::ParseHex(std::u16string_view text) {
   std::int64_t value = 0;
   for (const char16_t character : text) {

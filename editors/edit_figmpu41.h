@@ -16,6 +16,9 @@ class edit_figmpu41 : public ConfigurationEditor {
  public:
   explicit edit_figmpu41(EditorServices services);
 
+  /// Whether it has a page for a device family.
+  [[nodiscard]] static bool Serves(std::uint8_t mode);
+
   /// What ParseHex gives for a text that is no hexadecimal number.
   static constexpr std::int32_t kNoNumber = -1;
   /// The value of a hexadecimal text, 0 for an empty one; one beyond 32 bits as the largest.

@@ -23,6 +23,8 @@ struct PageRow {
   /// None for a bit without a name of its own.
   platform::Label* label = nullptr;
   platform::Control* control = nullptr;
+  /// What the bits are for each entry of a list; unless given, the number of the entry.
+  std::span<const std::uint8_t> values = {};
 };
 
 /// Gives every list the same entries, with one of them chosen.

@@ -34,7 +34,9 @@ void clsMPU::mpu4warn(std::uint8_t& no) noexcept {
   Quietly([this, no] { ShowMemoryMap(*vars_, library_.desktop(), no); });
 }
 
-void clsMPU::editfigmpu40() noexcept {}  // the editors are not built yet
+void clsMPU::editfigmpu40() noexcept {
+  Quietly([this] { library_.WhenIdle(this, [this] { library_.EditConfiguration(vars_); }); });
+}
 
 void clsMPU::bufcommpu4(std::int16_t& num) noexcept {
   Quietly([this, num] { library_.WhenIdle(this, [this, num] { OpenVariables(num); }); });

@@ -32,7 +32,8 @@ class clsMPU {
   /// Clears bit 7 of `no`, then shows the memory map that belongs to it: 30 or 31, none for others.
   void mpu4warn(std::uint8_t& no) noexcept;
 
-  /// Opens the configuration editor of the device family.
+  /// Opens the configuration editor of the device family, a window that outlives the call and, if
+  /// need be, the object; one that is open comes to the front. During a request: when it has ended.
   void editfigmpu40() noexcept;
 
   /// Opens the shared variables of instance `num`, the data buffers included; opens them anew when

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "parallel/mpu4prg.h"
+#include "shared/text.h"
 #include "usb/usbmpu4prg.h"
 
 namespace fliglaf {
@@ -36,6 +37,33 @@ void Library::RunRequest(const std::shared_ptr<SharedVariables>& variables,
     throw;
   }
   EndRequest();
+}
+
+void Library::EditConfiguration(const std::shared_ptr<SharedVariables>& variables) {
+  const std::uint8_t mode = variables->quorinprgmode[0];
+  if (edit_figmpu40::Serves(mode)) return Show(edit_figmpu40_, variables);
+  if (edit_figmpu41::Serves(mode)) return Show(edit_figmpu41_, variables);
+}
+
+template <class Editor>
+void Library::Show(std::unique_ptr<Editor>& editor,
+                   const std::shared_ptr<SharedVariables>& variables) {
+  if (IfOpen(editor) == nullptr) editor = std::make_unique<Editor>(ServicesForEditors());
+  editor->Open(variables);
+  desktop_.Show(editor->form());
+}
+
+EditorServices Library::ServicesForEditors() {
+  const auto datstr = [this](std::int32_t value, std::int32_t digits) {
+    try {
+      return programmer_.datstr(value, digits);
+    } catch (const ComponentError&) {  // a missing component is no reason not to edit
+      return HexDigits(value, digits);
+    }
+  };
+  return {.desktop = desktop_, .datstr = datstr, .when_idle = [this](auto action) {
+            WhenIdle(nullptr, std::move(action));
+          }};
 }
 
 void Library::WhenIdle(const void* owner, std::function<void()> action) {

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "editors/edit_figmpu40.h"
+#include "editors/edit_figmpu41.h"
 #include "platform/desktop.h"
 #include "shared/shared_variables.h"
 #include "usb/programmer.h"
@@ -36,6 +38,14 @@ class Library {
   /// within a turn of its message loop.
   void RunRequest(const std::shared_ptr<SharedVariables>& variables, std::int16_t usbenable);
 
+  /// Shows the configuration editor of the device family, if there is one: a window that works on
+  /// these variables and keeps them open. One that is open already is loaded anew and comes to the
+  /// front. Throws RangeError when the buffer does not hold the bytes.
+  void EditConfiguration(const std::shared_ptr<SharedVariables>& variables);
+  /// The editors that are open, or null.
+  [[nodiscard]] edit_figmpu40* open_edit_figmpu40() const { return IfOpen(edit_figmpu40_); }
+  [[nodiscard]] edit_figmpu41* open_edit_figmpu41() const { return IfOpen(edit_figmpu41_); }
+
   /// Carries out `action` now, or when the request that is running has ended.
   void WhenIdle(const void* owner, std::function<void()> action);
   /// Drops the actions of `owner` that still wait.
@@ -47,6 +57,14 @@ class Library {
     std::function<void()> action;
   };
 
+  template <class Editor>
+  static Editor* IfOpen(const std::unique_ptr<Editor>& editor) {
+    return editor && editor->form().loaded ? editor.get() : nullptr;
+  }
+  template <class Editor>
+  void Show(std::unique_ptr<Editor>& editor, const std::shared_ptr<SharedVariables>& variables);
+  [[nodiscard]] EditorServices ServicesForEditors();
+
   /// Ends the request and carries out what has waited for that.
   void EndRequest();
 
@@ -54,6 +72,8 @@ class Library {
   platform::Desktop& desktop_;
   bool running_ = false;
   std::vector<Waiting> waiting_;
+  std::unique_ptr<edit_figmpu40> edit_figmpu40_;
+  std::unique_ptr<edit_figmpu41> edit_figmpu41_;
 };
 
 }  // namespace fliglaf

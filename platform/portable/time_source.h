@@ -21,4 +21,12 @@ class TimeSource {
   virtual void WaitUntil(std::int64_t time) = 0;
 };
 
+/// Time that stands still, for a desktop on which nothing waits.
+class StandingTime : public TimeSource {
+ public:
+  [[nodiscard]] std::int64_t Now() const override { return 0; }
+  [[nodiscard]] std::optional<std::int64_t> NextEvent() const override { return {}; }
+  void WaitUntil(std::int64_t /*time*/) override {}
+};
+
 }  // namespace fliglaf::platform

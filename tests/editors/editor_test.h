@@ -3,7 +3,6 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,17 +11,11 @@
 
 #include "editors/configuration_editor.h"
 #include "platform/portable/portable_desktop.h"
+#include "platform/portable/time_source.h"
 #include "shared/shared_variables.h"
 #include "shared/text.h"
 
 namespace fliglaf::test {
-
-class NoTime : public platform::TimeSource {
- public:
-  [[nodiscard]] std::int64_t Now() const override { return 0; }
-  [[nodiscard]] std::optional<std::int64_t> NextEvent() const override { return {}; }
-  void WaitUntil(std::int64_t /*time*/) override {}
-};
 
 template <class Editor>
 class EditorTest : public testing::Test {
@@ -93,7 +86,7 @@ class EditorTest : public testing::Test {
 
   std::shared_ptr<SharedVariables> shared_ = std::make_shared<SharedVariables>();
   SharedVariables& vars = *shared_;
-  NoTime time_;
+  platform::StandingTime time_;
   platform::PortableDesktop desktop{time_};
 
  private:

@@ -97,6 +97,74 @@ TEST(Object, MayBeReleasedDuringARun) {
   EXPECT_EQ(second, nullptr);
 }
 
+TEST(Editors, OpenByTheDeviceFamily) {
+  TestHost host;
+  host.vars.quorintlength[0] = 1024;
+  for (int mode = 0; mode <= 17; ++mode) {
+    host.vars.quorinprgmode[0] = static_cast<std::uint8_t>(mode);
+    host.mpu->editfigmpu40();
+    auto* const fuses = host.library.open_edit_figmpu40();
+    auto* const locks = host.library.open_edit_figmpu41();
+    EXPECT_EQ(fuses != nullptr, (mode >= 4 && mode <= 11) || mode == 13 || mode == 14) << mode;
+    EXPECT_EQ(locks != nullptr, mode == 12 || mode == 15) << mode;
+    if (fuses != nullptr) fuses->CancelButton.Click();
+    if (locks != nullptr) locks->CancelButton.Click();
+  }
+}
+
+TEST(Editors, AreReloadedAndOutliveTheObject) {
+  TestHost host;
+  host.vars.quorintlength[0] = 1024;
+  host.vars.quorinprgmode[0] = 4;
+  host.vars.quorinibuffer[2048 - 32] = 0xFE;
+  host.mpu->editfigmpu40();
+  edit_figmpu40* const editor = host.library.open_edit_figmpu40();
+  ASSERT_NE(editor, nullptr);
+  EXPECT_EQ(editor->Combo1[0].chosen, 0);
+  host.vars.quorinibuffer[2048 - 32] = 0xFD;
+  host.mpu->editfigmpu40();
+  EXPECT_EQ(host.library.open_edit_figmpu40(), editor);
+  EXPECT_EQ(editor->Combo1[0].chosen, 1);
+
+  host.mpu.reset();
+  editor->Combo1[7].Choose(0);
+  editor->OKButton.Click();
+  EXPECT_EQ(host.library.open_edit_figmpu40(), nullptr);
+  EXPECT_EQ(host.vars.quorinibuffer[2048 - 32], 0x7D);
+
+  clsMPU fresh(host.library);
+  fresh.editfigmpu40();
+  EXPECT_EQ(host.library.open_edit_figmpu40(), nullptr) << "its own family is 0";
+}
+
+TEST(Editors, WaitForTheEndOfARun) {
+  TestHost host;
+  host.vars.quorintlength[0] = 4096;
+  host.desktop.on_turn = [&] {
+    host.vars.quorinprgmode[0] = 15;
+    host.mpu->editfigmpu40();
+    EXPECT_EQ(host.library.open_edit_figmpu41(), nullptr);
+    host.desktop.on_turn = nullptr;
+    return true;
+  };
+  static_cast<void>(host.Run(4));
+  edit_figmpu41* editor = host.library.open_edit_figmpu41();
+  ASSERT_NE(editor, nullptr);
+
+  host.vars.quorinprgmode[0] = 1;
+  editor->Combo3[0].Choose(0);
+  host.desktop.on_turn = [&] {
+    host.vars.quorinprgmode[0] = 15;
+    editor->OKButton.Click();
+    host.desktop.on_turn = nullptr;
+    EXPECT_TRUE(editor->form().loaded) << "stores nothing into a run";
+    return true;
+  };
+  static_cast<void>(host.Run(4));
+  EXPECT_EQ(host.library.open_edit_figmpu41(), nullptr);
+  EXPECT_EQ(host.vars.quorinibuffer[4096 - 31], 0xFC);
+}
+
 TEST(MemoryMap, ShowsWhereAreasLieInDeviceAndBuffer) {
   TestHost host;
   std::string prompt;
