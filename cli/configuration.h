@@ -1,14 +1,65 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
+#include <vector>
+
 #include "cli/exit_status.h"
+#include "cli/operation_run.h"
 #include "cli/options.h"
+#include "cli/report.h"
+#include "devices/config_layout.h"
 #include "devices/device_profile.h"
 
 namespace fliglaf::cli {
 
+/// A configuration byte and what is to become of it.
+struct ConfigAssignment {
+  ConfigByte byte;
+  std::uint8_t value;
+  std::uint8_t changed = 0xFF;  ///< bits that may become others than they are
+};
+
+/// The configuration bytes of a device, as the image of a run holds them. `options` and `device`
+/// outlive it.
+class Configuration {
+ public:
+  Configuration(const Options& options, const DeviceProfile& device)
+      : options_(options), device_(device), bytes_(ConfigBytesOf(device)) {}
+
+  [[nodiscard]] const std::vector<ConfigByte>& bytes() const { return bytes_; }
+  /// Throws UsageError for a device whose configuration no operation writes.
+  void RequireWritable() const;
+
+  /// Where the bytes are; begins with the first use. Throws what OperationRun does.
+  [[nodiscard]] OperationRun& run();
+  [[nodiscard]] std::uint8_t& Byte(const ConfigByte& byte) {
+    return run().session().image()[static_cast<std::size_t>(byte.image_byte)];
+  }
+  /// All of them: "low=E1 high=D9".
+  [[nodiscard]] std::string Values();
+
+  /// Reads the device into the image.
+  [[nodiscard]] Report Read();
+  /// Says what is to be written. A write that would shut the programming interface asks first at a
+  /// terminal and needs --yes elsewhere: throws UsageError when the user does not want it.
+  void Plan(std::vector<ConfigAssignment> assignments);
+  /// Writes what was planned, and reads it back where that can be done.
+  [[nodiscard]] Report Write();
+
+ private:
+  [[nodiscard]] Report Compared(Report report);
+
+  const Options& options_;
+  const DeviceProfile& device_;
+  std::vector<ConfigByte> bytes_;
+  std::vector<ConfigAssignment> assignments_;
+  std::vector<ConfigHazard> hazards_;
+  std::optional<OperationRun> run_;
+};
+
 /// Shows the configuration bytes of a device, or writes those that the options name and reads them
-/// back. A write that would shut the programming interface asks first at a terminal and needs --yes
-/// elsewhere. Throws UsageError or ImageError before anything is written to the chip.
+/// back. Throws UsageError or ImageError before anything is written to the chip.
 ExitStatus RunConfigCommand(const Options& options, const DeviceProfile& device);
 
 }  // namespace fliglaf::cli

@@ -8,6 +8,7 @@
 #include "cli/configuration.h"
 #include "cli/device_list.h"
 #include "cli/exit_status.h"
+#include "cli/fuses.h"
 #include "cli/operations.h"
 #include "cli/options.h"
 #include "cli/usage_error.h"
@@ -49,6 +50,7 @@ ExitStatus Run(const Options& options) {
   const DeviceProfile& device = FindDevice(catalogue, options.device);
   if (options.command == Command::kChip) return FindChipCommand()(options, device);
   if (options.command == Command::kConfig) return RunConfigCommand(options, device);
+  if (options.command == Command::kFuses) return RunFusesCommand(options, device);
   return RunOperationCommand(options, device);
 }
 

@@ -35,6 +35,7 @@ class Parser {
     AddBlankAndErase();
     AddLock();
     AddConfig();
+    AddFuses();
     AddOperation("signature", Command::kSignature,
                  "Check that the expected device is in the socket", "signature isp51-8k");
     AddReplay();
@@ -85,6 +86,11 @@ class Parser {
   CLI::App* AddOperation(const char* name, Command command, const char* description,
                          const char* example) {
     CLI::App* sub = Add(name, command, description, example);
+    AddDeviceOptions(sub);
+    return sub;
+  }
+
+  void AddDeviceOptions(CLI::App* sub) {
     AddDevice(sub);
     sub->add_flag_callback(
         "--no-signature", [this] { options_.check_signature = false; },
@@ -108,7 +114,6 @@ class Parser {
                {"json", ProgressStyle::kJson},
                {"none", ProgressStyle::kNone}},
               "How to show progress on standard error");
-    return sub;
   }
 
   void AddDevice(CLI::App* sub) {
@@ -136,8 +141,9 @@ class Parser {
   }
 
   template <class T>
-  static void AddChoice(CLI::App* sub, const char* name, T& value,
-                        const std::map<std::string, T>& choices, const std::string& description) {
+  static CLI::Option* AddChoice(CLI::App* sub, const char* name, T& value,
+                                const std::map<std::string, T>& choices,
+                                const std::string& description) {
     std::string names;
     for (const auto& choice : choices) names += (names.empty() ? "" : "|") + choice.first;
     const auto take = [&value, choices, name, names](const std::string& word) {
@@ -147,7 +153,7 @@ class Parser {
       }
       value = found->second;
     };
-    sub->add_option_function<std::string>(name, take, description)->type_name(names);
+    return sub->add_option_function<std::string>(name, take, description)->type_name(names);
   }
 
   CLI::Option* AddChipFile(CLI::App* sub) {
@@ -261,8 +267,28 @@ class Parser {
                                  "config isp-page-16k low=E2 high=DF --chip bench.chip");
     sub->add_option("bytes", options_.assignments, "Bytes to write, in hexadecimal")
         ->type_name("NAME=VALUE");
+    AddYes(sub);
+  }
+
+  void AddYes(CLI::App* sub) {
     sub->add_flag("--yes", options_.yes,
                   "Write even what shuts the programming interface of the device");
+  }
+
+  void AddFuses() {
+    CLI::App* sub = Add("fuses", Command::kFuses,
+                        "Show the fuse and lock bits of a device by name, or change them",
+                        "fuses set isp-page-16k CKDIV8=1 \"Lock Bit=Lock Bit1\" --chip bench.chip");
+    AddChoice(sub, "action", options_.changes_fuses, {{"show", false}, {"set", true}},
+              "show prints a table of bit, name, value and meaning; set changes bits")
+        ->required();
+    AddDeviceOptions(sub);
+    sub->add_option("bits", options_.assignments,
+                    "Bits to change: the name as the table has it, or the bit (low.5);\n"
+                    "the value in digits or what it means")
+        ->type_name("NAME=VALUE");
+    AddImage(sub)->excludes("--chip");
+    AddYes(sub);
   }
 
   void AddReplay() {

@@ -18,6 +18,7 @@ enum class Command {
   kLock,
   kSignature,
   kConfig,
+  kFuses,
   kReplay,
   kChip
 };
@@ -39,6 +40,7 @@ struct Options {
   std::filesystem::path output;
   int lock_level = 0;
   std::vector<std::string> assignments;  ///< NAME=VALUE of configuration bytes
+  bool changes_fuses = false;            ///< "fuses set" instead of "fuses show"
   bool yes = false;                      ///< no question about what cannot be undone
   bool erase = true;
   int margin = 0;  ///< verify at the supply plus and minus this many times 5 %

@@ -1,0 +1,183 @@
+#include "cli/fuses.h"
+
+#include <algorithm>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "cli/configuration.h"
+#include "cli/fuse_page.h"
+#include "cli/host_session.h"
+#include "cli/image_input.h"
+#include "cli/image_output.h"
+#include "cli/report.h"
+#include "cli/usage_error.h"
+#include "host/factory_settings.h"
+#include "platform/terminal.h"
+
+namespace fliglaf::cli {
+namespace {
+
+void PrintTable(const std::vector<FuseLine>& lines) {
+  FuseLine widest{.bit = "bit", .name = "name", .value = "value", .meaning = {}};
+  for (const FuseLine& line : lines) {
+    if (line.bit.size() > widest.bit.size()) widest.bit = line.bit;
+    if (line.name.size() > widest.name.size()) widest.name = line.name;
+  }
+  const auto print = [&widest](const FuseLine& line, std::string_view meaning) {
+    const std::string text = fmt::format("{:{}}  {:{}}  {:5}  {}", line.bit, widest.bit.size(),
+                                         line.name, widest.name.size(), line.value, meaning);
+    std::cout << text.substr(0, text.find_last_not_of(' ') + 1) << "\n";
+  };
+  print({.bit = "bit", .name = "name", .value = "value", .meaning = {}}, "meaning");
+  for (const FuseLine& line : lines) {
+    std::string meaning = line.meaning;
+    if (!line.changeable) meaning += meaning.empty() ? "shown only" : ", shown only";
+    print(line, meaning);
+  }
+}
+
+void PrintJson(const Options& options, const std::vector<FuseLine>& lines) {
+  auto bits = nlohmann::ordered_json::array();
+  for (const FuseLine& line : lines) {
+    bits.push_back({{"bit", line.bit},
+                    {"name", line.name},
+                    {"value", line.value},
+                    {"meaning", line.meaning},
+                    {"changeable", line.changeable}});
+  }
+  const nlohmann::ordered_json object{
+      {"command", options.command_name}, {"device", options.device}, {"bits", bits}};
+  std::cout << object.dump(2) << "\n";
+}
+
+void Print(const Options& options, const FusePage& page) {
+  if (options.json) return PrintJson(options, page.Lines());
+  PrintTable(page.Lines());
+}
+
+/// Where the rest of the bytes is not known, every bit that can be changed has to be told.
+void RequireAll(const Options& options, const FusePage& page, const DeviceProfile& device) {
+  std::vector<std::string> missing;
+  for (const FuseLine& line : page.Lines()) {
+    const bool named = std::ranges::any_of(options.assignments, [&line](const std::string& text) {
+      const std::string name = text.substr(0, text.find('='));
+      return name == line.name || name == line.bit;
+    });
+    if (line.changeable && !named) missing.push_back(line.name);
+  }
+  if (missing.empty()) return;
+  throw UsageError(fmt::format(
+      "{}: its configuration cannot be read, so that all of it has to be given; missing: {}",
+      device.name, fmt::join(missing, ", ")));
+}
+
+void SetAll(const Options& options, FusePage& page) {
+  for (const std::string& assignment : options.assignments) page.Set(assignment);
+  page.Confirm();
+}
+
+ExitStatus InImage(const Options& options, const DeviceProfile& device) {
+  HostSession session(HostSession::FreeInstance(), device, Engine::kUsb);
+  LoadImage(options, device, session.image());
+  FusePage page(device, session.variables());
+  if (!options.changes_fuses) {
+    Print(options, page);
+    return ExitStatus::kSuccess;
+  }
+  const ImageOutput output(options, device);
+  SetAll(options, page);
+  Report report;
+  report.bytes = output.Write(session.image());
+  report.message = fmt::format("{}: {} written", device.name, output.names());
+  PrintReport(options, report);
+  return report.status;
+}
+
+/// The fuses of the device in the socket: read, changed on the page, written and read back.
+class InDevice {
+ public:
+  InDevice(const Options& options, const DeviceProfile& device)
+      : options_(options), device_(device), configuration_(options, device) {
+    if (options.changes_fuses) {
+      configuration_.RequireWritable();
+    } else if (!ReadsConfig(device)) {
+      throw UsageError(device.name +
+                       ": its configuration cannot be read; --image shows that of an image file");
+    }
+  }
+
+  ExitStatus Run() {
+    OperationRun& run = configuration_.run();
+    platform::CatchStopSignals();
+    Report report = Prepared();
+    if (report.status == ExitStatus::kSuccess) {
+      FusePage page(device_, run.session().variables());
+      if (!options_.changes_fuses) {
+        Print(options_, page);
+        run.Keep();
+        return report.status;
+      }
+      report = Changed(page);
+    }
+    PrintReport(options_, report);
+    run.Keep();
+    return report.status;
+  }
+
+ private:
+  /// With the device's bytes in the image, or as the parts leave the factory.
+  Report Prepared() {
+    if (ReadsConfig(device_)) return configuration_.Read();
+    PresetConfiguration(configuration_.run().session().variables());
+    return {};
+  }
+
+  Report Changed(FusePage& page) {
+    if (!ReadsConfig(device_)) RequireAll(options_, page, device_);
+    std::vector<ConfigAssignment> assignments;
+    for (const ConfigByte& byte : configuration_.bytes()) {
+      assignments.push_back({.byte = byte, .value = configuration_.Byte(byte)});
+    }
+    SetAll(options_, page);
+    for (ConfigAssignment& assignment : assignments) {
+      const std::uint8_t before =
+          std::exchange(assignment.value, configuration_.Byte(assignment.byte));
+      if (!ReadsConfig(device_)) continue;
+      assignment.changed = (before ^ assignment.value) & assignment.byte.bits;
+    }
+    std::erase_if(assignments, [](const auto& assignment) { return assignment.changed == 0; });
+    if (assignments.empty()) {
+      Report report;
+      report.message = device_.name + ": nothing to change: " + configuration_.Values();
+      return report;
+    }
+    configuration_.Plan(std::move(assignments));
+    return configuration_.Write();
+  }
+
+  const Options& options_;
+  const DeviceProfile& device_;
+  Configuration configuration_;
+};
+
+}  // namespace
+
+ExitStatus RunFusesCommand(const Options& options, const DeviceProfile& device) {
+  if (options.changes_fuses == options.assignments.empty()) {
+    throw UsageError(options.changes_fuses ? "fuses set: name what to change, as NAME=VALUE"
+                                           : options.assignments.front() +
+                                                 ": \"fuses show\" changes nothing; "
+                                                 "\"fuses set\" does");
+  }
+  FusePage::RequirePage(device);
+  if (!options.image_file.empty()) return InImage(options, device);
+  return InDevice(options, device).Run();
+}
+
+}  // namespace fliglaf::cli
