@@ -89,8 +89,9 @@ void edit_figmpu41::Text1_KeyPress(char16_t& character) {
     box.selection_length = 0;
     character = 0;
   }
-  // So that the line end comes last, wherever the user was in the text.
+  // One line end, and that at the end, wherever the user was in the text.
   if (character == platform::key::kReturn) {
+    if (box.text.ends_with(u"\r\n")) character = 0;
     box.selection_start = box.text.size();
     box.selection_length = 0;
   }

@@ -7,6 +7,7 @@
 
 #include "host/com/mpu_object.h"
 #include "platform/win32/class_registration.h"
+#include "platform/win32/module.h"
 
 namespace fliglaf {
 namespace {
@@ -58,7 +59,11 @@ STDAPI DllGetClassObject(REFCLSID id, REFIID iid, void** object) {
                                            object);
 }
 
-STDAPI DllCanUnloadNow() { return fliglaf::platform::ModuleReferences() == 0 ? S_OK : S_FALSE; }
+STDAPI DllCanUnloadNow() {
+  if (fliglaf::platform::ModuleReferences() != 0) return S_FALSE;
+  fliglaf::platform::LetModuleGo();
+  return S_OK;
+}
 
 STDAPI DllRegisterServer() { return fliglaf::Install(fliglaf::RegisteredFor::kEverybody); }
 

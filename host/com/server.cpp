@@ -5,6 +5,9 @@
 #include <system_error>
 #include <utility>
 
+#include "platform/win32/com_object.h"
+#include "platform/win32/module.h"
+
 namespace fliglaf {
 namespace {
 
@@ -17,12 +20,32 @@ struct Current {
   int uses = 0;
 };
 
+/// A window's share in the session and in the module.
+class WindowUse {
+ public:
+  WindowUse() {
+    ++platform::ModuleReferences();
+    platform::KeepModuleLoaded();
+  }
+  ~WindowUse() { --platform::ModuleReferences(); }
+  WindowUse(const WindowUse&) = delete;
+  WindowUse& operator=(const WindowUse&) = delete;
+
+ private:
+  SessionUse session_;
+};
+
 Current& TheCurrent() {
   static Current current;
   return current;
 }
 
 }  // namespace
+
+Session::Session() {
+  library.around_request = RecordRequest;
+  desktop.hold = [] { return std::make_shared<WindowUse>(); };
+}
 
 SessionUse::SessionUse() {
   Current& current = TheCurrent();

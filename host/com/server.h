@@ -12,10 +12,10 @@
 namespace fliglaf {
 
 /// What all objects of the loaded DLL share. It begins with the first object and ends with the
-/// last: the components are released then, and not when the process unloads the DLL, where
-/// releasing a COM object is no longer safe.
+/// last, or with the last window: the components are released then, and not when the process
+/// unloads the DLL, where releasing a COM object is no longer safe.
 struct Session {
-  Session() { library.around_request = RecordRequest; }
+  Session();
 
   platform::Components components;
   platform::Win32Desktop desktop;

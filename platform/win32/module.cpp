@@ -1,11 +1,19 @@
 #include "platform/win32/module.h"
 
+#include <atomic>
+
 extern "C" IMAGE_DOS_HEADER __ImageBase;  // NOLINT: the linker's name
 
 namespace fliglaf::platform {
 namespace {
 
 constexpr DWORD kLongestPath = 32'768;  // characters, the end included
+
+/// Whether the module holds itself loaded.
+std::atomic<bool>& KeptByItself() {
+  static std::atomic<bool> kept = false;
+  return kept;
+}
 
 }  // namespace
 
@@ -15,6 +23,18 @@ std::wstring ModulePath() {
   std::wstring path(kLongestPath, L'\0');
   path.resize(GetModuleFileNameW(ThisModule(), path.data(), kLongestPath));
   return path;
+}
+
+void KeepModuleLoaded() {
+  if (!KeptByItself().exchange(true)) {
+    HMODULE module = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                       reinterpret_cast<const wchar_t*>(&__ImageBase), &module);
+  }
+}
+
+void LetModuleGo() {
+  if (KeptByItself().exchange(false)) FreeLibrary(ThisModule());
 }
 
 std::wstring EnvironmentText(const wchar_t* name) {

@@ -5,6 +5,7 @@
 #include <system_error>
 #include <utility>
 
+#include "platform/win32/form_window.h"
 #include "platform/win32/module.h"
 
 namespace fliglaf::platform {
@@ -116,6 +117,20 @@ double Win32Desktop::SecondsSinceMidnight() {
   SYSTEMTIME now = {};
   GetLocalTime(&now);
   return now.wHour * 3600 + now.wMinute * 60 + now.wSecond + now.wMilliseconds / 1000.0;
+}
+
+const MessageFont& Win32Desktop::NeedFont() {
+  if (!font_) font_.emplace();
+  return *font_;
+}
+
+Size Win32Desktop::TextSize(std::u16string_view text) { return NeedFont().TextSize(text); }
+
+void Win32Desktop::Show(Form& form) {
+  if (!form.view) {
+    form.view = std::make_unique<FormWindow>(form, NeedFont(), hold ? hold() : nullptr);
+  }
+  static_cast<FormWindow&>(*form.view).Show();
 }
 
 void Win32Desktop::StartTimer(Timer& timer) {

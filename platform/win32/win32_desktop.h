@@ -6,10 +6,13 @@
 #include <chrono>
 #include <exception>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <vector>
 
 #include "platform/desktop.h"
+#include "platform/form.h"
+#include "platform/win32/message_font.h"
 
 namespace fliglaf::platform {
 
@@ -25,6 +28,9 @@ class Win32Desktop : public Desktop {
   /// Passes a request to end, which a turn took off the queue, on to the host's own message loop.
   void PassQuitOn();
 
+  /// What must last as long as a window is open, if anything.
+  std::function<std::shared_ptr<void>()> hold;
+
   /// The box belongs to the active window of the calling thread.
   int MsgBox(int style, std::u16string_view title, std::u16string_view prompt) override;
   /// Whoever turns the loop again at once, waiting for something to happen, is put to sleep for a
@@ -32,10 +38,13 @@ class Win32Desktop : public Desktop {
   void DoEvents() override;
   [[nodiscard]] std::u16string LoadText(std::int64_t number) override;
   [[nodiscard]] double SecondsSinceMidnight() override;
+  void Show(Form& form) override;
+  [[nodiscard]] Size TextSize(std::u16string_view text) override;
 
  private:
   static LRESULT CALLBACK OnMessage(HWND window, UINT message, WPARAM wide, LPARAM lng);
   void NeedWindow();
+  [[nodiscard]] const MessageFont& NeedFont();
   void OnTimer(Timer* timer) noexcept;
   void Handle(const MSG& message);
   void RestWhenCalledAgain();
@@ -44,6 +53,7 @@ class Win32Desktop : public Desktop {
   void StopTimer(Timer& timer) override;
 
   HWND window_ = nullptr;
+  std::optional<MessageFont> font_;
   std::vector<Timer*> running_;
   std::optional<int> quit_;
   /// What a timer's handler threw; it cannot pass through the frames of Windows.

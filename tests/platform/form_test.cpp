@@ -1,6 +1,9 @@
 #include "platform/form.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "platform/access_keys.h"
 
 namespace fliglaf::platform {
 namespace {
@@ -46,6 +49,11 @@ TEST(TextBox, ItsHandlersDiscardAndChangeKeys) {
   box.PressDelete();
   EXPECT_EQ(box.text, u"aB");
   EXPECT_EQ(released, (std::vector<int>{'A', 'B', 'C', 'Q', key::kDelete}));
+}
+
+TEST(AccessKeys, AreDifferentCharactersAsLongAsThereAreAny) {
+  EXPECT_THAT(WithAccessKeys({u"SUT0:", u"SUT1:", u"a & b", u"us", u":", u"s"}),
+              testing::ElementsAre(u"&SUT0:", u"S&UT1:", u"&a && b", u"us", u":", u"s"));
 }
 
 TEST(Form, TellsTheTextBoxThatLosesTheFocus) {
