@@ -108,7 +108,8 @@ TEST_F(Program, StopsAtASignalWithTheSocketOff) {
     fs::remove(folder_ / "err");
     const pid_t run =
         Start("program isp51-8k random.bin --no-erase --real-time --chip c --record r --vcd v");
-    while (ReadText(folder_ / "err").find("Program") == std::string::npos) {
+    for (int tries = 0;
+         tries < 2000 && ReadText(folder_ / "err").find("Program") == std::string::npos; ++tries) {
       std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     kill(run, signal);
