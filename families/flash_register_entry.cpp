@@ -5,7 +5,7 @@
 #include "families/flash_register.h"
 #include "families/flash_register_access.h"
 #include "families/jtag_lines.h"
-#include "families/latches.h"
+#include "usb/latches.h"
 
 namespace fliglaf {
 namespace {

@@ -4,9 +4,9 @@
 #include <optional>
 #include <span>
 
-#include "families/latches.h"
 #include "families/serial_lines.h"
 #include "families/two_wire.h"
+#include "usb/latches.h"
 
 namespace fliglaf {
 namespace {

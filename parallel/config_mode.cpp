@@ -5,7 +5,7 @@
 #include <initializer_list>
 #include <span>
 
-#include "families/latches.h"
+#include "usb/latches.h"
 
 namespace fliglaf::parallel {
 namespace {

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <span>
 
-#include "usb/run.h"
+#include "usb/engine_run.h"
 
 namespace fliglaf {
 
@@ -13,7 +13,7 @@ struct Latch {
 };
 
 /// Writes them in their order.
-inline void WriteLatches(Run& run, std::span<const Latch> latches) {
+inline void WriteLatches(EngineRun& run, std::span<const Latch> latches) {
   for (const Latch& latch : latches) run.io.WriteLatch(latch.value, latch.number);
 }
 
