@@ -19,7 +19,7 @@ cp $built/bin/fliglaf.dll $built/bin/fliglaf.exe $built/bin/fliglaf.library.mani
   $built/generated/fliglaf.tlb README.md LICENSE CHANGELOG.md "build/$name"
 cp -r $built/bin/simulator $built/bin/examples "build/$name"
 cp -r examples/shared_blocks "build/$name/examples"
-cp docs/*.md "build/$name/docs"
+cp -r docs/*.md docs/pictures "build/$name/docs"
 (cd build && zip -q -r "$name.zip" "$name")
 rm -rf "build/${name:?}"
 echo "build/$name.zip"

@@ -3,6 +3,7 @@
 # tests under Wine.
 #   scripts/windows.sh [GTEST-OPTION...]
 #   scripts/windows.sh --benchmark         how long the DLL takes to load
+#   scripts/windows.sh --pictures          takes the pictures of the editors in docs/pictures
 #   scripts/windows.sh --build             builds and checks the DLL, runs nothing
 # A 32-bit Wine is set up once, in a root of its own below the user's cache folder; FLIGLAF_WINE_ROOT
 # names one that stands already. Needs root for that. Where the machine cannot have it, a line says
@@ -70,6 +71,10 @@ case "${1:-}" in
     program=benchmark.sh
     shift
     ;;
+  --pictures)
+    program=pictures.sh
+    shift
+    ;;
 esac
 
 runs_32_bit_programs || skip "this machine's kernel runs no 32-bit programs; the DLL is built"
@@ -91,6 +96,7 @@ place=$(mktemp -d -p "$root/tmp" fliglaf.XXXXXX)
 trap 'rm -rf "$place"' EXIT
 cp -r build/windows/bin/* tests/windows/*.vbs tests/windows/*.sh "$place"
 chroot "$root" xvfb-run -a bash "${place#"$root"}/$program" "$@"
+[ ! -d "$place/pictures" ] || cp "$place"/pictures/* docs/pictures
 INSIDE
 cat "$out"
 exit "$status"

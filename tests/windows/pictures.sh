@@ -1,0 +1,12 @@
+#!/usr/bin/env bash
+# Runs beside the DLLs, on a system with Wine: takes the pictures of the editors into the folder
+# pictures.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")"
+. ./prefix.sh
+
+mkdir pictures
+wine regsvr32 /s fliglaf.dll
+wine editor_pictures.exe pictures
+wine regsvr32 /s /u fliglaf.dll
+ls pictures
