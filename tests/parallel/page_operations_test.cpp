@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "parallel/mpu4prg.h"
 #include "tests/support/test_host.h"
 
 namespace fliglaf {
@@ -136,6 +137,44 @@ TEST_F(ParallelEngine, OtherModesTouchNoDevice) {
   host.Run(kRead);
   EXPECT_EQ(Narrow(question), "M   D");
   EXPECT_EQ(host.tap.Count("EndRun"), 2U);
+}
+
+TEST_F(ParallelEngine, AnotherSignatureIsReadAgainOrIgnored) {
+  host.vars.quorinchipidtestmode[0] = -1;
+  host.vars.quorintypeid[0] = 0x52;
+  std::vector<std::string> prompts;
+  host.desktop.on_box = [&](int, std::u16string_view title, std::u16string_view prompt) {
+    prompts.push_back(Narrow(title) + Narrow(prompt));
+    return prompts.size() < 3 ? platform::box_answer::kRetry : platform::box_answer::kIgnore;
+  };
+  EXPECT_EQ(host.Run(kBlankCheck), 0) << host.log();
+  EXPECT_EQ(prompts, std::vector<std::string>(3, "Warning! Device Code Error!M1E   D5106"));
+}
+
+TEST(ParallelWindow, StopsFromItsButtonAndIsLowerAfterACompare) {
+  TestHost host(kSize);
+  host.UseParallelPort();
+  auto vars = std::make_shared<SharedVariables>();
+  vars->OpenMainGroup(7, [] {});
+  vars->OpenDataBuffers(vars->DataBufferLength(), [] {});
+  mpu4prg window(vars, host.tap, host.desktop);
+  window.Form_Load();
+  EXPECT_EQ(window.form().caption, u"Information");
+  const int height = window.form().size.height;
+  EXPECT_EQ(window.dataout(0x5A, 7, 0), 0);
+  EXPECT_EQ(host.vars.quorinibuffer[7], 0x5A);
+  EXPECT_EQ(window.dataout(0x5B, 7, 1), 1);
+  EXPECT_EQ(window.dataout(0x5B, 7, -1), 0);
+
+  host.vars.quorinprgresult[1] = kCompare;
+  window.Timer1_Timer();
+  EXPECT_EQ(host.tap.calls.back().operation, "EndRun");
+  EXPECT_EQ(window.form().size.height, height - 300);
+  EXPECT_FALSE(window.pexit.visible);
+  window.prgnote1(0);
+  EXPECT_EQ(window.form().caption, u"<Verify>");
+  window.pexit.Click();
+  EXPECT_EQ(host.vars.quorinprgresult[0], 2);
 }
 
 TEST(ParallelStart, FailuresEndTheRunBeforeTheSocketIsUsed) {
