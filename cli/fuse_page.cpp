@@ -155,6 +155,7 @@ const PageRow& FusePage::Find(const std::string& name) const {
             : fmt::format("did you mean {}?", fmt::join(nearest, ", "))));
   }
   std::vector<std::string> bits;
+  bits.reserve(found.size());
   for (const PageRow* const row : found) bits.push_back(BitOf(*row));
   throw UsageError(
       fmt::format("{}: more than one bit has this name; take {}", name, fmt::join(bits, " or ")));

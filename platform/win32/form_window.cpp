@@ -8,6 +8,7 @@
 #include "platform/access_keys.h"
 #include "platform/win32/module.h"
 #include "platform/win32/visual_style.h"
+#include "platform/win32/window_text.h"
 
 namespace fliglaf::platform {
 namespace {
@@ -22,14 +23,6 @@ const wchar_t* Native(const std::u16string& text) {
 
 [[noreturn]] void ThrowLastError(const char* what) {
   throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), what);
-}
-
-std::u16string TextOf(HWND window) {
-  std::u16string text(static_cast<std::size_t>(GetWindowTextLengthW(window)) + 1, u'\0');
-  const int length =
-      GetWindowTextW(window, reinterpret_cast<LPWSTR>(text.data()), static_cast<int>(text.size()));
-  text.resize(static_cast<std::size_t>(length));
-  return text;
 }
 
 /// An empty dialog: the controls are put on it afterwards.

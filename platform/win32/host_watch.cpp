@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "platform/desktop.h"
+#include "platform/win32/window_text.h"
 
 namespace fliglaf::platform {
 namespace {
@@ -21,14 +22,6 @@ constexpr int kPromptControl = 0xFFFF;
 HostWatch*& WatchOfThread() {
   thread_local HostWatch* watch = nullptr;
   return watch;
-}
-
-std::u16string TextOf(HWND window) {
-  std::u16string text(static_cast<std::size_t>(GetWindowTextLengthW(window)) + 1, u'\0');
-  const int length =
-      GetWindowTextW(window, reinterpret_cast<LPWSTR>(text.data()), static_cast<int>(text.size()));
-  text.resize(static_cast<std::size_t>(length));
-  return text;
 }
 
 bool IsMessageBox(HWND window) {
