@@ -8,12 +8,18 @@ namespace fliglaf {
 
 ConfigurationEditor::ConfigurationEditor(EditorServices services) : services_(std::move(services)) {
   OKButton.is_default = true;
-  OKButton.on_click = [this] { services_.when_idle([this] { OKButton_Click(); }); };
+  OKButton.on_click = [this] {
+    if (std::exchange(ok_waits_, true)) return;
+    services_.when_idle([this] {
+      if (std::exchange(ok_waits_, false)) OKButton_Click();
+    });
+  };
   CancelButton.is_cancel = true;
   CancelButton.on_click = [this] { Unload(); };
 }
 
 void ConfigurationEditor::Open(const std::shared_ptr<SharedVariables>& variables) {
+  if (ok_waits_) return;
   auto before = std::exchange(vars_, variables);
   try {
     Form_Load();
@@ -25,7 +31,7 @@ void ConfigurationEditor::Open(const std::shared_ptr<SharedVariables>& variables
 }
 
 void ConfigurationEditor::OKButton_Click() {
-  if (!form_.loaded) return;  // cancelled while a request was running
+  if (!form_.loaded) return;
   try {
     Store();
   } catch (const RangeError&) {
@@ -37,6 +43,7 @@ void ConfigurationEditor::OKButton_Click() {
 }
 
 void ConfigurationEditor::Unload() {
+  ok_waits_ = false;
   form_.Unload();
   vars_.reset();
 }

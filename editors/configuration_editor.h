@@ -31,7 +31,8 @@ class ConfigurationEditor {
   ConfigurationEditor(const ConfigurationEditor&) = delete;
   ConfigurationEditor& operator=(const ConfigurationEditor&) = delete;
 
-  /// Loads the form from the buffer, or loads it anew. The variables are kept open until it is
+  /// Loads the form from the buffer, or loads it anew, but for one whose OK still waits: what the
+  /// user has chosen in it goes before. The variables are kept open until it is
   /// unloaded. Throws RangeError when the buffer does not hold the bytes; the form is then as it
   /// was.
   void Open(const std::shared_ptr<SharedVariables>& variables);
@@ -71,6 +72,7 @@ class ConfigurationEditor {
 
   EditorServices services_;
   std::shared_ptr<SharedVariables> vars_;
+  bool ok_waits_ = false;  ///< OK has been pressed, and a request is still running
 };
 
 }  // namespace fliglaf

@@ -1,5 +1,6 @@
 #include "host/library.h"
 
+#include <exception>
 #include <string>
 #include <utility>
 
@@ -48,7 +49,7 @@ void Library::EditConfiguration(const std::shared_ptr<SharedVariables>& variable
 template <class Editor>
 void Library::Show(std::unique_ptr<Editor>& editor,
                    const std::shared_ptr<SharedVariables>& variables) {
-  if (IfOpen(editor) == nullptr) editor = std::make_unique<Editor>(ServicesForEditors());
+  if (!editor) editor = std::make_unique<Editor>(ServicesForEditors());
   editor->Open(variables);
   desktop_.Show(editor->form());
 }
@@ -83,7 +84,10 @@ void Library::EndRequest() {
   while (!waiting_.empty()) {  // an action may add one, or take others back
     const Waiting waiting = std::move(waiting_.front());
     waiting_.erase(waiting_.begin());
-    waiting.action();
+    try {
+      waiting.action();
+    } catch (const std::exception&) {  // NOLINT: the others wait, too
+    }
   }
 }
 

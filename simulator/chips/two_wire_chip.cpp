@@ -256,7 +256,8 @@ void TwoWireChip::TakeOperand(std::uint8_t byte) {
 
 bool TwoWireChip::MayAccess() const {
   const std::size_t top = flash_bytes() + (command_ == Command::kRead ? model_.page_bytes : 0);
-  return place_ + left_ <= top && place_ / model_.page_bytes >= locked_pages_;
+  const bool lock_byte = command_ == Command::kRead && place_ == model_.main_bytes && left_ == 1;
+  return place_ + left_ <= top && (lock_byte || place_ / model_.page_bytes >= locked_pages_);
 }
 
 void TwoWireChip::ProgramByte(std::uint8_t byte) {

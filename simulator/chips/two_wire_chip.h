@@ -39,7 +39,8 @@ struct TwoWireModel {
 /// - Bytes to be written are taken as fast as they come and programmed one after the other; a
 ///   command that comes meanwhile is answered when they are.
 /// - The lock byte is the complement of the number of pages, from the first on, that the interface
-///   neither reads nor writes; it holds from the next restart on. A device erase lifts it.
+///   neither reads nor writes; it holds from the next restart on. A device erase lifts it. The byte
+///   itself can always be read.
 class TwoWireChip : public Chip {
  public:
   TwoWireChip(const Clock& clock, const TwoWireWiring& wiring, const TwoWireModel& model);

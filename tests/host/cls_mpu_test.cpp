@@ -165,6 +165,42 @@ TEST(Editors, WaitForTheEndOfARun) {
   EXPECT_EQ(host.vars.quorinibuffer[4096 - 31], 0xFC);
 }
 
+TEST(Editors, KeepWhatTheUserChoseDuringARun) {
+  TestHost host;
+  host.vars.quorintlength[0] = 4096;
+  host.vars.quorinprgmode[0] = 15;
+  host.mpu->editfigmpu40();
+  edit_figmpu41* const editor = host.library.open_edit_figmpu41();
+  ASSERT_NE(editor, nullptr);
+  const auto during_a_run = [&](const std::function<void()>& action) {
+    host.vars.quorinprgmode[0] = 1;
+    host.desktop.on_turn = [&] {
+      host.vars.quorinprgmode[0] = 15;
+      action();
+      host.desktop.on_turn = nullptr;
+      return true;
+    };
+    static_cast<void>(host.Run(4));
+  };
+  during_a_run([&] {
+    host.mpu->editfigmpu40();
+    editor->Combo3[0].Choose(0);
+    editor->OKButton.Click();
+    host.mpu->editfigmpu40();
+    editor->OKButton.Click();
+  });
+  EXPECT_EQ(host.vars.quorinibuffer[4096 - 31], 0xFC);
+
+  host.mpu->editfigmpu40();
+  editor->Combo3[0].Choose(1);
+  during_a_run([&] {
+    editor->OKButton.Click();
+    editor->CancelButton.Click();
+  });
+  EXPECT_EQ(host.vars.quorinibuffer[4096 - 31], 0xFC) << "cancelled after all";
+  EXPECT_EQ(host.library.open_edit_figmpu41(), nullptr);
+}
+
 TEST(MemoryMap, ShowsWhereAreasLieInDeviceAndBuffer) {
   TestHost host;
   std::string prompt;
