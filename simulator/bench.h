@@ -65,6 +65,8 @@ class Bench : public platform::TimeSource {
   [[nodiscard]] SimulatedProgrammer& programmer() { return programmer_; }
   [[nodiscard]] Chip& chip() { return *chip_; }
   [[nodiscard]] const Clock& clock() const { return clock_; }
+  /// True when a chip may be taken out of the socket.
+  [[nodiscard]] bool socket_is_off() const { return socket_.off(); }
   /// Has `watch` see the socket as it is now, and every change from now on.
   void Watch(SocketWatch& watch) { programmer_.Watch(watch); }
   /// Takes the programmer off the chip and puts a cable in its place; null for a chip that has no

@@ -43,6 +43,10 @@ class Socket {
   void SetGndPin(std::uint8_t pin, bool on);
   void SetVppPin(std::uint8_t pin, bool on);
   void AllOff();
+  /// No supply, no programming voltage, no pin switched on.
+  [[nodiscard]] bool off() const {
+    return supply_ == 0 && vcc_on_.none() && gnd_on_.none() && vpp_on_.none();
+  }
   /// Supplies the chip as it is made for.
   void PowerUp();
 

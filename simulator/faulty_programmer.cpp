@@ -1,0 +1,169 @@
+#include "simulator/faulty_programmer.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "simulator/clock.h"
+#include "simulator/usb_timing.h"
+
+namespace fliglaf::simulator {
+namespace {
+
+constexpr std::uint32_t kUnspecifiedError = 0x80004005;
+constexpr std::uint8_t kStatusFailed = bulk_status::kLastGood + 1;
+constexpr std::uint32_t kLongestDelay = 10'000;  // ms
+
+bool IsOfTransfer(Fault fault) {
+  return fault != Fault::kNone && fault != Fault::kFailedCall && fault != Fault::kFlippedBit;
+}
+
+std::int32_t WithFlippedBit(std::int32_t byte, std::uint32_t which) {
+  return byte ^ (1 << which % 8);
+}
+
+}  // namespace
+
+std::size_t FaultyProgrammer::Count(Fault fault) const {
+  return static_cast<std::size_t>(std::ranges::count(fired_, fault, &Fired::fault));
+}
+
+void FaultyProgrammer::Fire(Fault fault, std::string_view operation) {
+  fired_.push_back({fault, calls_, operation});
+}
+
+FaultyProgrammer::Choice FaultyProgrammer::Begin(std::string_view operation) {
+  Poll();
+  ++calls_;
+  const Choice choice = Choose(operation);
+  if (choice.fault == Fault::kFailedCall) {
+    Fire(choice.fault, operation);
+    throw ComponentError(std::string(operation), kUnspecifiedError);
+  }
+  return choice;
+}
+
+bool FaultyProgrammer::OnCall(std::string_view operation) {
+  static_cast<void>(Begin(operation));
+  return true;
+}
+
+void FaultyProgrammer::EndRun() {
+  static_cast<void>(Begin("EndRun"));
+  next().EndRun();
+  detour_.reset();
+}
+
+std::int32_t FaultyProgrammer::ReadRegister(std::uint8_t register_number) {
+  const Choice choice = Begin("ReadRegister");
+  const std::int32_t value = next().ReadRegister(register_number);
+  if (choice.fault != Fault::kFlippedBit) return value;
+  Fire(choice.fault, "ReadRegister");
+  return WithFlippedBit(value, choice.detail);
+}
+
+std::int32_t FaultyProgrammer::BlockTransfer(std::int32_t data, std::int32_t address,
+                                             std::int32_t check_mode) {
+  const Choice choice = Begin("BlockTransfer");
+  if (choice.fault != Fault::kFlippedBit) return next().BlockTransfer(data, address, check_mode);
+  Fire(choice.fault, "BlockTransfer");
+  return next().BlockTransfer(WithFlippedBit(data, choice.detail), address, check_mode);
+}
+
+void FaultyProgrammer::usbbulkread(std::span<std::uint8_t> destination, std::uint8_t& status) {
+  const Choice choice = Begin("usbbulkread");
+  detour_.reset();
+  if (!IsOfTransfer(choice.fault) && choice.fault != Fault::kFlippedBit) {
+    return next().usbbulkread(destination, status);
+  }
+  Fire(choice.fault, "usbbulkread");
+  if (choice.fault == Fault::kSilentTransfer) return;
+  if (choice.fault == Fault::kFailedTransfer) {
+    status = kStatusFailed;
+    return;
+  }
+  detour_ =
+      Detour{.choice = choice, .destination = destination, .status = &status, .due = std::nullopt};
+  std::vector<std::uint8_t> bytes(destination.size());
+  status_ = 0;
+  next().usbbulkread(bytes, status_);
+  bytes_ = std::move(bytes);  // the transfer before is over with the start of this one
+}
+
+void FaultyProgrammer::DeliverData() {
+  auto data = std::span(bytes_).first(bytes_.size() - 1);
+  if (detour_->choice.fault == Fault::kShortTransfer) data = data.first(data.size() / 2);
+  if (detour_->choice.fault == Fault::kFlippedBit && !data.empty()) {
+    const std::size_t bit = detour_->choice.detail % (data.size() * 8);
+    data[bit / 8] = static_cast<std::uint8_t>(data[bit / 8] ^ 1U << bit % 8);
+  }
+  std::ranges::copy(data, detour_->destination.begin());
+  *detour_->status = bulk_status::kDone;
+  detour_->data_delivered = true;
+}
+
+void FaultyProgrammer::Poll() {
+  if (!detour_) return;
+  const std::int64_t now = time_.Now();
+  if (!detour_->due) {
+    if (status_ > bulk_status::kLastGood) {
+      *detour_->status = status_;
+      detour_.reset();
+      return;
+    }
+    if (status_ != bulk_status::kDone || bytes_.back() != kEndMark) return;
+    const bool late = detour_->choice.fault == Fault::kLateTransfer;
+    detour_->due = now + (late ? detour_->choice.detail * Clock::kMillisecond : 0);
+  }
+  if (now < *detour_->due) return;
+  if (!detour_->data_delivered) {
+    DeliverData();
+    if (detour_->choice.fault == Fault::kShortTransfer) return detour_.reset();
+  }
+  // The end mark comes in a packet of its own.
+  if (now < *detour_->due + usb::kPacket) return;
+  detour_->destination.back() = kEndMark;
+  detour_.reset();
+}
+
+std::optional<std::int64_t> FaultyProgrammer::NextEvent() const {
+  const std::optional<std::int64_t> next_event = time_.NextEvent();
+  if (!detour_ || !detour_->due) return next_event;
+  const std::int64_t own = *detour_->due + (detour_->data_delivered ? usb::kPacket : 0);
+  return std::min(next_event.value_or(own), own);
+}
+
+void FaultyProgrammer::WaitUntil(std::int64_t time) {
+  time_.WaitUntil(time);
+  Poll();
+}
+
+Fault SeededFaults::Draw(std::span<const std::pair<Fault, double>> rates) {
+  double chance = Random() / 4294967296.0;
+  for (const auto& [fault, rate] : rates) {
+    if (chance < rate) return fault;
+    chance -= rate;
+  }
+  return Fault::kNone;
+}
+
+FaultyProgrammer::Choice SeededFaults::Choose(std::string_view operation) {
+  using Rate = std::pair<Fault, double>;
+  const Rate call{Fault::kFailedCall, rates_.failed_call};
+  const Rate bit{Fault::kFlippedBit, rates_.flipped_bit};
+  Choice choice;
+  if (operation == "usbbulkread") {
+    choice.fault = Draw(std::array{call, Rate{Fault::kFailedTransfer, rates_.failed_transfer},
+                                   Rate{Fault::kSilentTransfer, rates_.silent_transfer},
+                                   Rate{Fault::kLateTransfer, rates_.late_transfer},
+                                   Rate{Fault::kShortTransfer, rates_.short_transfer}, bit});
+  } else if (operation == "ReadRegister" || operation == "BlockTransfer") {
+    choice.fault = Draw(std::array{call, bit});
+  } else {
+    choice.fault = Draw(std::array{call});
+  }
+  if (choice.fault == Fault::kLateTransfer) choice.detail = Random() % kLongestDelay + 1;
+  if (choice.fault == Fault::kFlippedBit) choice.detail = Random();
+  return choice;
+}
+
+}  // namespace fliglaf::simulator
