@@ -54,13 +54,13 @@ Word WriteWord(EngineRun& run, std::int64_t index) {
 }  // namespace
 
 void WriteConfigWord(EngineRun& run) {
-  const int last = run.vars.quorinbvcch[0] == 1 ? 1 : 0;
+  const std::int64_t last = run.vars.quorinbvcch[0] == 1 ? 1 : 0;
   EnterConfigMode(run, 1);
   SendInstruction(run, {kSelectConfiguration});
   for (int unused = 0; unused < 2; ++unused) static_cast<void>(ReadSerialByte(run));
   for (int address = 0; address < kAddressesToWord; ++address) SendInstruction(run, {kNextAddress});
   Word first;
-  for (int word = 0; word <= last; ++word) {
+  for (std::int64_t word = 0; word <= last; ++word) {
     const Word read_back = WriteWord(run, kLastWord - 2 * last + 2 * word);
     if (word == 0) first = read_back;
   }

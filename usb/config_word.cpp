@@ -48,8 +48,8 @@ std::u16string Enabled(const EngineRun& run, bool enabled) {
 }
 
 std::u16string Settings(const EngineRun& run, int low, int high) {
-  const auto type =
-      static_cast<std::size_t>(((low & kOscillator2) != 0 ? 4 : 0) + (low & kOscillator));
+  const std::size_t type =
+      static_cast<unsigned>(low & kOscillator) + ((low & kOscillator2) != 0 ? 4U : 0U);
   return OscillatorText(run, type) + run.Text(text::kWatchdog) +
          Enabled(run, (low & kWatchdog) != 0) + u" " + run.Text(text::kBlockProtect) +
          Enabled(run, (high & kNotProtected) == 0) + u" " + u"  /PWRTE :" +

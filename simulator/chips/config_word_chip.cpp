@@ -151,7 +151,7 @@ void ConfigWordChip::EndWriting() {
       writing_since_ >= 0 && clock_.now() - writing_since_ >= model_.word_write;
   writing_since_ = -1;
   if (!long_enough || !at_a_word()) return;
-  const auto cell = static_cast<std::size_t>(2 * (address_ - kFirstWord));
+  const std::size_t cell = 2 * static_cast<std::size_t>(address_ - kFirstWord);
   cells_[cell] = static_cast<std::uint8_t>(loaded_);
   cells_[cell + 1] = static_cast<std::uint8_t>(loaded_ >> 8);
 }
@@ -162,7 +162,7 @@ bool ConfigWordChip::at_a_word() const {
 
 std::uint16_t ConfigWordChip::ReadWord() const {
   if (!at_a_word()) return 0;
-  const auto cell = static_cast<std::size_t>(2 * (address_ - kFirstWord));
+  const std::size_t cell = 2 * static_cast<std::size_t>(address_ - kFirstWord);
   std::uint8_t bytes[] = {cells_[cell], cells_[cell + 1]};
   if (stuck_.address / 2 == cell / 2) {
     std::uint8_t& byte = bytes[stuck_.address % 2];
