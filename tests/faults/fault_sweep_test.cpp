@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "simulator/faulty_programmer.h"
-#include "tests/faults/small_devices.h"
+#include "tests/support/small_devices.h"
 
 namespace fliglaf {
 namespace {

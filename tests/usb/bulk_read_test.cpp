@@ -97,6 +97,18 @@ TEST_F(BulkReadTest, DataWithoutEndMarkTimeOutAfterFiveSeconds) {
   EXPECT_EQ(host_.vars.quorinprgresult[0], 0);
 }
 
+TEST_F(BulkReadTest, ADeadTransferIsGivenUpWhateverTheHostWritesIntoTheResult) {
+  programmer_.transfer = [](std::span<std::uint8_t>, std::uint8_t&) {};
+  platform::Timer host_timer(desktop_, "host", [this] { host_.vars.quorinprgresult[0] = 0; });
+  int turns = 0;
+  desktop_.on_turn = [&] {
+    if (++turns == 1) host_timer.Enable(5000);  // ticks in the watchdog's turn, after it
+    if (turns == 1000) throw std::runtime_error("still waiting");
+    return false;
+  };
+  EXPECT_EQ(BulkRead(run_, 1, 0, 65), 1);
+}
+
 TEST_F(BulkReadTest, StopEndsTheWaitAtOnceAndStays) {
   desktop_.on_turn = [&] {
     host_.vars.quorinprgresult[0] = 2;
