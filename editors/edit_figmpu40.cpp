@@ -89,13 +89,13 @@ edit_figmpu40::edit_figmpu40(EditorServices services) : ConfigurationEditor(std:
 }
 
 void edit_figmpu40::AddFusePage() {
-  for (int i = 0; i < 8; ++i) fuse_rows_.push_back({"low", i, 1, 0, &Label1[i], &Combo1[i]});
-  for (int i = 0; i < 8; ++i) fuse_rows_.push_back({"high", i, 1, 1, &Label4[i], &Combo4[i]});
+  AddBits(fuse_rows_, "low", 0, Label1, Combo1);
+  AddBits(fuse_rows_, "high", 1, Label4, Combo4);
   fuse_rows_.push_back({"calibration", 0, 8, 1, &Label2[0], &Text1});
   fuse_rows_.push_back({"", 0, 0, 1, &Label2[2], &Text3});
-  for (int i = 0; i < 5; ++i) fuse_rows_.push_back({"extended", i, 1, 2, &Label5[i], &Combo5[i]});
+  AddBits(fuse_rows_, "extended", 2, Label5, Combo5);
   fuse_rows_.push_back({"lock", 0, 2, 2, &Label3[0], &Combo3[0], kLockModes});
-  for (int i = 1; i < 5; ++i) fuse_rows_.push_back({"lock", i + 1, 1, 2, &Label3[i], &Combo3[i]});
+  AddBits(fuse_rows_, "lock", 2, std::span(Label3).subspan(1), std::span(Combo3).subspan(1, 4), 2);
   fuse_rows_.push_back({"lock", 6, 1, 2, nullptr, &Combo3[5]});
   Add(Frame1, fuse_rows_);
   Label2[1].container = &Frame1;
@@ -104,13 +104,9 @@ void edit_figmpu40::AddFusePage() {
 
 void edit_figmpu40::AddSecurityPage() {
   security_rows_.push_back({"", 0, 0, 0, &Label8[0], &Text8[0]});
-  for (int i = 0; i < 8; ++i) {
-    security_rows_.push_back({"write-lock", i, 1, 0, &Label6[i], &Combo6[i]});
-  }
+  AddBits(security_rows_, "write-lock", 0, Label6, Combo6);
   security_rows_.push_back({"", 0, 0, 1, &Label8[1], &Text8[1]});
-  for (int i = 0; i < 8; ++i) {
-    security_rows_.push_back({"read-lock", i, 1, 1, &Label7[i], &Combo7[i]});
-  }
+  AddBits(security_rows_, "read-lock", 1, Label7, Combo7);
   Add(Frame2, security_rows_);
 }
 

@@ -66,8 +66,8 @@ std::int32_t edit_figmpu41::ParseHex(std::u16string_view text) {
 
 edit_figmpu41::edit_figmpu41(EditorServices services) : ConfigurationEditor(std::move(services)) {
   lock_byte_rows_.push_back({"lock", 0, 8, 0, &Label1[0], &Text1[0]});
-  for (int i = 0; i < 4; ++i) bit_rows_.push_back({"fuse", i, 1, 0, &Label2[i], &Combo2[i]});
-  for (int i = 0; i < 2; ++i) bit_rows_.push_back({"lock", i, 1, 0, &Label3[i], &Combo3[i]});
+  AddBits(bit_rows_, "fuse", 0, Label2, Combo2);
+  AddBits(bit_rows_, "lock", 0, Label3, Combo3);
   Add(Frame1, lock_byte_rows_);
   Add(Frame2, std::span(bit_rows_).first(4));
   Add(Frame3, std::span(bit_rows_).last(2));

@@ -125,4 +125,11 @@ Size PageLayout::ButtonSize(const platform::Button& one, const platform::Button&
           WholePixels(Eighths(kControlHeight))};
 }
 
+void AddBits(std::vector<PageRow>& rows, std::string_view byte, int column,
+             std::span<platform::Label> labels, std::span<platform::ComboBox> combos, int bit) {
+  for (std::size_t i = 0; i < labels.size(); ++i) {
+    rows.push_back({byte, bit++, 1, column, &labels[i], &combos[i]});
+  }
+}
+
 }  // namespace fliglaf

@@ -27,6 +27,10 @@ struct PageRow {
   std::span<const std::uint8_t> values = {};
 };
 
+/// Adds a row for each bit of `byte` from `bit` on.
+void AddBits(std::vector<PageRow>& rows, std::string_view byte, int column,
+             std::span<platform::Label> labels, std::span<platform::ComboBox> combos, int bit = 0);
+
 /// Gives every list the same entries, with one of them chosen.
 void Fill(std::span<platform::ComboBox> lists, const std::vector<std::u16string>& entries,
           int chosen);
