@@ -133,7 +133,7 @@ void ReadConfig(Run& run, std::int16_t mode) {
 }
 
 void ReadPass(Run& run, std::int16_t mode, Variant variant) {
-  RequireOneBlock(EepromBytes(run));
+  RequireImage(run);
   OpenPass(run, kPassKind);
   if (ReadFlash(run, mode, variant) && ReadEeprom(run, mode) && mode == check_mode::kRead) {
     ReadConfig(run, mode);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "families/jtag_lines.h"
+#include "families/read_pass.h"
 
 namespace fliglaf::avr_jtag {
 namespace {
@@ -43,6 +44,11 @@ std::int64_t FlashWords(const Run& run) {
 }
 
 std::int64_t EepromBytes(const Run& run) { return 2 * std::int64_t{run.vars.quorinbvcch[0]}; }
+
+void RequireImage(const Run& run) {
+  RequireOneBlock(EepromBytes(run));
+  RequireData(run, 0, 2 * FlashWords(run) - 1);
+}
 
 std::int64_t PageWords(const Run& run) {
   return std::max<std::int64_t>(run.vars.quorinpagelength[0], 1);

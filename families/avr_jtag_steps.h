@@ -65,6 +65,10 @@ void WalkToShiftDr(Run& run);
 [[nodiscard]] std::int64_t EepromBytes(const Run& run);
 [[nodiscard]] std::int64_t PageWords(const Run& run);
 
+/// Throws std::length_error for an EEPROM that one block cannot bring back, RangeError for a flash
+/// that the data buffer cannot hold.
+void RequireImage(const Run& run);
+
 /// Places of the configuration bytes, counted from the first of them.
 namespace config_byte {
 inline constexpr int kFuseLow = 0;

@@ -88,7 +88,7 @@ void WriteEeprom(Run& run) {
 
 /// Chip erase, with the note of the blank check that follows it.
 void jtagChipErase(Run& run) {
-  RequireOneBlock(EepromBytes(run));
+  RequireImage(run);
   Select(run, Instruction::kProgCommands);
   Scan(run, {0x2380, 0x3180, 0x3380, 0x3380});
   run.io.QueueDelay(run.WriteTime(2));
@@ -97,7 +97,7 @@ void jtagChipErase(Run& run) {
 }
 
 void Program(Run& run, Variant variant, void (*read_pass)(Run&, std::int16_t)) {
-  RequireOneBlock(EepromBytes(run));  // ahead of what could not be verified
+  RequireImage(run);  // ahead of what could not be verified
   WriteFlash(run, variant);
   WriteEeprom(run);
   VerifyProgrammed(run, read_pass);

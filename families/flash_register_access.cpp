@@ -65,6 +65,7 @@ Layout::Layout(const Run& run)
   second_start = size - second_bytes;
   main_bytes = second_start - page - 2;
   page = std::max<std::int64_t>(page, 1);
+  RequireData(run, 0, std::max(size, main_bytes) - 1);
 }
 
 void flashReadLock(Run& run, std::int16_t mode) {

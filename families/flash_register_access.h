@@ -52,6 +52,7 @@ void FlushAndWait(Run& run);
 /// Where things lie in the image, by the host's sizes. Two lock bytes and a page lie between the
 /// main array and the second area.
 struct Layout {
+  /// Throws RangeError for an image that the data buffer cannot hold.
   explicit Layout(const Run& run);
 
   std::int64_t main_bytes;    ///< the main array begins at 0

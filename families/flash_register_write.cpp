@@ -80,7 +80,7 @@ bool Program10(Run& run) {
   return ProgramSecondArea(run);
 }
 
-/// A first pass that fails is made again, `quorinwretry`(0) times at most: a device that keeps
+/// A first pass that fails is made again, Retries() times at most: a device that keeps
 /// failing must not hold the host for ever.
 void VerifyAtTwoSupplies(Run& run) {
   for (int repeats = 0;; ++repeats) {
@@ -88,7 +88,7 @@ void VerifyAtTwoSupplies(Run& run) {
     prgnote1(run, 1);
     flashDataOp10(run, check_mode::kVerify);
     if (run.outcome() == result::kSuccess) break;
-    if (run.stopped() || repeats >= run.vars.quorinwretry[0]) return;
+    if (run.stopped() || repeats >= run.Retries()) return;
     run.vars.quorinprgresult[0] = result::kSuccess;
   }
   prgnote1(run, 2);

@@ -49,6 +49,7 @@ bool CaptureBlock(Run& run, std::int32_t block_start, std::int32_t last) {
 
 void ReadBlocks(Run& run, std::int16_t mode) {
   if (run.RangeEnd < 0) return;
+  RequireData(run, 0, run.RangeEnd);
   for (std::int32_t block = 0; block <= run.RangeEnd / kBlockBytes; ++block) {
     const std::int32_t start = block * kBlockBytes;
     const std::int32_t last = std::min(run.RangeEnd - start, kBlockBytes - 1);
@@ -85,9 +86,12 @@ void ispFam1ReadPass(Run& run, std::int16_t mode) {
 }
 
 void ispFam1Program(Run& run) {
-  OpenPass(run, kPassKind);
+  const std::int32_t first_page = run.RangeStart / kPageBytes;
   const std::int32_t last_page = run.vars.quorintlength[0] / kPageBytes - 1;
-  for (std::int32_t page = run.RangeStart / kPageBytes; page <= last_page; ++page) {
+  RequireData(run, std::int64_t{first_page} * kPageBytes,
+              (std::int64_t{last_page} + 1) * kPageBytes - 1);
+  OpenPass(run, kPassKind);
+  for (std::int32_t page = first_page; page <= last_page; ++page) {
     WritePage(run, page * kPageBytes);
     run.desktop.DoEvents();
     if (run.stopped()) return ClosePass(run);

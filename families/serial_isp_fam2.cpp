@@ -70,6 +70,7 @@ void QueueReads(Run& run, const Area& area, std::int64_t first, std::int64_t las
 
 /// False when the pass is over.
 bool ReadArea(Run& run, const Area& area, std::int16_t mode) {
+  RequireData(run, area.first, area.last);
   for (std::int64_t first = area.first; first <= area.last; first += kBlockBytes) {
     const std::int64_t last = std::min(area.last, first + kBlockBytes - 1);
     ArmCapture(run);
@@ -86,6 +87,7 @@ void FlushWrites(Run& run) {
 
 /// Leaves up to a kilobyte queued.
 void WriteArea(Run& run, const Area& area) {
+  RequireData(run, area.first, area.last);
   for (std::int64_t image = area.first; image <= area.last; ++image) {
     const std::int64_t address = image - area.memory_start;
     QueueSend(run, area.write.At(address));

@@ -45,7 +45,7 @@ void enterSerialPage(Run& run) {
   bool echoed = false;
   do {
     echoed = EnableEchoed(run);
-  } while (!echoed && ++attempts < run.vars.quorinwretry[0]);
+  } while (!echoed && ++attempts < run.Retries());
   Send(run, {0x00});
 }
 

@@ -134,7 +134,7 @@ void writeFlashBlock(Run& run, std::int32_t address, std::int32_t count, FrameMo
 }
 
 std::int16_t readFlashBlock(Run& run, std::int32_t address, std::int32_t count, FrameMode mode) {
-  for (std::int32_t attempt = 0; attempt <= run.vars.quorinwretry[0]; ++attempt) {
+  for (std::int32_t attempt = 0; attempt <= run.Retries(); ++attempt) {
     if (StartCommand(run, command::kBlockRead) != kAccepted) return 0;
     SendOperands(run, address, count, 30);
     if (readDataFrame(run, kDataWait, FrameMode::kCom) == kAccepted) break;

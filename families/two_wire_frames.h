@@ -57,7 +57,7 @@ void initFlashInterface(Run& run);
 void writeFlashBlock(Run& run, std::int32_t address, std::int32_t count, FrameMode mode);
 
 /// Reads `count` bytes (1 to 256) and returns the last, if at once; 0 when the command is refused
-/// or after a stop. Refused operands are sent quorinwretry(0) times more; then what is read is
+/// or after a stop. Refused operands are sent Retries() times more; then what is read is
 /// whatever there is.
 std::int16_t readFlashBlock(Run& run, std::int32_t address, std::int32_t count, FrameMode mode);
 

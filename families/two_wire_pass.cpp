@@ -21,12 +21,16 @@ constexpr std::array<std::int16_t, 3> kEraseKey{0xDE, 0xAD, 0xA5};
 
 /// The main array lies below a page that is not programmed; its last byte is the lock byte.
 struct Layout {
-  explicit Layout(const Run& run)
-      : page(run.vars.quorinpagelength[0]),
-        main_bytes(static_cast<std::int32_t>(std::int64_t{run.vars.quorintlength[0]} - page)) {}
+  /// Throws RangeError for a main array that there cannot be, or that the data buffer cannot hold.
+  explicit Layout(const Run& run) : page(run.vars.quorinpagelength[0]) {
+    const std::int64_t bytes = std::int64_t{run.vars.quorintlength[0]} - page;
+    if (bytes < 0) throw RangeError();
+    RequireData(run, 0, bytes - 1);
+    main_bytes = static_cast<std::int32_t>(bytes);
+  }
 
   std::int32_t page;
-  std::int32_t main_bytes;
+  std::int32_t main_bytes = 0;
 
   [[nodiscard]] std::int32_t lock() const { return main_bytes - 1; }
   /// Half a page, as the passes that read round it: to the nearest even number.
@@ -94,9 +98,9 @@ bool WriteMain(Run& run) {
   return true;
 }
 
-/// Reads the status until `bit` of it is as wanted, quorinwretry(0) times more at most.
+/// Reads the status until `bit` of it is as wanted, Retries() times more at most.
 void PollStatus(Run& run, std::int16_t bit, bool set) {
-  for (std::int32_t poll = 0; poll <= run.vars.quorinwretry[0]; ++poll) {
+  for (std::int32_t poll = 0; poll <= run.Retries(); ++poll) {
     if (((readAddressFrame(run, FrameMode::kCom) & bit) != 0) == set) return;
   }
 }
@@ -128,6 +132,7 @@ std::array<std::uint8_t, 3> fam12Signature(Run& run) {
 }
 
 void dataOp12(Run& run, std::int16_t mode) {
+  RequireData(run, std::min(run.RangeStart, 0), run.RangeEnd);
   OpenPass(run, kPassKind);
   ArmCapture(run);
   if (ReadMain(run, mode) && mode == check_mode::kRead) ReadLock(run);

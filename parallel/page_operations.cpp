@@ -91,6 +91,10 @@ std::int32_t dataout(EngineRun& run, std::int16_t data, std::int32_t address, st
 }
 
 void ScanPages(EngineRun& run, std::int16_t mode) {
+  const auto& range = run.vars.quorinwltbigendbuf;
+  const std::int64_t offset = std::int64_t{range[2]} - range[0];
+  const std::int64_t end = std::int64_t{EndOfPages(run)} * kPageBytes;
+  RequireData(run, std::int64_t{FirstPage(run)} * kPageBytes + offset, end - 1 + offset);
   for (std::int32_t page = FirstPage(run); page < EndOfPages(run); ++page) {
     if (!ScanPage(run, page, mode)) break;
   }

@@ -21,6 +21,10 @@ std::int32_t EngineRun::WriteTime(std::int32_t factor) const {
       std::int64_t{vars.quorinpwte[0]} * factor, Limits::min(), Limits::max()));
 }
 
+void RequireData(const EngineRun& run, std::int64_t first, std::int64_t last) {
+  if (first <= last && (first < 0 || last >= run.vars.quorinibuffer.count())) throw RangeError();
+}
+
 void ProgressAt(EngineRun& run, std::int64_t address) {
   const std::int64_t first = run.vars.quorinwltbigendbuf[0];
   run.Progress(address - first, run.vars.quorintlength[0] - first + 1);
