@@ -7,8 +7,9 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . scripts/setup.sh
 
 need_packages "${BUILD_PACKAGES[@]}" clang libclang-rt-14-dev
-configure_and_build fuzz record_reader_fuzz
-for target in record_reader; do
+targets=(record_reader host_values)
+configure_and_build fuzz "${targets[@]/%/_fuzz}"
+for target in "${targets[@]}"; do
   found=build/fuzz/found/$target
   mkdir -p "$found"
   echo "Fuzzing $target for ${1:-5} s"
