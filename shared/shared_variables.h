@@ -48,7 +48,7 @@ class SharedVariables {
   LongVariable    quorinpwte              {table_, {"quorinpwte",              4,     40,    "0: write time; scales the write delays of the algorithms"}};
   ByteVariable    quorinfigmode           {table_, {"quorinfigmode",           4,     40,    "0: adapter mode handed to the programmer at start-up"}};
   IntegerVariable quorinchippin           {table_, {"quorinchippin",           4,     40,    "0: pin count of the device package"}};
-  IntegerVariable quorinwretry            {table_, {"quorinwretry",            4,     40,    "0: retry count of the programming loops; more than 255 are 255"}};
+  IntegerVariable quorinwretry            {table_, {"quorinwretry",            4,     40,    "0: retry count of the programming loops; more than 1000 are 1000"}};
   ByteVariable    quorinprgmode           {table_, {"quorinprgmode",           4,     40,    "0: device family, 1 to 16; 1: progress in percent, set to 0 and then 1 at the start of an operation; 2: set to 0 at the start of an operation"}};
   ByteVariable    quorinwordmode          {table_, {"quorinwordmode",          4,     40,    "host side"}};
   ByteVariable    quorinwoption           {table_, {"quorinwoption",           4,     40,    "0: device variant within the family (fuse layout, line assignment, register set)"}};

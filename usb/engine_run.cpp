@@ -22,7 +22,9 @@ std::int32_t EngineRun::WriteTime(std::int32_t factor) const {
 }
 
 void RequireData(const EngineRun& run, std::int64_t first, std::int64_t last) {
-  if (first <= last && (first < 0 || last >= run.vars.quorinibuffer.count())) throw RangeError();
+  constexpr std::int64_t kLargestDevice = 0x4'0000;  // bytes
+  const auto most = std::max<std::int64_t>(run.vars.quorinibuffer.count(), kLargestDevice);
+  if (last - first >= most) throw RangeError();
 }
 
 void ProgressAt(EngineRun& run, std::int64_t address) {

@@ -59,7 +59,7 @@ class EngineRun {
 
   /// quorinwretry(0), kMostRetries at most: what a device refuses so often it will refuse for ever,
   /// and every attempt takes it a tenth of a second.
-  static constexpr std::int16_t kMostRetries = 255;
+  static constexpr std::int16_t kMostRetries = 1000;
   [[nodiscard]] std::int32_t Retries() const {
     return vars.quorinwretry[0] < kMostRetries ? vars.quorinwretry[0] : kMostRetries;
   }
@@ -68,9 +68,9 @@ class EngineRun {
   [[nodiscard]] std::int32_t WriteTime(std::int32_t factor) const;
 };
 
-/// Throws RangeError when the data buffer has not every index from `first` to `last`; a range that
-/// is empty lacks none. Passes that only look at a device ask before they begin: they would else go
-/// through whatever range the host wrote, for hours.
+/// Throws RangeError when the indexes from `first` to `last` are more than the data buffer has and
+/// more than any device has. Passes that only look at a device ask before they begin: they would
+/// else go through whatever range the host wrote, for hours.
 void RequireData(const EngineRun& run, std::int64_t first, std::int64_t last);
 
 /// Writes the progress of an operation that has come to `address` of the device.
