@@ -45,8 +45,12 @@ class Chip {
   virtual void Power(bool on) = 0;
   /// The programming voltage has come to its pin, or gone.
   virtual void ProgrammingVoltage(bool /*on*/) {}
-  /// The lines have changed: `levels` as the programmer drives them, 0 where it does not.
+  /// A line of sensitive() has changed: `levels` of all lines as the programmer drives them, 0
+  /// where it does not.
   virtual void Observe(Lines levels) = 0;
+  /// The lines at whose changes it does something: clocks, and what frames or gates them. It takes
+  /// the levels of the others then.
+  [[nodiscard]] Lines sensitive() const { return sensitive_; }
   /// The lines that the chip drives, and their levels.
   [[nodiscard]] Lines driven() const { return driven_; }
   [[nodiscard]] Lines levels() const { return levels_; }
@@ -61,6 +65,7 @@ class Chip {
   virtual void Break(const StuckBit& stuck) = 0;
 
  protected:
+  Lines sensitive_ = ~Lines{0};
   Lines driven_ = 0;
   Lines levels_ = 0;
 };

@@ -32,8 +32,16 @@ class Ports {
     outputs_ = high ? ~Lines{0} : Lines{0};
     inputs_ = 0;
   }
-  /// The outputs or the input masks, whichever register `number` writes.
-  [[nodiscard]] Lines& SideOf(int number) { return number % 2 == 0 ? outputs_ : inputs_; }
+  /// What is written to a number that is no port register, 0 to 11, goes nowhere.
+  void Write(int number, std::uint8_t value) {
+    const Lines all = LinesOf(number, 0xFF);
+    const Lines written = LinesOf(number, value);
+    if (number % 2 == 0) {
+      outputs_ = (outputs_ & ~all) | written;
+    } else {
+      inputs_ = (inputs_ & ~all) | written;
+    }
+  }
   [[nodiscard]] Lines outputs() const { return outputs_; }
   [[nodiscard]] Lines inputs() const { return inputs_; }
 

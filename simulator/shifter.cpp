@@ -12,11 +12,10 @@ std::uint8_t Data(const ShifterBytes& bytes, bool bit) { return bit ? bytes.data
 
 void Shifter::OutHighFirst(const ShifterBytes& bytes, std::uint8_t value) {
   const Wires::Driving driving(wires_, bytes.line_register, bytes.clock | bytes.data_out);
-  Wires::Register line(wires_, bytes.line_register);
   for (int bit = kBitsOfAByte - 1; bit >= 0; --bit) {
-    ClockBit(line, bytes, Data(bytes, (value >> bit & 1) != 0));
+    ClockBit(bytes, Data(bytes, (value >> bit & 1) != 0));
   }
-  Rest(line, bytes);
+  Rest(bytes);
 }
 
 void Shifter::OutLowFirst(const ShifterBytes& bytes, std::uint8_t value) {
@@ -26,58 +25,53 @@ void Shifter::OutLowFirst(const ShifterBytes& bytes, std::uint8_t value) {
 
 void Shifter::OutLowBits(const ShifterBytes& bytes, std::uint8_t value, int count) {
   const Wires::Driving driving(wires_, bytes.line_register, bytes.clock | bytes.data_out);
-  Wires::Register line(wires_, bytes.line_register);
   for (int bit = 0; bit < count; ++bit) {
-    ClockBit(line, bytes, Data(bytes, (value >> bit & 1) != 0));
+    ClockBit(bytes, Data(bytes, (value >> bit & 1) != 0));
   }
-  Rest(line, bytes);
+  Rest(bytes);
 }
 
 void Shifter::OutLast(const ShifterBytes& bytes, std::uint8_t value, int count) {
   const Wires::Driving driving(wires_, bytes.line_register, bytes.clock | bytes.data_out);
-  Wires::Register line(wires_, bytes.line_register);
   for (int bit = kBitsOfAByte - 1; bit >= kBitsOfAByte - count; --bit) {
     const std::uint8_t data = Data(bytes, (value >> bit & 1) != 0);
     const bool last = bit == kBitsOfAByte - count;
-    ClockBit(line, bytes, last ? data | bytes.mode_select : data);
+    ClockBit(bytes, last ? data | bytes.mode_select : data);
   }
-  Rest(line, bytes);
+  Rest(bytes);
 }
 
 void Shifter::Walk(const ShifterBytes& bytes, int low_pulses) {
   const Wires::Driving driving(wires_, bytes.line_register, bytes.clock | bytes.data_out);
-  Wires::Register line(wires_, bytes.line_register);
-  ClockBit(line, bytes, bytes.mode_select);
-  for (int pulse = 0; pulse < low_pulses; ++pulse) ClockBit(line, bytes, 0);
-  Rest(line, bytes);
+  ClockBit(bytes, bytes.mode_select);
+  for (int pulse = 0; pulse < low_pulses; ++pulse) ClockBit(bytes, 0);
+  Rest(bytes);
 }
 
 std::uint8_t Shifter::In(const ShifterBytes& bytes) {
   const Wires::Driving driving(wires_, bytes.line_register, bytes.clock);
-  Wires::Register line(wires_, bytes.line_register);
   unsigned value = 0;
   for (int bit = 0; bit < kBitsOfAByte; ++bit) {
-    ClockBit(line, bytes, 0);
+    ClockBit(bytes, 0);
     // The input as the clock has risen: the chip puts its next bit out when it falls.
     value = value << 1 | (wires_.Sample(bytes.line_register, bytes.data_in) ? 1U : 0U);
   }
-  Rest(line, bytes);
+  Rest(bytes);
   return static_cast<std::uint8_t>(value);
 }
 
 /// The lines between two writes.
-void Shifter::Rest(Wires::Register& line, const ShifterBytes& bytes) {
-  line.Write(bytes.clock_rests_high == 1 ? bytes.fixed | bytes.clock : bytes.fixed);
+void Shifter::Rest(const ShifterBytes& bytes) {
+  wires_.Write(bytes.line_register,
+               bytes.clock_rests_high == 1 ? bytes.fixed | bytes.clock : bytes.fixed);
 }
 
 /// One clock pulse with the lines `high` high, which leaves the clock high. They change while the
 /// clock is low.
-void Shifter::ClockBit(Wires::Register& line, const ShifterBytes& bytes, std::uint8_t high) {
+void Shifter::ClockBit(const ShifterBytes& bytes, std::uint8_t high) {
   const auto low = static_cast<std::uint8_t>(bytes.fixed | high);
-  line.Write(low);
-  clock_.Advance(kHalfBit - Wires::kPortWrite);
-  line.Write(low | bytes.clock);
-  clock_.Advance(kHalfBit - Wires::kPortWrite);
+  wires_.Write(bytes.line_register, low, kHalfBit);
+  wires_.Write(bytes.line_register, low | bytes.clock, kHalfBit);
 }
 
 }  // namespace fliglaf::simulator

@@ -3,7 +3,6 @@
 #include <array>
 #include <cstdint>
 
-#include "simulator/clock.h"
 #include "simulator/wires.h"
 
 namespace fliglaf::simulator {
@@ -31,7 +30,7 @@ class Shifter {
  public:
   static constexpr std::int64_t kHalfBit = 500;  ///< ns
 
-  Shifter(Clock& clock, Wires& wires) : clock_(clock), wires_(wires) {}
+  explicit Shifter(Wires& wires) : wires_(wires) {}
 
   /// One byte out, bit 7 first.
   void OutHighFirst(const ShifterBytes& bytes, std::uint8_t value);
@@ -47,10 +46,9 @@ class Shifter {
   [[nodiscard]] std::uint8_t In(const ShifterBytes& bytes);
 
  private:
-  static void Rest(Wires::Register& line, const ShifterBytes& bytes);
-  void ClockBit(Wires::Register& line, const ShifterBytes& bytes, std::uint8_t high);
+  void Rest(const ShifterBytes& bytes);
+  void ClockBit(const ShifterBytes& bytes, std::uint8_t high);
 
-  Clock& clock_;
   Wires& wires_;
 };
 

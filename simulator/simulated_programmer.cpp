@@ -32,7 +32,7 @@ SimulatedProgrammer::SimulatedProgrammer(Clock& clock, Socket& socket, std::int1
     : clock_(clock),
       socket_(socket),
       wires_(clock, socket),
-      shifter_(clock, wires_),
+      shifter_(wires_),
       instance_(instance),
       defects_(defects) {
   pipe_.SetFault(defects.usb);
@@ -76,7 +76,7 @@ void SimulatedProgrammer::CloseBlocks() {
 void SimulatedProgrammer::EndRun() {
   Spend(kCommand);
   socket_.AllOff();
-  queue_.clear();
+  queue_.Clear();
   CloseBlocks();
 }
 
@@ -161,12 +161,12 @@ std::int32_t SimulatedProgrammer::ShortDelay(std::int32_t microseconds) {
 
 std::int32_t SimulatedProgrammer::QueueRegisterWrite(std::int32_t value,
                                                      std::uint8_t register_number) {
-  queue_.push_back({value, register_number});
+  queue_.Write(register_number, static_cast<std::uint8_t>(value));
   return 0;
 }
 
 std::int32_t SimulatedProgrammer::QueueDelay(std::int32_t microseconds) {
-  queue_.push_back({microseconds, QueueEntry::kDelay});
+  queue_.Delay(microseconds);
   return 0;
 }
 
@@ -174,18 +174,18 @@ std::int32_t SimulatedProgrammer::QueueDelay(std::int32_t microseconds) {
 /// before it is done.
 std::int32_t SimulatedProgrammer::FlushQueue() {
   std::int64_t arrival = clock_.now() + usb::kFrame;
-  for (const QueueEntry& entry : queue_) {
+  queue_.Send([&](WriteQueue::Entry entry) {
     arrival += usb::kQueueEntryBytes * usb::kPacket / static_cast<int>(usb::kPacketBytes);
     clock_.AdvanceTo(arrival);
-    if (entry.register_number == QueueEntry::kDelay) {
-      clock_.Advance(entry.value * Clock::kMicrosecond);
-      continue;
+    const std::uint8_t number = entry.register_number();
+    if (number < kPortRegisters) {  // most of them
+      wires_.Write(number, entry.value());
+    } else if (number == WriteQueue::Entry::kDelay) {
+      clock_.Advance(entry.microseconds() * Clock::kMicrosecond);
+    } else if (const auto captured = Execute(entry.value(), number)) {
+      pipe_.Capture(*captured);
     }
-    const auto captured = Execute(static_cast<std::uint8_t>(entry.value),
-                                  static_cast<std::uint8_t>(entry.register_number));
-    if (captured) pipe_.Capture(*captured);
-  }
-  queue_.clear();
+  });
   Spend(0);
   return 0;
 }
@@ -237,12 +237,11 @@ std::optional<std::uint8_t> SimulatedProgrammer::Execute(std::uint8_t value,
   return std::nullopt;
 }
 
-ShifterBytes SimulatedProgrammer::shifter_bytes() const {
+ShifterBytes SimulatedProgrammer::shifter_bytes() {
   if (register_setup_) return std::bit_cast<ShifterBytes>(*register_setup_);
   std::array<std::uint8_t, sizeof(ShifterBytes)> bytes{};
-  if (!vars_.quorinubuf1.block().BaseAddress()) return std::bit_cast<ShifterBytes>(bytes);
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
-    bytes[i] = vars_.quorinubuf1[kFirstShifterByte + static_cast<std::int64_t>(i)];
+  if (vars_.quorinubuf1.block().BaseAddress() != nullptr) {
+    std::ranges::copy(vars_.quorinubuf1.Range(kFirstShifterByte, std::ssize(bytes)), bytes.begin());
   }
   return std::bit_cast<ShifterBytes>(bytes);
 }

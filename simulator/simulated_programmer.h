@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
-#include <vector>
 
 #include "shared/shared_variables.h"
 #include "simulator/capture_pipe.h"
@@ -12,6 +11,7 @@
 #include "simulator/shifter.h"
 #include "simulator/socket.h"
 #include "simulator/wires.h"
+#include "simulator/write_queue.h"
 #include "usb/programmer.h"
 
 namespace fliglaf::simulator {
@@ -79,15 +79,9 @@ class SimulatedProgrammer : public Programmer {
   [[nodiscard]] std::u16string datstr(std::int32_t value, std::int32_t digits) override;
 
  private:
-  struct QueueEntry {
-    static constexpr std::int16_t kDelay = -1;
-    std::int32_t value;            ///< register value, or µs
-    std::int16_t register_number;  ///< or kDelay
-  };
-
   /// Lets a call's time on the USB wire and the work it starts pass, then delivers what is due.
   void Spend(std::int64_t nanoseconds);
-  [[nodiscard]] ShifterBytes shifter_bytes() const;
+  [[nodiscard]] ShifterBytes shifter_bytes();
   std::optional<std::uint8_t> Execute(std::uint8_t value, std::uint8_t register_number);
   void PresetLines();
   void OpenBlocks();
@@ -101,7 +95,7 @@ class SimulatedProgrammer : public Programmer {
   std::int16_t instance_;
   Defects defects_;
   SharedVariables vars_;
-  std::vector<QueueEntry> queue_;
+  WriteQueue queue_;
   std::uint8_t captured_ = 0;
   bool lines_come_up_high_ = true;
   /// What registers 0x36 to 0x3E set, in the place of the shared block's bytes.

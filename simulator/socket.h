@@ -36,7 +36,8 @@ class SocketWatch {
 class Socket {
  public:
   /// `chip` may be null: an empty socket.
-  Socket(Chip* chip, SupplyPins pins) : chip_(chip), pins_(std::move(pins)) {}
+  Socket(Chip* chip, SupplyPins pins)
+      : chip_(chip), sensitive_(chip != nullptr ? chip->sensitive() : 0), pins_(std::move(pins)) {}
 
   void SetSupply(std::int32_t millivolts);
   void SetVccPin(std::uint8_t pin, bool on);
@@ -62,9 +63,12 @@ class Socket {
   /// Has `watch` see every change from now on.
   void Watch(SocketWatch& watch) { watch_ = &watch; }
 
-  /// The lines have changed: `levels` as the programmer drives them.
+  /// The lines may have changed: `levels` as the programmer drives them. Called for every write of
+  /// a port; the chip is asked only where it can tell a difference.
   void Observe(Lines levels) {
-    if (chip_ != nullptr) chip_->Observe(levels);
+    const Lines changed = levels ^ levels_;
+    levels_ = levels;
+    if ((changed & sensitive_) != 0) chip_->Observe(levels);
   }
   [[nodiscard]] bool watched() const { return watch_ != nullptr; }
   /// For the watch: `driven` as the programmer drives them, and the lines that it does not drive.
@@ -82,6 +86,8 @@ class Socket {
   void ShowWatch();
 
   Chip* chip_;
+  Lines sensitive_;   ///< of the chip; none without one
+  Lines levels_ = 0;  ///< as Observe has been told
   SupplyPins pins_;
   PinSet vcc_on_;
   PinSet gnd_on_;

@@ -26,30 +26,12 @@ class Wires {
     socket_.Watch(watch);
     Changed();
   }
-  /// A port register, found once and written often, by something that keeps time itself.
-  class Register {
-   public:
-    /// `number` 0 to 11; what is written to others goes nowhere.
-    Register(Wires& wires, int number)
-        : wires_(wires),
-          side_(wires.ports_.SideOf(number)),
-          all_(LinesOf(number, 0xFF)),
-          shift_(number / 2 * 8 % 64) {}
-
-    void Write(std::uint8_t value) {
-      side_ = (side_ & ~all_) | (Lines{value} << shift_ & all_);
-      wires_.Changed();
-      wires_.clock_.Advance(kPortWrite);
-    }
-
-   private:
-    Wires& wires_;
-    Lines& side_;
-    Lines all_;
-    int shift_;
-  };
-
-  void Write(int number, std::uint8_t value) { Register(*this, number).Write(value); }
+  /// Writes a port register, which keeps the port for `hold` ns.
+  void Write(int number, std::uint8_t value, std::int64_t hold = kPortWrite) {
+    ports_.Write(number, value);
+    Changed();
+    clock_.Advance(hold);
+  }
   /// Lines that are driven although their input mask is set, while this lives.
   class Driving {
    public:
@@ -74,10 +56,10 @@ class Wires {
 
  private:
   void Changed() {
-    const Lines inputs = ports_.inputs() & ~driven_inputs_;
-    socket_.Observe(ports_.outputs() & ~inputs);
+    const Lines driven = ~ports_.inputs() | driven_inputs_;
+    socket_.Observe(ports_.outputs() & driven);
     if (socket_.watched()) [[unlikely]] {
-      socket_.ShowLines(ports_.outputs() & ~inputs, inputs);
+      socket_.ShowLines(ports_.outputs() & driven, ~driven);
     }
   }
 

@@ -14,45 +14,43 @@ void JtagChip::Power(bool on) {
   EnterReset();
 }
 
-/// Called for every change of a line, most of them clock edges.
+/// Called at every clock edge. A buffer that is closed passes nothing on.
 void JtagChip::Observe(Lines levels) {
-  if ((levels & wiring_.routing) != wiring_.joined) {
-    levels &= ~wiring_.tck;
-    driven_ = 0;
-  }
-  const Lines changed = levels ^ seen_;
-  seen_ = levels;
-  if ((changed & wiring_.tck) == 0 || !powered_ || !listens_) return;
-  if ((levels & wiring_.tck) != 0) {
-    Rise((levels & wiring_.tms) != 0, (levels & wiring_.tdi) != 0);
-  } else {
-    Fall();
-  }
+  joined_ = (levels & wiring_.routing) == wiring_.joined;
+  if (!joined_) driven_ = 0;
+  const bool tck = joined_ && (levels & wiring_.tck) != 0;
+  if (tck == tck_) return;
+  tck_ = tck;
+  if (!powered_ || !listens_) return;
+  tck ? Rise(levels) : Fall();
 }
 
 std::vector<Signal> JtagChip::Signals() const {
   return {{"tck", wiring_.tck}, {"tms", wiring_.tms}, {"tdi", wiring_.tdi}, {"tdo", wiring_.tdo}};
 }
 
-void JtagChip::Rise(bool tms, bool tdi) {
-  switch (state_) {
+void JtagChip::Rise(Lines levels) {
+  const TapState state = state_;
+  state_ = NextState(state, (levels & wiring_.tms) != 0);
+  switch (state) {
+    case TapState::kShiftDr:
+      return ShiftData((levels & wiring_.tdi) != 0);
+    case TapState::kShiftIr:
+      return ShiftInstruction((levels & wiring_.tdi) != 0);
     case TapState::kCaptureDr:
       data_ = CaptureDr();
       stream_clocks_ = 0;
-      break;
-    case TapState::kShiftDr:
-      ShiftData(tdi);
-      break;
+      return;
     case TapState::kCaptureIr:
       instruction_shift_ = instructions_.capture;
-      break;
-    case TapState::kShiftIr:
-      instruction_shift_ = instruction_shift_ >> 1 | (tdi ? 1U : 0U) << (instructions_.length - 1);
-      break;
+      return;
     default:
-      break;
+      return;
   }
-  state_ = NextState(state_, tms);
+}
+
+void JtagChip::ShiftInstruction(bool tdi) {
+  instruction_shift_ = instruction_shift_ >> 1 | std::uint32_t{tdi} << (instructions_.length - 1);
 }
 
 void JtagChip::ShiftData(bool tdi) {
@@ -86,9 +84,8 @@ void JtagChip::EnterReset() {
   TestLogicReset();
 }
 
-/// A buffer that is closed passes nothing on.
 void JtagChip::PutOut(bool bit) {
-  if ((seen_ & wiring_.routing) == wiring_.joined) driven_ = wiring_.tdo;
+  if (joined_) driven_ = wiring_.tdo;
   levels_ = bit ? wiring_.tdo : 0;
 }
 

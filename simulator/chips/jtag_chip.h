@@ -34,7 +34,9 @@ class JtagChip : public Chip {
   };
 
   JtagChip(const Clock& clock, const JtagWiring& wiring, const InstructionRegister& instructions)
-      : clock_(clock), wiring_(wiring), instructions_(instructions) {}
+      : clock_(clock), wiring_(wiring), instructions_(instructions) {
+    sensitive_ = wiring.tck | wiring.routing;
+  }
 
   /// The supply has come or gone: what the chip keeps in registers is lost.
   virtual void Restart() = 0;
@@ -61,9 +63,10 @@ class JtagChip : public Chip {
   void BusyFor(std::int64_t nanoseconds) { busy_until_ = clock_.now() + nanoseconds; }
 
  private:
-  void Rise(bool tms, bool tdi);
+  void Rise(Lines levels);
   void Fall();
   void ShiftData(bool tdi);
+  void ShiftInstruction(bool tdi);
   void EnterReset();
   void PutOut(bool bit);
 
@@ -71,7 +74,8 @@ class JtagChip : public Chip {
   JtagWiring wiring_;
   InstructionRegister instructions_;
   TapState state_ = TapState::kTestLogicReset;
-  Lines seen_ = 0;
+  bool joined_ = false;  ///< the programmer's lines reach the chip
+  bool tck_ = false;
   bool powered_ = false;
   bool listens_ = true;
   DataRegister data_;

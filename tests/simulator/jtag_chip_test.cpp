@@ -104,7 +104,7 @@ class JtagLinesOfAChip : public testing::Test {
   Probe chip{clock};
   Socket socket{&chip, {.vcc = {}, .gnd = {}}};
   Wires wires{clock, socket};
-  Shifter shifter{clock, wires};
+  Shifter shifter{wires};
 };
 
 TEST_F(JtagLinesOfAChip, DataScanGoesOutLowBitFirstAndComesBack) {
