@@ -127,6 +127,7 @@ void HostSession::Request(std::span<const std::uint8_t> codes) {
     std::ranges::copy(codes, vars_.quorinautoprg.Range(0, std::ssize(codes)).begin());
   }
   vars_.quorinprgresult[0] = 0;
+  vars_.quorinubuflg[1] = 0;
 }
 
 void HostSession::Open(clsMPU& object) const {

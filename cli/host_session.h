@@ -46,6 +46,8 @@ class HostSession {
   void RequestStop() { vars_.quorinprgresult[0] = 2; }
 
   [[nodiscard]] std::uint8_t result() const { return vars_.quorinprgresult[0]; }
+  /// Blocks of captured bytes that the library could not fetch and judged all the same.
+  [[nodiscard]] int lost_blocks() const { return vars_.quorinubuflg[1]; }
   [[nodiscard]] int percent() const { return vars_.quorinprgmode[1]; }
   [[nodiscard]] std::u16string_view log() const { return vars_.quorinMainRtstr[0]; }
   [[nodiscard]] std::int16_t instance() const { return instance_; }

@@ -37,10 +37,14 @@ std::string BrokenOff(StartUp start_up, const std::string& failure) {
   return "the run was broken off: no reason given";
 }
 
+constexpr std::string_view kNothingHandedOver =
+    "the programmer does not hand over what it read; is the USB connection good?";
+
 /// What the run came to. A check that could not be made is never told as one that was: what kept
 /// the programmer from working comes first.
-void Judge(Report& report, const std::string& device, std::uint8_t result, StartUp start_up,
+void Judge(Report& report, const std::string& device, const HostSession& session, StartUp start_up,
            const Questions& questions) {
+  const std::uint8_t result = session.result();
   const RunLog told = ReadRunLog(report.log);
   report.result = result;
   report.seconds = told.seconds;
@@ -61,6 +65,11 @@ void Judge(Report& report, const std::string& device, std::uint8_t result, Start
   if (!told.seconds || !told.failure.empty()) {
     return end(ExitStatus::kProgrammer, BrokenOff(start_up, told.failure));
   }
+  if (session.lost_blocks() > 0 && result != result::kStopped) {
+    return end(ExitStatus::kProgrammer, std::string(kNothingHandedOver) +
+                                            " The result in the log rests on bytes that are not "
+                                            "the device's.");
+  }
   switch (result) {
     case result::kSuccess:
       if (told.differences > 0) {
@@ -70,8 +79,7 @@ void Judge(Report& report, const std::string& device, std::uint8_t result, Start
     case result::kStopped:
       return end(ExitStatus::kStopped, device + ": stopped; the device may be half done");
     case result::kReadBackFails:
-      return end(ExitStatus::kProgrammer,
-                 "the programmer does not hand over what it read; is the USB connection good?");
+      return end(ExitStatus::kProgrammer, std::string(kNothingHandedOver));
     default:
       return end(ExitStatus::kDiffers,
                  device + ": the operation failed; the log above tells where");
@@ -103,7 +111,7 @@ Report OperationRun::Run(std::span<const std::uint8_t> codes, Recorded recorded)
   progress_->Finish();
   Report report;
   report.log = ToUtf8(session_.log());
-  Judge(report, device_.name, session_.result(), workplace_->start_up(), questions_);
+  Judge(report, device_.name, session_, workplace_->start_up(), questions_);
   report.signature_ignored = questions_.ignored();
   return report;
 }

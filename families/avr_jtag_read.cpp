@@ -128,7 +128,7 @@ void ReadConfig(Run& run, std::int16_t mode) {
   Select(run, Instruction::kProgCommands);
   Scan(run, {command::kEnterSignatureRead, command::kAddressLow, 0x3600});
   Capture(run, {0x3700});
-  if (!FetchCaptures(run, kBlockAndEndMark, kConfigWait) && run.stopped()) return;
+  if (!FetchOrCountAsLost(run, kBlockAndEndMark, kConfigWait)) return;
   if (fuses) HandConfigOver(run, mode, std::span(kCaptureOrder).subspan(fuses->extended ? 0 : 1));
 }
 

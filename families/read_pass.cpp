@@ -1,5 +1,6 @@
 #include "families/read_pass.h"
 
+#include <limits>
 #include <stdexcept>
 #include <string>
 
@@ -9,6 +10,12 @@
 #include "usb/notes.h"
 
 namespace fliglaf {
+namespace {
+
+/// Element of quorinubuflg.
+constexpr int kLostBlocks = 1;
+
+}  // namespace
 
 void OpenPass(Run& run, std::uint8_t kind) { run.SendPacket({0x0D, kind}, kLongPacket); }
 
@@ -34,6 +41,14 @@ bool FetchCaptures(Run& run, std::int32_t count, std::int32_t wait_ms) {
   return BulkRead(run, bulk_mode::kCaptures, 0, count) == 0;
 }
 
+bool FetchOrCountAsLost(Run& run, std::int32_t count, std::int32_t wait_ms) {
+  if (FetchCaptures(run, count, wait_ms)) return true;
+  if (run.stopped()) return false;
+  std::int16_t& lost = run.vars.quorinubuflg[kLostBlocks];
+  if (lost < std::numeric_limits<std::int16_t>::max()) ++lost;
+  return true;
+}
+
 bool HandOver(Run& run, std::int32_t last, std::int32_t image, std::int16_t mode, BitOrder order) {
   for (std::int32_t i = 0; i <= last; ++i) {
     const std::int32_t captured = run.vars.quorinibuf2[i];
@@ -45,7 +60,7 @@ bool HandOver(Run& run, std::int32_t last, std::int32_t image, std::int16_t mode
 
 bool FetchAndHandOver(Run& run, std::int32_t count, std::int64_t bytes, std::int64_t image,
                       std::int16_t mode, BitOrder order) {
-  if (!FetchCaptures(run, count) && run.stopped()) return false;
+  if (!FetchOrCountAsLost(run, count)) return false;
   return HandOver(run, static_cast<std::int32_t>(bytes - 1), static_cast<std::int32_t>(image), mode,
                   order);
 }

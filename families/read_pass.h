@@ -37,6 +37,11 @@ void ArmCapture(Run& run);
 /// stopped.
 [[nodiscard]] bool FetchCaptures(Run& run, std::int32_t count, std::int32_t wait_ms = 100);
 
+/// FetchCaptures for a pass that goes on with whatever quorinibuf2 holds; false only after a stop.
+/// A block that could not be fetched is counted in quorinubuflg(1), so that a host can tell a
+/// result that rests on it.
+[[nodiscard]] bool FetchOrCountAsLost(Run& run, std::int32_t count, std::int32_t wait_ms = 100);
+
 /// How the captured bytes of a family come: the programmer takes the first bit for bit 7.
 enum class BitOrder : std::uint8_t { kHighFirst, kLowFirst };
 
@@ -46,8 +51,8 @@ enum class BitOrder : std::uint8_t { kHighFirst, kLowFirst };
                             BitOrder order = BitOrder::kHighFirst);
 
 /// Fetches a block of `bytes` captured bytes and hands it over, the first at image address `image`.
-/// A fetch that fails ends the pass only after a stop; otherwise what quorinibuf2 holds goes to the
-/// judgement all the same. False when the pass is over.
+/// A block that is lost, as FetchOrCountAsLost has it, is handed over all the same. False when the
+/// pass is over.
 [[nodiscard]] bool FetchAndHandOver(Run& run, std::int32_t count, std::int64_t bytes,
                                     std::int64_t image, std::int16_t mode,
                                     BitOrder order = BitOrder::kHighFirst);

@@ -62,7 +62,7 @@ class SharedVariables {
   ByteVariable    quorinrambknum          {table_, {"quorinrambknum",          4,     40,    "host side"}};
   StringVariable  quorinMainmnuPrg        {table_, {"quorinMainmnuPrg",        20,    400,   "operation names, by operation code"}};
   StringVariable  quorinMainRtstr         {table_, {"quorinMainRtstr",         3,     40,    "0: the log, to which the library appends lines, each ended by a line feed; 1: listing of the differences of a compare"}};
-  IntegerVariable quorinubuflg            {table_, {"quorinubuflg",            3,     40,    "0: set to 16368 by the USB engine at the start of every request"}};
+  IntegerVariable quorinubuflg            {table_, {"quorinubuflg",            3,     40,    "0: set to 16368 by the USB engine at the start of every request; 1: counts the blocks that could not be fetched from the programmer and were judged by what quorinibuf2 held"}};
   LongVariable    quorinramlg             {table_, {"quorinramlg",             3,     40,    "host side"}};
   LongVariable    quorinwlverifyvcc       {table_, {"quorinwlverifyvcc",       3,     40,    "0: verify at VCC plus and minus this many times 5 %; 0 = at nominal VCC only"}};
   StringVariable  quorinalgo              {table_, {"quorinalgo",              4,     40,    "host side"}};

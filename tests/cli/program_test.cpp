@@ -46,8 +46,13 @@ TEST_F(Program, TellsADeviceThatDiffersFromACheckThatCouldNotBeMade) {
     EXPECT_EQ(Run("verify isp51-4k --no-signature " + example + " --fault " + fault), 3) << fault;
     EXPECT_THAT(err_, HasSubstr("fliglaf: ")) << fault;
   }
-  EXPECT_EQ(Run("read isp51-4k --no-signature -o x.hex --fault supply"), 3);
-  EXPECT_FALSE(fs::exists(folder_ / "x.hex"));
+  for (const char* const device : {"isp51-4k", "isp51ee-8k", "jtag-page-16k", "two-wire-8k"}) {
+    for (const char* const fault : {"supply", "usb-failure"}) {
+      EXPECT_EQ(Run(std::string("read --no-signature -o x.hex ") + device + " --fault " + fault), 3)
+          << device << ", " << fault;
+      EXPECT_FALSE(fs::exists(folder_ / "x.hex"));
+    }
+  }
   EXPECT_EQ(Run("blank isp51-4k --fault no-chip"), 1);
   EXPECT_THAT(err_, HasSubstr("another signature was read (Maker 00   Device 0000)"));
   EXPECT_EQ(Run("signature isp51-4k"), 0);

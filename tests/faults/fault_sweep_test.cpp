@@ -100,6 +100,7 @@ class OneFault : public FaultyProgrammer {
 
 struct Outcome {
   int result = 0;
+  int lost_blocks = 0;
   std::string log;  ///< without the line of the elapsed time
   Bytes image;
 
@@ -156,9 +157,11 @@ class SweepBench {
     faulty_.seen = {};
     faults_before_ = faulty_.fired().size();
     host_.vars.quorinprgresult[1] = code;
+    host_.vars.quorinubuflg[1] = 0;
     std::int16_t usb = parallel_ ? 0 : -1;
     object_.runMpu4Prg(usb);
-    return {host_.vars.quorinprgresult[0], WithoutTime(host_.log()), host_.image()};
+    return {host_.vars.quorinprgresult[0], host_.vars.quorinubuflg[1], WithoutTime(host_.log()),
+            host_.image()};
   }
 
   [[nodiscard]] const Opportunities& seen() const { return faulty_.seen; }
@@ -277,6 +280,8 @@ class FaultSweep : public testing::TestWithParam<SmallDevice> {
       case Kind::kWrongByte:
         return CheckWrongByte(code, point, outcome, good);
       default:
+        // Family 1 captures the block again.
+        EXPECT_EQ(outcome.lost_blocks, GetParam().device.chip.family == 1 ? 0 : 1);
         return CheckEnding(code, outcome);
     }
   }
