@@ -42,4 +42,11 @@ void BM_EraseProgramWithVerify8KiB(benchmark::State& state) {
 }
 BENCHMARK(BM_EraseProgramWithVerify8KiB)->UseManualTime()->Unit(benchmark::kMillisecond);
 
+void BM_ProgramWithVerify128KiB(benchmark::State& state) {
+  const std::string image = RandomImage(131'072);
+  MeasureChild(state, {"program", "jtag-page-128k", image, "--no-erase", "--progress", "none"});
+  std::filesystem::remove(image);
+}
+BENCHMARK(BM_ProgramWithVerify128KiB)->UseManualTime()->Unit(benchmark::kMillisecond);
+
 }  // namespace
