@@ -61,6 +61,8 @@ const Mistake kMistakes[] = {
     {"page = 256", "page = ", 4, "not valid TOML at column", "value"},
     {"page = 256", "supply = 300", 5, "not valid TOML at column", "supply"},
     {"description = \"a part\"", "description = \"\xFF\"", 16, "not valid TOML at column", "utf-8"},
+    {"page = 256", "ö = 1", 4, "not valid TOML at column 1", "saw 'ö'"},
+    {"page = 256", "page = \"\"\"\\\nö\"\"\"", 4, "field 'page'", "a whole number"},
     // Names.
     {"page = 256", "pagee = 256", 4, "field 'pagee' is not known", "'page' may be meant"},
     {"page = 256", "colour = 1", 4, "field 'colour' is not known", "leave it out"},
