@@ -129,6 +129,13 @@ TEST(ProfileErrors, NameTheLineTheMistakeAndWhatIsRight) {
   for (const Mistake& mistake : kMistakesInWords) ExpectRefusal(mistake, kGoodWords);
 }
 
+TEST(ProfileErrors, ANameOfManyDotsIsRefused) {
+  std::string name = "a";
+  for (int i = 0; i < 300'000; ++i) name += ".a";
+  name += " = 1";
+  ExpectRefusal({"page = 256", name.c_str(), 4, "300000 dots", "64 are the most"}, kGood);
+}
+
 TEST(ProfileErrors, AFileWithoutDevicesIsRefused) {
   EXPECT_THROW(static_cast<void>(ParseProfiles("", "my.toml")), ProfileError);
   EXPECT_THROW(static_cast<void>(ParseProfiles("device = []", "my.toml")), ProfileError);
