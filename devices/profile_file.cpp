@@ -75,8 +75,11 @@ class Reader {
   template <typename... Args>
   [[noreturn]] void Fail(toml::source_index line, fmt::format_string<Args...> message,
                          Args&&... args) const {
-    throw ProfileError(fmt::format("{}:{}: ", file_, line) +
-                       fmt::format(message, std::forward<Args>(args)...));
+    std::string what = fmt::format(message, std::forward<Args>(args)...);
+    // Names come from the file as they are; a message is one line, and no terminal obeys it.
+    std::ranges::replace_if(
+        what, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; }, '?');
+    throw ProfileError(fmt::format("{}:{}: ", file_, line) + what);
   }
 
   template <typename Item>

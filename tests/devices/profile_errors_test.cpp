@@ -68,6 +68,7 @@ const Mistake kMistakes[] = {
     {"page = 256", "colour = 1", 4, "field 'colour' is not known", "leave it out"},
     {"chip = {erase_ms=10}", "chip = {erase_mss=10}", 13, "'chip.erase_mss'", "'chip.erase_ms'"},
     {"chip = {erase_ms=10}", "chip = 10", 13, "field 'chip' is not a table", "table [chip]"},
+    {"page = 256", "\"\\u001B[2J\\n\" = 1", 4, "field '?[2J?' is not known", "leave it out"},
     {"[defaults]", "[default]", 1, "'default' is not known here", "[defaults]"},
     {"[[device]]", "[device]", 14, "'device' is not known here", "[[device]]"},
     {"[[device]]", "", 15, "field 'name' stands in [defaults]", "[[device]]"},
