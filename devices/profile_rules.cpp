@@ -50,6 +50,10 @@ bool CodesHaveOneMeaning(const DeviceProfile& device) {
   return Distinct(codes);
 }
 
+bool ImageIsBytes(const DeviceProfile& device) {
+  return device.address_bytes == 1 && device.image_bytes == device.size;
+}
+
 /// Families 13 and 14: words, a page buffer, EEPROM and configuration bytes.
 bool IsSerialPage(const DeviceProfile& device) {
   return device.family == 13 || device.family == 14;
@@ -131,7 +135,7 @@ constexpr std::array kRules{
     ProfileRule{0, "erase", CodesHaveOneMeaning, "an operation code stands twice in 'erase', 'lock' and 'config'; each does one thing only"},
     ProfileRule{1, "page", [](D d) { return d.page == kSerialPage; }, "right is 256 in family 1"},
     ProfileRule{1, "size", [](D d) { return d.size % kSerialPage == 0 && d.size <= kSerialLargest; }, "right is a multiple of 256 up to 8192 in family 1, which writes whole pages"},
-    ProfileRule{1, "image_bytes", [](D d) { return d.config_words > 0 || d.image_bytes == d.size; }, "right is 'size' in family 1, with 'address_bytes' 1"},
+    ProfileRule{1, "image_bytes", [](D d) { return d.config_words > 0 || ImageIsBytes(d); }, "right is 'size' in family 1, with 'address_bytes' 1"},
     ProfileRule{0, "config_words", [](D d) { return d.config_words == 0 || d.family == 1; }, "belongs to family 1 only"},
     ProfileRule{0, "config_words", [](D d) { return d.config_words == 0 || d.operations.config == 8; }, "is written by 'config' = 8"},
     ProfileRule{0, "config_words", [](D d) { return d.config_words == 0 || !d.vpp_pins.empty(); }, "needs 'vpp_pins' for the programming voltage"},
@@ -139,7 +143,7 @@ constexpr std::array kRules{
     ProfileRule{0, "pin_count", [](D d) { return d.config_words == 0 || HasConfigSocket(d); }, "right is 6, 8, 14, 18, 20, 28, 40, 44, 64, 68, 80 or 84 with 'config_words'"},
     ProfileRule{2, "size", [](D d) { return d.size - d.data_size <= kSerialLargest; }, "without 'data_size' right is up to 8192 in family 2, whose instructions have 13 address bits"},
     ProfileRule{2, "data_size", [](D d) { return d.data_size >= 1 && d.data_size <= kSerialLargestData; }, "right is 1 to 2048 in family 2, whose instructions have 11 address bits for the data memory"},
-    ProfileRule{2, "image_bytes", [](D d) { return d.image_bytes == d.size; }, "right is 'size' in family 2, with 'address_bytes' 1"},
+    ProfileRule{2, "image_bytes", ImageIsBytes, "right is 'size' in family 2, with 'address_bytes' 1"},
     ProfileRule{3, "image_bytes", [](D d) { return d.address_bytes == 2 && d.image_bytes == 2 * d.size; }, "right is twice 'size' in family 3, with 'address_bytes' 2"},
     ProfileRule{3, "data_size", [](D d) { return d.data_size >= 2 && d.data_size <= kWordEeprom && d.data_size % 2 == 0; }, "right is an even number from 2 to 64 in family 3, whose instructions have 6 address bits for the EEPROM"},
     ProfileRule{3, "size", [](D d) { return LayoutOf(d).main_bytes == kWordFlash; }, "right is 528 and half of 'data_size' in family 3: the EEPROM is programmed from image byte 1024, which has to follow the 512 words of flash"},
@@ -160,7 +164,7 @@ constexpr std::array kRules{
     ProfileRule{0, "option", [](D d) { return !IsFlashRegister(d) || HasLines(d); }, "right is 11 to 15 or 22 to 24 in families 8 to 11"},
     ProfileRule{8, "option", [](D d) { return d.option != kWideOption; }, "right is 11 to 14 or 22 to 24 in family 8, which writes addresses of 16 bits"},
     ProfileRule{9, "option", [](D d) { return d.option != kWideOption; }, "right is 11 to 14 or 22 to 24 in family 9, which writes addresses of 16 bits"},
-    ProfileRule{0, "image_bytes", [](D d) { return !IsFlashRegister(d) || d.image_bytes == d.size; }, "right is 'size' in families 8 to 11, with 'address_bytes' 1"},
+    ProfileRule{0, "image_bytes", [](D d) { return !IsFlashRegister(d) || ImageIsBytes(d); }, "right is 'size' in families 8 to 11, with 'address_bytes' 1"},
     ProfileRule{0, "size", [](D d) { return !IsFlashRegister(d) || MainIsWholePages(d); }, "less 'data_size' right is two pages or more in families 8 to 11, the last but one with the lock bytes"},
     ProfileRule{0, "size", [](D d) { return !IsFlashRegister(d) || AddressesReach(d); }, "right is up to 65536 in families 8 and 9, as in 10 and 11 without 'data_size'; with option 15 these have up to 131072"},
     ProfileRule{9, "size", [](D d) { return LayoutOf(d).main_bytes <= kOneTransfer; }, "makes more than 16384 bytes of main array; family 9 reads it in one transfer, which holds no more"},
@@ -170,11 +174,11 @@ constexpr std::array kRules{
     ProfileRule{16, "option", [](D d) { return d.option == 16; }, "right is 16 in family 16"},
     ProfileRule{12, "vpp_pins", [](D d) { return d.option < 30 || !d.vpp_pins.empty(); }, "right is a pin with the options 30 and 31 of family 12"},
     ProfileRule{16, "signature", [](D d) { return !d.signature; }, "has to be left out in family 16, which cannot read it"},
-    ProfileRule{0, "image_bytes", [](D d) { return !IsTwoWire(d) || d.image_bytes == d.size; }, "right is 'size' in families 12 and 16, with 'address_bytes' 1"},
+    ProfileRule{0, "image_bytes", [](D d) { return !IsTwoWire(d) || ImageIsBytes(d); }, "right is 'size' in families 12 and 16, with 'address_bytes' 1"},
     ProfileRule{0, "page", [](D d) { return !IsTwoWire(d) || TwoWirePage(d); }, "right is 2, 4, ... 512 in families 12 and 16, which read and write half a page at a time"},
     ProfileRule{0, "size", [](D d) { return !IsTwoWire(d) || TwoWireFlash(d); }, "right is a number of whole pages, two or more, up to 65536 in families 12 and 16"},
     ProfileRule{0, "range", [](D d) { return !IsTwoWire(d) || EndsInLastBlock(d); }, "right ends in the last 16384 bytes, or what there is of them, of the flash below the last page in families 12 and 16, which read up to there"},
-    ProfileRule{15, "image_bytes", [](D d) { return d.image_bytes == d.size; }, "right is 'size' in family 15, with 'address_bytes' 1"},
+    ProfileRule{15, "image_bytes", ImageIsBytes, "right is 'size' in family 15, with 'address_bytes' 1"},
     ProfileRule{15, "size", [](D d) { return LayoutOf(d).main_bytes > 0; }, "right is the flash bytes and 32 more in family 15"},
     ProfileRule{15, "size", [](D d) { return LayoutOf(d).main_bytes <= kOneTransfer; }, "makes more than 16384 bytes of flash; family 15 reads it in one transfer, which holds no more"},
     ProfileRule{15, "page", FlashIsWholePages, "has to divide the flash into whole pages in family 15"},

@@ -100,6 +100,8 @@ const Mistake kMistakes[] = {
     {"page = 256", "page = 128", 4, "field 'page'", "256 in family 1"},
     {"size = 4096", "size = 4100", 17, "field 'size'", "a multiple of 256"},
     {"address_bytes = 1", "address_bytes = 2", 14, "field 'image_bytes'", "'address_bytes' 1"},
+    {"address_bytes = 1", "address_bytes = 2\nimage_bytes = 4096", 4, "field 'image_bytes'",
+     "'address_bytes' 1"},
     {"family = 1", "family = 2", 14, "field 'data_size'", "1 to 2048"},
 };
 
