@@ -10,12 +10,7 @@ namespace fliglaf {
 namespace {
 
 namespace type {
-constexpr std::uint8_t kData = 0;
-constexpr std::uint8_t kEnd = 1;
-constexpr std::uint8_t kSegmentBase = 2;
-constexpr std::uint8_t kStartSegment = 3;
-constexpr std::uint8_t kLinearBase = 4;
-constexpr std::uint8_t kStartLinear = 5;
+enum : std::uint8_t { kData, kEnd, kSegmentBase, kStartSegment, kLinearBase, kStartLinear };
 }  // namespace type
 
 constexpr std::size_t kFrame = 5;  // length, address (2), type, checksum
