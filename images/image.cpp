@@ -66,12 +66,14 @@ std::string KnownEndings() {
   return list;
 }
 
-Image ReadImage(const std::filesystem::path& path) {
-  std::vector<std::uint8_t> bytes = ReadFileWhole(path);
-  const std::string name = path.string();
-  if (bytes.empty()) throw ImageError(name + ": the file is empty; an image has at least one byte");
+Image ReadImage(const std::filesystem::path& path) { return ParseImage(path, ReadFileWhole(path)); }
 
-  const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+Image ParseImage(const std::filesystem::path& path, std::vector<std::uint8_t> content) {
+  const std::string name = path.string();
+  if (content.empty())
+    throw ImageError(name + ": the file is empty; an image has at least one byte");
+
+  const std::string_view text(reinterpret_cast<const char*>(content.data()), content.size());
   const auto format = FormatOf(path, text);
   if (!format) {
     throw ImageError(name +
@@ -87,7 +89,7 @@ Image ReadImage(const std::filesystem::path& path) {
     case ImageFormat::kBinary:
       break;
   }
-  return Image{{Segment{0, std::move(bytes)}}};
+  return Image{{Segment{0, std::move(content)}}};
 }
 
 void WriteImage(const std::filesystem::path& path, ImageFormat format,

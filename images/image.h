@@ -47,6 +47,10 @@ struct Image {
 /// Throws ImageError.
 [[nodiscard]] Image ReadImage(const std::filesystem::path& path);
 
+/// What ReadImage makes of a file of this name with this content.
+[[nodiscard]] Image ParseImage(const std::filesystem::path& path,
+                               std::vector<std::uint8_t> content);
+
 /// Writes an image as WriteFileWhole does. A binary file does not keep `first_address`. Throws
 /// ImageError, also when there are no bytes or they go beyond address 0xFFFFFFFF.
 void WriteImage(const std::filesystem::path& path, ImageFormat format,
