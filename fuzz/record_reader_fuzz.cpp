@@ -2,11 +2,10 @@
 // tells a difference, or names the line that cannot be read.
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <sstream>
 #include <string>
-#include <string_view>
 
+#include "fuzz/check.h"
 #include "record/player.h"
 
 namespace {
@@ -19,13 +18,14 @@ constexpr std::int32_t kLongestData = 1 << 16;
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  std::istringstream in(std::string(data, data + size));
+  const std::string text(data, data + size);
+  std::istringstream in(text);
   try {
     const Verdict verdict = PlayRecord(in, "f", {.keep_calls = true, .longest_data = kLongestData});
-    if (verdict.difference && verdict.difference->line == 0) std::abort();
+    fliglaf::fuzz::Require(!verdict.difference || verdict.difference->line != 0,
+                           "a difference has its line");
   } catch (const RecordError& error) {
-    const std::string_view message = error.what();
-    if (!message.starts_with("f:") || message.starts_with("f:0:")) std::abort();
+    fliglaf::fuzz::RequirePlace(error.what(), text);
   }
   return 0;
 }
