@@ -7,7 +7,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . scripts/setup.sh
 
 need_packages "${BUILD_PACKAGES[@]}" clang libclang-rt-14-dev
-targets=(record_reader host_values)
+targets=(record_reader host_values image_file profile hexadecimal)
 configure_and_build fuzz "${targets[@]/%/_fuzz}"
 for target in "${targets[@]}"; do
   found=build/fuzz/found/$target
