@@ -3,7 +3,7 @@
 # the Windows library under Wine.
 #   scripts/test.sh [--native] [--extended] [CTEST-OPTION...]
 # --native leaves Windows out. --extended runs all of the fault sweep, which takes some minutes, and
-# every fuzz target for a minute. With options for ctest (for example -R IspFam1) only the tests run
+# every fuzz target for ten minutes. With options for ctest (for example -R IspFam1) only the tests run
 # that they name, no fuzz target, and no Windows.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -15,7 +15,7 @@ while :; do
   case "${1:-}" in
     --native) windows=no ;;
     --extended)
-      fuzz_seconds=60
+      fuzz_seconds=600
       export FLIGLAF_EXTENDED=1
       ;;
     *) break ;;
