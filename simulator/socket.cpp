@@ -49,8 +49,8 @@ void Socket::Update() {
     powered_ = powered;
     chip_->Power(powered);
   }
-  const bool vpp = chip_ != nullptr && !pins_.vpp.empty() && all_on(pins_.vpp, vpp_on_);
-  if (vpp != vpp_at_chip_) {
+  const bool vpp = !pins_.vpp.empty() && all_on(pins_.vpp, vpp_on_);
+  if (chip_ != nullptr && vpp != vpp_at_chip_) {
     vpp_at_chip_ = vpp;
     chip_->ProgrammingVoltage(vpp);
   }

@@ -188,8 +188,8 @@ void AvrJtagChip::LatchData() {
   if (mode_ == mode::kWriteEeprom) {
     eeprom_page_[address_ % eeprom_page_.size()] = data_[0];
   } else if (mode_ == mode::kWriteFlash) {
-    for (std::size_t i = 0; i < data_.size(); ++i)
-      page_[(2 * address_ + i) % page_.size()] = data_[i];
+    const std::size_t word = 2 * std::size_t{address_};
+    for (std::size_t i = 0; i < data_.size(); ++i) page_[(word + i) % page_.size()] = data_[i];
   }
 }
 
