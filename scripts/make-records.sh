@@ -92,17 +92,20 @@ record f15_config config fam15-tiny fuse=0A lock=02 --chip fam15.chip
 record f15_wrong_signature signature fam15-tiny --fault no-chip --on-mismatch abort
 
 # JTAG. What touches the flash of families 4 to 7 does so in blocks of 16 KiB, too long to be read.
-for family in fam4 fam5; do
+for family in fam4 fam5 fam6 fam7; do
   record "${family/fam/f}_signature" signature $family-small --chip $family.chip
 done
 record f4_config config fam4-small low=E1 high=99 lock=FC --chip fam4.chip
-record f5_config config fam5-small low=E1 high=99 extended=FD lock=FC --chip fam5.chip
-for family in fam8 fam9 fam10; do head -c 14 image.bin >$family.bin; done
+for family in fam5 fam6 fam7; do
+  record "${family/fam/f}_config" config $family-small low=E1 high=99 extended=FD lock=FC --chip $family.chip
+done
+for family in fam8 fam9 fam10 fam11; do head -c 14 image.bin >$family.bin; done
 head -c 8 other.bin >data.bin
 for family in fam8 fam9 fam10; do
   family $family --eeprom data.bin
   record "${family/fam/f}_config" config $family-tiny write-lock=F0 read-lock=FC --chip $family.chip
 done
+family fam11 --eeprom data.bin
 # The two lines. A block of 16 KiB is read anyhow, whatever the size of the part.
 for family in fam12 fam16; do
   head -c 23 image.bin >$family.bin
