@@ -2,6 +2,7 @@
 
 #include <set>
 #include <string>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -112,6 +113,11 @@ TEST(MappedBlock, PropertiesAndFreeInstanceNumber) {
   static_cast<std::uint8_t*>(second.BaseAddress())[4999] = 7;
   EXPECT_EQ(static_cast<std::uint8_t*>(block.BaseAddress())[4999], 7);
   EXPECT_EQ(probe.findnum(), 0) << "the first view was unmapped";
+  std::vector<clsMemMapped> all(101);
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    ASSERT_TRUE(all[i].OpenAndMapMemoryBlock("quorinibuf1" + std::to_string(i), 400));
+  }
+  EXPECT_EQ(probe.findnum(), 101) << "none of those it looks at is free";
   EXPECT_TRUE(block.UnMapFile());
   EXPECT_EQ(block.MappedFile(), "");
   EXPECT_FALSE(block.OpenAndMapMemoryBlock("x", 0));

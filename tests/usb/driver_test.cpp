@@ -49,6 +49,17 @@ TEST(Driver, AnyOtherExceptionEndsTheRunToo) {
   EXPECT_EQ(host.Run(4), 0);
 }
 
+TEST(Driver, TheProgrammingVoltageIsSetOnModelsThatWantIt) {
+  TestHost host;
+  host.vars.quorinbvpp[0] = 1250;
+  for (std::int16_t model = 4; model <= 7; ++model) {
+    host.vars.quorinmodeltype[0] = model;
+    host.tap.calls.clear();
+    EXPECT_EQ(host.Run(4), 0);
+    EXPECT_EQ(host.tap.calls[1].operation, model == 5 || model == 6 ? "SetVpp" : "SetFigMode");
+  }
+}
+
 TEST(Driver, StartThatFailsEndsWithoutEndRun) {
   TestHost host(4096, {.programmer = {.not_found = true}});
   host.vars.quorinprgresult[0] = 9;
