@@ -36,7 +36,8 @@ constexpr std::uint8_t kLockBits = 0x3F;
 }  // namespace
 
 SerialPageChip::SerialPageChip(const Clock& clock, const SerialPageModel& model)
-    : SerialChip(clock, kSerialWiringLow, {.after_reset = kAfterReset, .after_power = model.start_up}),
+    : SerialChip(clock, kSerialWiringLow,
+                 {.after_reset = kAfterReset, .after_power = model.start_up}),
       model_(model),
       flash_(model.flash_bytes),
       fuses_(model.fuse_bytes, FlashArray::kErased),

@@ -1,10 +1,11 @@
 // Families 13, 14 and 15 end to end: every variant's chip, erased, written, read back, locked,
 // waited for too little and stopped.
+#include "families/serial_page.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "families/power_up.h"
-#include "families/serial_page.h"
 #include "simulator/chips/serial_page_chip.h"
 #include "tests/support/test_host.h"
 
