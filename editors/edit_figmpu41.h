@@ -21,7 +21,7 @@ class edit_figmpu41 : public ConfigurationEditor {
 
   /// What ParseHex gives for a text that is no hexadecimal number.
   static constexpr std::int32_t kNoNumber = -1;
-  /// The value of a hexadecimal text, 0 for an empty one; one beyond 32 bits as the largest.
+  /// The value of a hexadecimal text, 0 for an empty one; one beyond 2^31 - 1 as that.
   [[nodiscard]] static std::int32_t ParseHex(std::u16string_view text);
 
   // Family 12.

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <stdexcept>
 #include <string>
 
 #include "families/read_pass.h"
@@ -40,6 +41,19 @@ struct Layout {
   }
   [[nodiscard]] std::int32_t chunk_to_write() const { return std::max(page / 2, 1); }
 };
+
+/// Every operation on the main array ends in a pass over it; none begins where that cannot be.
+/// Throws RangeError for a range beyond the 16 bits that addresses have, std::length_error for a
+/// device without pages.
+void RequireReadable(const Run& run) {
+  constexpr std::int32_t kLastAddress = 0xFFFF;
+  const Layout layout(run);
+  if (layout.main_bytes - 1 > kLastAddress || run.RangeEnd > kLastAddress) throw RangeError();
+  if (layout.page < 1) {
+    throw std::length_error("A page of " + std::to_string(layout.page) +
+                            " bytes cannot be read; right is the page size of the device");
+  }
+}
 
 bool GoesOnAt(Run& run, std::int64_t address) {
   run.Progress(address, Layout(run).main_bytes);
@@ -132,6 +146,7 @@ std::array<std::uint8_t, 3> fam12Signature(Run& run) {
 }
 
 void dataOp12(Run& run, std::int16_t mode) {
+  RequireReadable(run);
   RequireData(run, std::min(run.RangeStart, 0), run.RangeEnd);
   OpenPass(run, kPassKind);
   ArmCapture(run);
@@ -140,6 +155,7 @@ void dataOp12(Run& run, std::int16_t mode) {
 }
 
 void program12(Run& run) {
+  RequireReadable(run);
   static_cast<void>(WriteMain(run));
   run.io.FlushQueue();
   run.io.DelayMs(100);
@@ -147,6 +163,7 @@ void program12(Run& run) {
 }
 
 void erase12(Run& run) {
+  RequireReadable(run);
   EraseDevice(run);
   NoteBlankCheck(run);
   dataOp12(run, check_mode::kBlankCheck);

@@ -16,7 +16,7 @@ configure_and_build fuzz "${targets[@]/%/_fuzz}"
 fuzz() {
   local log=build/fuzz/$1.log found=build/fuzz/found/$1 status=0 verdict="no fault" inputs
   mkdir -p "$found"
-  "build/fuzz/bin/${1}_fuzz" -max_total_time="$2" -max_len=65536 -timeout=10 -verbosity=0 \
+  "build/fuzz/bin/${1}_fuzz" -max_total_time="$2" -max_len=65536 -timeout=60 -verbosity=0 \
     -print_final_stats=1 -artifact_prefix="build/fuzz/$1-" "$found" "fuzz/corpus/$1" \
     >"$log" 2>&1 || status=1
   if [ $status -ne 0 ]; then

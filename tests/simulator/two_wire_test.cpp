@@ -97,6 +97,20 @@ TEST(TwoWire, OddPagesAreReadInRoundedAndWrittenInWholeHalves) {
   }
 }
 
+TEST(TwoWire, WhatNoPassCouldReadIsRefusedBeforeAnythingIsDone) {
+  for (const auto& [page, last] : {std::pair{0, 83}, std::pair{-4, 83}, std::pair{4, 0x10000}}) {
+    TestHost host(Device(12, 16, 84, 4));
+    std::ranges::fill(host.cells("flash"), std::uint8_t{0x5A});
+    host.vars.quorinpagelength[0] = static_cast<std::int16_t>(page);
+    host.vars.quorinwltbigendbuf[1] = last;
+    for (const std::uint8_t code : {kRead, kProgram, kErase}) {
+      EXPECT_EQ(host.Run(code), 1) << page << ", " << last;
+      EXPECT_THAT(host.log(), HasSubstr(page < 1 ? "bytes cannot be read" : "out of range"));
+    }
+    EXPECT_THAT(host.flash(), testing::Each(0x5A)) << "neither written nor erased";
+  }
+}
+
 TEST(TwoWire, LockByteLocksFromTheNextRestartOn) {
   TestHost host(Device(12, 16, 4096));
   SetRandomImage(host, 15);
