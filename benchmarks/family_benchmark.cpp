@@ -1,6 +1,7 @@
 // Program with verify on every device that has a simulated chip, library, programmer and chip in
 // one process: bytes shifted over the lines in a second of CPU time, and CPU time for a byte of the
 // image, which is the same for a small and a large device of a family.
+#include <algorithm>
 #include <random>
 #include <string>
 
@@ -34,7 +35,9 @@ class WireBytes : public ForwardingProgrammer {
 
  private:
   void Count(std::uint8_t number) {
-    if (number == reg::kShiftOut || number == reg::kCapture) ++bytes;
+    constexpr std::uint8_t kBytes[] = {reg::kShiftOut, reg::kCapture, reg::kFrameByte,
+                                       reg::kFrameIn};
+    if (std::ranges::find(kBytes, number) != std::end(kBytes)) ++bytes;
   }
 };
 
