@@ -217,10 +217,7 @@ void setTdi(Run& run, std::uint8_t bit) {
   QueueLevels(run);
 }
 
-void pulseTck(Run& run) {
-  setTck(run, 1);
-  setTck(run, 0);
-}
+void pulseTck(Run& run) { pulseTckN(run, 1); }
 
 void pulseTckN(Run& run, std::int16_t n) {
   if (n < 1) return;

@@ -180,6 +180,18 @@ TEST_F(JtagLinesTest, EveryWriteIsCounted) {
   EXPECT_EQ(run_.jtag.tdiState, 0);
 }
 
+TEST_F(JtagLinesTest, APulseIsTheClockSetHighAndLow) {
+  Family(4);
+  setTdi(run_, 1);
+  setTck(run_, 1);
+  setTck(run_, 0);
+  const auto levels = io_.queued;
+  Family(4);
+  setTdi(run_, 1);
+  pulseTck(run_);
+  EXPECT_EQ(io_.queued, levels);
+}
+
 TEST_F(JtagLinesTest, CapturesInSoftware) {
   Family(4);
   EXPECT_EQ(shiftBitsCapture(run_, 0x7300, 15), 0);
