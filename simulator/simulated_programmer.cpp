@@ -56,7 +56,6 @@ std::int32_t SimulatedProgrammer::OpenProgrammer() {
   return 0;
 }
 
-/// The port lines of a programmer on USB come up high.
 /// The lines of a programmer on USB come up high, those of one on the parallel port low.
 void SimulatedProgrammer::PresetLines() { wires_.Preset(lines_come_up_high_); }
 

@@ -27,13 +27,12 @@ struct AvrJtagModel {
 
 /// A flash microcontroller with the AVR JTAG programming interface, as the data sheets of such
 /// parts publish it:
-/// - The instructions AVR_RESET, PROG_ENABLE, PROG_COMMANDS, PROG_PAGELOAD and PROG_PAGEREAD,
-/// IDCODE
-///   after a reset of the port, BYPASS for all others. Programming mode needs the reset register at
-///   1 and the signature 0xA370, and ends with either.
+/// - The instructions AVR_RESET, PROG_ENABLE, PROG_COMMANDS, PROG_PAGELOAD and PROG_PAGEREAD;
+///   IDCODE after a reset of the port, BYPASS for all others. Programming mode needs the reset
+///   register at 1 and the signature 0xA370, and ends with either.
 /// - A programming command is a set of control signals and a byte. The result of one comes out
-/// while
-///   the next one is shifted in: the byte that was read, and in bit 9 whether the chip is ready.
+///   while the next one is shifted in: the byte that was read, and in bit 9 whether the chip is
+///   ready.
 /// - While a write or an erase is in progress commands and page data are lost, and reads give 0xFF.
 /// - A flash page is written from a buffer that is erased afterwards; writing clears bits only. An
 ///   EEPROM page takes what was latched for it, and erases these cells itself.
