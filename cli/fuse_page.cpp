@@ -8,11 +8,11 @@
 #include <fmt/format.h>
 
 #include "cli/usage_error.h"
-#include "cli/utf8.h"
 #include "devices/nearest_names.h"
 #include "editors/edit_figmpu40.h"
 #include "editors/edit_figmpu41.h"
 #include "shared/text.h"
+#include "shared/utf8.h"
 
 namespace fliglaf::cli {
 namespace {

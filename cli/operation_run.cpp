@@ -5,9 +5,9 @@
 #include <fmt/format.h>
 
 #include "cli/run_log.h"
-#include "cli/utf8.h"
 #include "images/whole_file.h"
 #include "platform/terminal.h"
+#include "shared/utf8.h"
 #include "usb/run.h"
 
 namespace fliglaf::cli {

@@ -3,9 +3,9 @@
 #include <cctype>
 #include <iostream>
 
-#include "cli/utf8.h"
 #include "platform/desktop.h"
 #include "platform/terminal.h"
+#include "shared/utf8.h"
 
 namespace fliglaf::cli {
 namespace {

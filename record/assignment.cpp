@@ -9,6 +9,8 @@
 
 #include <fmt/format.h>
 
+#include "shared/utf8.h"
+
 namespace fliglaf::record {
 namespace {
 
@@ -80,7 +82,7 @@ std::pair<SharedVariable*, std::int32_t> TakeElement(Scanner& scanner,
     if (variable->row().name == name) found = variable;
   }
   if (found == nullptr) {
-    throw TextError(fmt::format("there is no shared variable \"{}\"", Shown(name)));
+    throw TextError(fmt::format("there is no shared variable \"{}\"", Excerpt(name)));
   }
   scanner.Expect('(');
   const auto index = static_cast<std::int32_t>(scanner.Integer(0, kMostElements, "index"));

@@ -14,6 +14,7 @@
 #include "resources/string_table.h"
 #include "shared/cls_mem_mapped.h"
 #include "shared/text.h"
+#include "shared/utf8.h"
 
 namespace fliglaf::record {
 namespace {
@@ -118,7 +119,7 @@ HostCall TakeHostCall(std::string_view text) {
   const std::string_view name = scanner.Word();
   const auto method = std::ranges::find(kHostMethods, name, &HostMethod::name);
   if (method == kHostMethods.end()) {
-    throw TextError(fmt::format("the host object has no method \"{}\"", Shown(name)));
+    throw TextError(fmt::format("the host object has no method \"{}\"", Excerpt(name)));
   }
   scanner.Expect('(');
   const std::int64_t argument =

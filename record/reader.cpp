@@ -6,6 +6,8 @@
 
 #include <fmt/format.h>
 
+#include "shared/utf8.h"
+
 namespace fliglaf::record {
 namespace {
 
@@ -93,7 +95,7 @@ void TakeTransfer(Scanner& scanner, std::int32_t count, Answer& answer) {
     throw TextError(
         fmt::format("\"{}\" is not what a transfer did: data BYTES (two hexadecimal "
                     "digits each), end BYTE",
-                    Shown(word)));
+                    Excerpt(word)));
   }
   if (std::cmp_greater(answer.data.size(), count)) {
     throw TextError(
@@ -172,7 +174,7 @@ RecordError Reader::Error(std::uint64_t line, std::string_view reason) const {
 void Reader::ReadFirstLine() {
   if (ReadLine() && line_ == kFirstLine) return;
   throw Error(1, fmt::format("\"{}\" is not the first line of a run record, which is \"{}\"",
-                             Shown(line_), kFirstLine));
+                             Excerpt(line_), kFirstLine));
 }
 
 void Reader::Next(Item& item) {
@@ -205,7 +207,7 @@ void Reader::TakeSection(std::string_view line, Item& item) {
   const auto known = std::ranges::find(kSectionNames, line);
   if (known == kSectionNames.end()) {
     throw Error(line_number_, fmt::format("\"{}\" is no section; those of a record are {}",
-                                          Shown(line), fmt::join(kSectionNames, ", ")));
+                                          Excerpt(line), fmt::join(kSectionNames, ", ")));
   }
   const auto next = static_cast<std::size_t>(section_) + 1;
   if (next == kSectionNames.size() || *known != kSectionNames[next]) {
@@ -256,7 +258,7 @@ void Reader::TakeCall(Scanner& scanner, Item& item) {
   if (item.call.operation == nullptr) {
     throw TextError(name == "datstr" ? std::string("datstr is computed, never recorded")
                                      : fmt::format("there is no operation \"{}\"",
-                                                   Shown(name.empty() ? line_ : name)));
+                                                   Excerpt(name.empty() ? line_ : name)));
   }
   scanner.Expect('(');
   TakeArguments(scanner, vars_, item.call);

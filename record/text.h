@@ -22,10 +22,6 @@ class TextError : public std::runtime_error {
 /// The text of UTF-8 bytes; throws TextError when they are none.
 [[nodiscard]] std::u16string Utf16(std::string_view bytes);
 
-/// A piece of a record as a message may show it: at most 40 characters, control characters and
-/// bytes above 0x7E replaced by '?'.
-[[nodiscard]] std::string Shown(std::string_view text);
-
 /// Takes a line apart from left to right; spaces between its pieces do not matter. Every member
 /// throws TextError when the line goes on with something else.
 class Scanner {

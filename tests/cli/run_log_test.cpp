@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "cli/utf8.h"
+#include "shared/utf8.h"
 
 namespace fliglaf::cli {
 namespace {

@@ -217,7 +217,7 @@ TEST(Replay, DamageIsNamedWithItsLine) {
            Damage{"= 500", "= \"x\"", "f:4: \"\"x\"\" is no integer"},
            Damage{">>start\\n\"", ">>start\\n", "f:8: the text has no closing quote"},
            Damage{"old\\n", "old\\q", "f:8: a backslash"},
-           Damage{"old", "\xC3old", "f:8: byte 0xC3 is no UTF-8"},
+           Damage{"old", "\xC3old", "f:8: byte 0xC3 is not UTF-8"},
            Damage{"= 16", "= -300",
                   "f:9: no data buffer can be made for quorinbuflength(0) = -300"},
            Damage{"SetFigMode(0)", "SetFugMode(0)", "f:15: there is no operation \"SetFugMode\""},
