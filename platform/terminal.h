@@ -1,6 +1,7 @@
 // What the command line asks of the terminal and of the signals that end a program.
 #pragma once
 
+#include <exception>
 #include <functional>
 #include <string>
 #include <vector>
@@ -42,11 +43,24 @@ enum class Stream { kInput, kOutput, kError };
 /// True when a person sits at the other end of the stream.
 [[nodiscard]] bool IsTerminal(Stream stream);
 
+/// Opens those of the streams 0, 1 and 2 that the caller of the program left closed on the null
+/// device. Otherwise the next file of ours would get the number, and what is printed would go into
+/// it. Call it before any file is opened.
+void OpenStandardStreams();
+
 /// From here on an interrupt (Ctrl-C), a termination request and a closed terminal do not end the
-/// process but are remembered, and writing to a closed pipe is an error instead of the end.
+/// process but are remembered; those that the caller of the program had ignored stay ignored.
+/// Writing to a closed pipe, or beyond the largest file allowed, is an error instead of the end.
+/// Calling it again changes nothing.
 void CatchStopSignals();
 
 /// True once one of them has come.
 [[nodiscard]] bool StopRequested();
+
+/// The user stopped the program while it waited, for example for the other end of a pipe.
+class Stopped : public std::exception {
+ public:
+  [[nodiscard]] const char* what() const noexcept override { return "stopped"; }
+};
 
 }  // namespace fliglaf::platform

@@ -1,6 +1,7 @@
 #include "platform/terminal.h"
 
 #include <csignal>
+#include <fcntl.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -16,6 +17,13 @@ void OnSignal(int number, void (*handler)(int)) {
   action.sa_handler = handler;  // without SA_RESTART: a question at the terminal is broken off
   sigemptyset(&action.sa_mask);
   sigaction(number, &action, nullptr);
+}
+
+/// nohup and a shell that starts a program in the background ignore signals on its behalf.
+void CatchUnlessIgnored(int number) {
+  struct sigaction present = {};
+  sigaction(number, nullptr, &present);
+  if (present.sa_handler != SIG_IGN) OnSignal(number, RequestStop);
 }
 
 }  // namespace
@@ -35,11 +43,18 @@ bool IsTerminal(Stream stream) {
   }
 }
 
+void OpenStandardStreams() {
+  // open() gives the lowest number that is free, so in ascending order it is the one closed.
+  for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(number, F_GETFD) != -1) continue;
+    (void)open("/dev/null", number == STDIN_FILENO ? O_RDONLY : O_WRONLY);
+  }
+}
+
 void CatchStopSignals() {
-  OnSignal(SIGINT, RequestStop);
-  OnSignal(SIGTERM, RequestStop);
-  OnSignal(SIGHUP, RequestStop);
+  for (const int number : {SIGINT, SIGTERM, SIGHUP}) CatchUnlessIgnored(number);
   OnSignal(SIGPIPE, SIG_IGN);
+  OnSignal(SIGXFSZ, SIG_IGN);
 }
 
 bool StopRequested() { return stop_requested != 0; }

@@ -60,7 +60,12 @@ bool IsTerminal(Stream stream) {
   return GetConsoleMode(GetStdHandle(NumberOf(stream)), &mode) != FALSE;
 }
 
-void CatchStopSignals() { SetConsoleCtrlHandler(OnConsoleEvent, TRUE); }
+void OpenStandardStreams() {}  // handles have no fixed numbers here
+
+void CatchStopSignals() {
+  SetConsoleCtrlHandler(OnConsoleEvent, FALSE);  // every call adds it once more
+  SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
+}
 
 bool StopRequested() { return stop_requested; }
 

@@ -1,0 +1,74 @@
+#include "platform/portable/file_attributes.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <string>
+#include <sys/stat.h>
+#include <sys/types.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include "platform/portable/descriptor.h"
+
+namespace fliglaf::platform {
+namespace {
+
+constexpr const char* kAccessControlList = "system.posix_acl_access";
+
+/// Of an attribute that this user may not set, or that the file system does not have.
+bool IsRefusal(int error) {
+  return error == EPERM || error == EACCES || error == ENOTSUP || error == EINVAL ||
+         error == ENODATA;
+}
+
+/// The permissions of a file for a new owner, or group. Bits that act in the name of the owner are
+/// cleared, and a group that is not that of `file` may not do more than everybody else.
+mode_t ModeWithoutOwner(mode_t mode, bool same_group) {
+  mode &= 0777U;
+  return same_group ? mode : mode & (0707U | (mode & 07U) << 3);
+}
+
+mode_t TakeOwner(const struct stat& file, int to) {
+  if (fchown(to, file.st_uid, file.st_gid) == 0) return file.st_mode & 07777U;
+  const bool same_group = fchown(to, static_cast<uid_t>(-1), file.st_gid) == 0;
+  return ModeWithoutOwner(file.st_mode, same_group);
+}
+
+/// What `call(buffer, size)` of the xattr family gives, which first tells the size with no buffer.
+template <typename Call>
+std::string Fetch(Call call) {
+  std::string value;
+  for (;;) {
+    const ssize_t size = call(nullptr, std::size_t{0});
+    if (size < 0) return {};
+    value.resize(static_cast<std::size_t>(size));
+    const ssize_t got = call(value.data(), value.size());
+    if (got < 0 && errno == ERANGE) continue;  // it has grown
+    value.resize(static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+    return value;
+  }
+}
+
+void CopyExtendedAttributes(int from, int to) {
+  const std::string names =
+      Fetch([&](char* buffer, std::size_t size) { return flistxattr(from, buffer, size); });
+  for (const char* name = names.c_str(); *name != '\0'; name += std::strlen(name) + 1) {
+    const std::string value =
+        Fetch([&](char* buffer, std::size_t size) { return fgetxattr(from, name, buffer, size); });
+    if (fsetxattr(to, name, value.data(), value.size(), 0) != 0 && !IsRefusal(errno)) ThrowErrno();
+  }
+}
+
+}  // namespace
+
+void CopyAttributes(int from, int to) {
+  struct stat file = {};
+  if (fstat(from, &file) != 0) ThrowErrno();
+  const mode_t mode = TakeOwner(file, to);
+  fremovexattr(to, kAccessControlList);  // that a new file gets from its folder
+  if (fchmod(to, mode) != 0) ThrowErrno();
+  CopyExtendedAttributes(from, to);
+}
+
+}  // namespace fliglaf::platform
