@@ -24,7 +24,7 @@ constexpr std::array kEndings = {
     Ending{".mot", ImageFormat::kSRecord},  Ending{".bin", ImageFormat::kBinary},
 };
 
-/// Endings are ASCII: the letters of the user's language are none of them.
+/// For endings, which are ASCII, whatever the language of the user.
 char LowerCase(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 /// The format of the first line that begins like a record. Not only line 1 is asked, so that damage
@@ -46,6 +46,28 @@ std::optional<ImageFormat> FormatOf(const std::filesystem::path& path, std::stri
   if (named == ImageFormat::kBinary) return named;
   const auto found = FormatOfText(text);
   return found ? found : named;
+}
+
+/// What else a user may take for an image, by its first bytes.
+struct Container {
+  std::string_view magic;
+  const char* advice;
+};
+
+constexpr std::array kContainers = {
+    Container{"\177ELF", "an ELF program; convert it with objcopy -O ihex"},
+    Container{"\x1F\x8B", "compressed with gzip; unpack it with gunzip"},
+    Container{"BZh", "compressed with bzip2; unpack it with bunzip2"},
+    Container{"\3757zXZ", "compressed with xz; unpack it with unxz"},
+    Container{"PK\x03\x04", "a ZIP archive; unpack it with unzip"},
+    Container{"\xFF\xFE", "text in UTF-16; save it as ASCII or UTF-8"},
+    Container{"\xFE\xFF", "text in UTF-16; save it as ASCII or UTF-8"},
+};
+
+void CheckNoContainer(const std::string& name, std::string_view text) {
+  for (const auto& [magic, advice] : kContainers) {
+    if (text.starts_with(magic)) throw ImageError(name + ": " + advice);
+  }
 }
 
 }  // namespace
@@ -70,15 +92,15 @@ Image ReadImage(const std::filesystem::path& path) { return ParseImage(path, Rea
 
 Image ParseImage(const std::filesystem::path& path, std::vector<std::uint8_t> content) {
   const std::string name = path.string();
-  if (content.empty())
-    throw ImageError(name + ": the file is empty; an image has at least one byte");
+  if (content.empty()) throw ImageError(name + ": is empty; an image must have at least one byte");
 
   const std::string_view text(reinterpret_cast<const char*>(content.data()), content.size());
   const auto format = FormatOf(path, text);
+  if (format != ImageFormat::kBinary) CheckNoContainer(name, text);
   if (!format) {
     throw ImageError(name +
-                     ": holds no line of an Intel HEX (:...) or S-record file (S1...), and "
-                     "the ending of its name does not tell the format; known endings: " +
+                     ": unknown format; no line is of an Intel HEX (:...) or S-record file "
+                     "(S1...), and the name has none of the endings " +
                      KnownEndings());
   }
   switch (*format) {
@@ -94,7 +116,9 @@ Image ParseImage(const std::filesystem::path& path, std::vector<std::uint8_t> co
 
 void WriteImage(const std::filesystem::path& path, ImageFormat format,
                 std::span<const std::uint8_t> bytes, std::uint32_t first_address) {
-  if (bytes.empty()) throw ImageError(path.string() + ": there are no bytes to write");
+  if (bytes.empty())
+    throw ImageError(path.string() +
+                     ": there is nothing to write; an image must have at least one byte");
   if (bytes.size() - 1 > kLastAddress - first_address) {
     throw ImageError(path.string() + ": " + std::to_string(bytes.size()) + " bytes from address " +
                      Hexadecimal(first_address, 8) + " go beyond 0xFFFFFFFF");

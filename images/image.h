@@ -25,8 +25,8 @@ struct Segment {
   bool operator==(const Segment&) const = default;
 };
 
-/// What a file tells of a memory: segments in ascending order that neither overlap nor touch. What
-/// lies between them is not told. Start addresses are no content of a memory and not kept.
+/// What a file says of a memory: segments in ascending order that neither overlap nor touch, and
+/// nothing of what lies between them. Start addresses are not content of a memory and not kept.
 struct Image {
   std::vector<Segment> segments;
 
@@ -35,7 +35,7 @@ struct Image {
   bool operator==(const Image&) const = default;
 };
 
-/// The format that the ending of a file name stands for, whatever its case; nullopt for endings
+/// The format that the ending of a file name stands for, in either case; nullopt for endings
 /// other than those of KnownEndings.
 [[nodiscard]] std::optional<ImageFormat> FormatOfName(const std::filesystem::path& path);
 
@@ -43,8 +43,8 @@ struct Image {
 [[nodiscard]] std::string KnownEndings();
 
 /// Reads an image of at least one byte. A file whose name ends in .bin is binary, from address 0;
-/// of others the first line of a known form tells the format, and the ending only without one.
-/// Throws ImageError.
+/// of others the first line of a known form decides, and the ending only without one. Throws
+/// ImageError, which names programs and archives as what they are.
 [[nodiscard]] Image ReadImage(const std::filesystem::path& path);
 
 /// What ReadImage makes of a file of this name with this content.

@@ -18,7 +18,7 @@ void ImageBuilder::Add(std::uint32_t address, std::span<const std::uint8_t> byte
 
 Image ImageBuilder::Finish(std::uint32_t last_line) {
   if (pieces_.empty()) {
-    Fail({file_, last_line}, "the file ends without data; an image has at least one byte");
+    Fail({file_, last_line}, "the file has no data; an image must have at least one byte");
   }
   // Almost every file is in order already. Stable, so that a message names the same lines always.
   if (!std::ranges::is_sorted(pieces_, {}, &Piece::address)) {
@@ -62,8 +62,8 @@ void ImageBuilder::FailOverlap(std::uint32_t address, std::size_t index) const {
     return Hexadecimal(BytesOf(*p)[address - p->address], 2);
   };
   Fail({file_, other->line}, "address " + Hexadecimal(address, 4) + " is " + value(other) +
-                                 " here and " + value(one) + " in line " +
-                                 std::to_string(one->line) + "; an address has one value");
+                                 " here but " + value(one) + " in line " +
+                                 std::to_string(one->line));
 }
 
 }  // namespace fliglaf

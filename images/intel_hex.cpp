@@ -16,6 +16,7 @@ enum : std::uint8_t { kData, kEnd, kSegmentBase, kStartSegment, kLinearBase, kSt
 constexpr std::size_t kFrame = 5;  // length, address (2), type, checksum
 constexpr std::string_view kEndRecord = ":00000001FF";
 constexpr std::uint32_t kSegmentSize = 0x10000;
+constexpr std::uint64_t kAddresses = std::uint64_t{kLastAddress} + 1;
 
 /// Bytes that the record types from 01 on carry.
 constexpr std::array<std::size_t, 6> kParameterBytes = {0, 0, 2, 4, 2, 4};
@@ -29,7 +30,7 @@ class Parser {
     while (lines_.Next()) ReadLine();
     if (end_line_ == 0) {
       Fail(place(), "the file ends without the end record " + std::string(kEndRecord) +
-                        "; a part of it may be missing");
+                        "; part of it may be missing");
     }
     return builder_.Finish(end_line_);
   }
@@ -39,10 +40,13 @@ class Parser {
 
   void ReadLine() {
     if (end_line_ != 0) {
-      Fail(place(), "the end record stands in line " + std::to_string(end_line_) +
-                        " already; nothing may follow it");
+      Fail(place(),
+           "the end record is in line " + std::to_string(end_line_) + "; nothing may follow it");
     }
-    if (lines_.line()[0] != ':') Fail(place(), "a line of an Intel HEX file begins with ':'");
+    if (lines_.line()[0] != ':') {
+      Fail(place(),
+           "a line of an Intel HEX file must begin with ':', not " + Quoted(lines_.line()));
+    }
     const Record record(lines_.line(), 1, place());
     CheckFrame(record);
     const auto bytes = record.bytes();
@@ -52,11 +56,11 @@ class Parser {
   void CheckFrame(const Record& record) const {
     const auto bytes = record.bytes();
     if (bytes.size() < kFrame) {
-      Fail(place(), "the record has " + std::to_string(bytes.size()) + " bytes; the shortest has " +
+      Fail(place(), "the record has " + Counted(bytes.size(), "byte") + "; it must have at least " +
                         std::to_string(kFrame));
     }
     if (bytes[0] + kFrame != bytes.size()) {
-      Fail(place(), "the record announces " + std::to_string(bytes[0]) + " data bytes and has " +
+      Fail(place(), "the record announces " + Counted(bytes[0], "data byte") + " but has " +
                         std::to_string(bytes.size() - kFrame));
     }
     record.CheckSum(static_cast<std::uint8_t>(-record.Sum()), place());
@@ -65,33 +69,33 @@ class Parser {
   void Take(std::uint8_t kind, std::uint32_t offset, std::span<const std::uint8_t> data) {
     if (kind == type::kData) return AddData(offset, data);
     if (kind >= kParameterBytes.size()) {
-      Fail(place(), "the record type is " + Hexadecimal(kind, 2) + "; 0x00 to 0x05 are known");
+      Fail(place(), "the record type is " + Hexadecimal(kind, 2) + "; it must be 0x00 to 0x05");
     }
     if (data.size() != kParameterBytes[kind]) {
-      Fail(place(), "a record of type " + Hexadecimal(kind, 2) + " has " +
-                        std::to_string(kParameterBytes[kind]) + " data bytes, not " +
+      Fail(place(), "a record of type " + Hexadecimal(kind, 2) + " must have " +
+                        Counted(kParameterBytes[kind], "data byte") + ", not " +
                         std::to_string(data.size()));
     }
     if (kind == type::kEnd) end_line_ = lines_.number();
     if (kind == type::kSegmentBase) base_ = BigEndian(data) << 4;
     if (kind == type::kLinearBase) base_ = BigEndian(data) << 16;
     if (kind == type::kSegmentBase || kind == type::kLinearBase) {
-      wraps_ = kind == type::kSegmentBase;
+      in_segment_ = kind == type::kSegmentBase;
     }
   }
 
   void AddData(std::uint32_t offset, std::span<const std::uint8_t> data) {
-    const std::size_t before_wrap =
-        wraps_ ? std::min<std::size_t>(data.size(), kSegmentSize - offset) : data.size();
-    builder_.Add(base_ + offset, data.first(before_wrap), lines_.number());
-    builder_.Add(base_, data.subspan(before_wrap), lines_.number());
+    const std::uint64_t room = in_segment_ ? kSegmentSize - offset : kAddresses - (base_ + offset);
+    const std::size_t ahead = std::min<std::uint64_t>(data.size(), room);
+    builder_.Add(base_ + offset, data.first(ahead), lines_.number());
+    builder_.Add(in_segment_ ? base_ : 0, data.subspan(ahead), lines_.number());
   }
 
   LineReader lines_;
   std::string_view name_;
   ImageBuilder builder_;
   std::uint32_t base_ = 0;
-  bool wraps_ = false;
+  bool in_segment_ = false;     // the offset wraps at 64 KiB
   std::uint32_t end_line_ = 0;  // 0: not met yet
 };
 

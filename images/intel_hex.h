@@ -8,10 +8,12 @@
 
 namespace fliglaf {
 
-/// The image that `text` holds, in records 00 to 05. A record that passes the end of a 64 KiB
-/// segment set by record 02 goes on at its start; one after record 04 goes on in the next 64 KiB.
-/// Throws ImageError with `name` as the file for a damaged record, two values of one address, a
-/// missing end record and lines after it.
+/// The image that `text` holds, in records 00 to 05. What passes the end of the addresses goes
+/// where the "Hexadecimal Object File Format Specification", revision A (Intel, 1988), has it:
+/// after record 02, SBA + ((DRLO + DRI) mod 64K), to the start of the segment; after record 04, and
+/// without either, (LBA + DRLO + DRI) mod 4G, to the next 64 KiB, and from 0xFFFFFFFF to address 0.
+/// Lower-case digits and a byte order mark are accepted. Throws ImageError with `name` as the file
+/// for a damaged record, two values of one address, a missing end record and lines after it.
 [[nodiscard]] Image ParseIntelHex(std::string_view text, std::string_view name);
 
 /// The text of an image: records of at most 16 bytes that begin at multiples of 16, preceded by

@@ -2,6 +2,8 @@
 
 #include <numeric>
 
+#include "shared/utf8.h"
+
 namespace fliglaf {
 namespace {
 
@@ -30,7 +32,7 @@ void CheckDigits(std::string_view line, std::size_t mark, const Place& place) {
                                    [](char c) { return DigitValue(c) == kNoDigit; });
   if (wrong == line.end()) return;
   Fail(place, Shown(*wrong) + " in column " + std::to_string(wrong - line.begin() + 1) +
-                  " is no hexadecimal digit");
+                  " is not a hexadecimal digit");
 }
 
 }  // namespace
@@ -43,6 +45,20 @@ std::string Hexadecimal(std::uint32_t value, int digits) {
   std::string text;
   for (int i = 0; i < digits || value != 0; ++i, value >>= 4) text += kDigits[value & 0xF];
   return "0x" + std::string(text.rbegin(), text.rend());
+}
+
+std::string Counted(std::size_t count, const std::string& noun) {
+  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
+std::string Quoted(std::string_view line) {
+  constexpr std::size_t kMost = 20;
+  return "\"" + Excerpt(line, kMost) + "\"";
+}
+
+LineReader::LineReader(std::string_view text) : rest_(text) {
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  if (rest_.starts_with(kByteOrderMark)) rest_.remove_prefix(kByteOrderMark.size());
 }
 
 bool LineReader::Next() {
@@ -61,11 +77,11 @@ Record::Record(std::string_view line, std::size_t mark, const Place& place) {
   CheckDigits(line, mark, place);
   const std::string_view digits = line.substr(mark);
   if (digits.size() % 2 != 0) {
-    Fail(place, "the record has " + std::to_string(digits.size()) +
-                    " hexadecimal digits; an even number makes whole bytes");
+    Fail(place, "the record has " + Counted(digits.size(), "hexadecimal digit") +
+                    "; the number must be even");
   }
   if (digits.size() / 2 > bytes_.size()) {
-    Fail(place, "the record has " + std::to_string(digits.size() / 2) + " bytes; the longest has " +
+    Fail(place, "the record has " + Counted(digits.size() / 2, "byte") + "; it must have at most " +
                     std::to_string(bytes_.size()));
   }
   for (; size_ < digits.size() / 2; ++size_) {
@@ -80,10 +96,10 @@ std::uint8_t Record::Sum() const {
       [](std::uint8_t sum, std::uint8_t b) { return static_cast<std::uint8_t>(sum + b); });
 }
 
-void Record::CheckSum(std::uint8_t right, const Place& place) const {
-  if (bytes_[size_ - 1] == right) return;
-  Fail(place, "the checksum is " + Hexadecimal(bytes_[size_ - 1], 2) + "; " +
-                  Hexadecimal(right, 2) + " would be right for this record");
+void Record::CheckSum(std::uint8_t sum, const Place& place) const {
+  if (bytes_[size_ - 1] == sum) return;
+  Fail(place, "the checksum is " + Hexadecimal(bytes_[size_ - 1], 2) + "; it must be " +
+                  Hexadecimal(sum, 2));
 }
 
 std::uint32_t BigEndian(std::span<const std::uint8_t> bytes) {

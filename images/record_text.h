@@ -29,10 +29,17 @@ struct Place {
 /// `value` as 0x and at least `digits` upper-case digits.
 [[nodiscard]] std::string Hexadecimal(std::uint32_t value, int digits);
 
-/// The lines of a text that hold something, without blanks at their ends.
+/// "1 byte", "2 bytes".
+[[nodiscard]] std::string Counted(std::size_t count, const std::string& noun);
+
+/// The beginning of a line in quotes, for messages.
+[[nodiscard]] std::string Quoted(std::string_view line);
+
+/// The lines of a text that hold something, without blanks at their ends. A byte order mark of
+/// UTF-8 at the start, which some editors write, belongs to no line.
 class LineReader {
  public:
-  explicit LineReader(std::string_view text) : rest_(text) {}
+  explicit LineReader(std::string_view text);
 
   /// Goes to the next line that is not blank; false when there is none.
   [[nodiscard]] bool Next();
@@ -50,15 +57,15 @@ class LineReader {
 /// The bytes of one record, decoded from its hexadecimal pairs.
 class Record {
  public:
-  /// Decodes `line` after its first `mark` characters. Throws ImageError for a character that is no
-  /// hexadecimal digit, half a byte, and more bytes than any record has.
+  /// Decodes `line` after its first `mark` characters. Throws ImageError for a character that is
+  /// not a hexadecimal digit, half a byte, and more bytes than any record has.
   Record(std::string_view line, std::size_t mark, const Place& place);
 
   [[nodiscard]] std::span<const std::uint8_t> bytes() const { return {bytes_.data(), size_}; }
   /// The sum of all bytes but the last, which is the checksum.
   [[nodiscard]] std::uint8_t Sum() const;
-  /// Throws ImageError unless the last byte is `right`.
-  void CheckSum(std::uint8_t right, const Place& place) const;
+  /// Throws ImageError unless the last byte is `sum`.
+  void CheckSum(std::uint8_t sum, const Place& place) const;
 
  private:
   std::array<std::uint8_t, 260> bytes_;  // length, address, type, 255 bytes of data, checksum

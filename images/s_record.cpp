@@ -40,7 +40,7 @@ class Parser {
     while (lines_.Next()) ReadLine();
     if (last_ != Role::kEnd && last_ != Role::kCount) {
       Fail(place(),
-           "the file ends without an end record (S7, S8, S9) or a count (S5, S6); a part of it "
+           "the file ends without an end record (S7, S8, S9) or a count (S5, S6); part of it "
            "may be missing");
     }
     return builder_.Finish(last_line_);
@@ -51,8 +51,8 @@ class Parser {
 
   void ReadLine() {
     if (last_ == Role::kEnd) {
-      Fail(place(), "the end record stands in line " + std::to_string(last_line_) +
-                        " already; nothing may follow it");
+      Fail(place(),
+           "the end record is in line " + std::to_string(last_line_) + "; nothing may follow it");
     }
     const Kind kind = ReadKind();
     const Record record(lines_.line(), 2, place());
@@ -67,11 +67,13 @@ class Parser {
   [[nodiscard]] Kind ReadKind() const {
     const std::string_view line = lines_.line();
     if (line.size() < 2 || (line[0] != 'S' && line[0] != 's') || line[1] < '0' || line[1] > '9') {
-      Fail(place(), "a line of an S-record file begins with S and a digit");
+      Fail(place(),
+           "a line of an S-record file must begin with S and a digit, not " + Quoted(line));
     }
     const Kind kind = kKinds[static_cast<std::size_t>(line[1] - '0')];
-    if (kind.role == Role::kReserved)
-      Fail(place(), "S4 is no record of an image; S0 to S3 and S5 to S9 are known");
+    if (kind.role == Role::kReserved) {
+      Fail(place(), "S4 is a reserved record; it must be one of S0 to S3 and S5 to S9");
+    }
     return kind;
   }
 
@@ -79,19 +81,17 @@ class Parser {
     const auto bytes = record.bytes();
     const std::size_t shortest = 1 + kind.address_bytes + 1;  // count, address, checksum
     if (bytes.size() < shortest) {
-      Fail(place(), "the record has " + std::to_string(bytes.size()) +
-                        " bytes; the shortest of "
-                        "its kind has " +
+      Fail(place(), "the record has " + Counted(bytes.size(), "byte") + "; it must have at least " +
                         std::to_string(shortest));
     }
     if (bytes[0] + std::size_t{1} != bytes.size()) {
-      Fail(place(), "the record announces " + std::to_string(bytes[0]) +
-                        " bytes after its length and has " + std::to_string(bytes.size() - 1));
+      Fail(place(), "the record announces " + Counted(bytes[0], "byte") +
+                        " after its length but has " + std::to_string(bytes.size() - 1));
     }
     record.CheckSum(static_cast<std::uint8_t>(~record.Sum()), place());
     if (kind.role != Role::kHeader && kind.role != Role::kData && bytes.size() != shortest) {
-      Fail(place(), "a count or end record has no data, this one " +
-                        std::to_string(bytes.size() - shortest) + " bytes");
+      Fail(place(), "a count or end record must have no data; this one has " +
+                        Counted(bytes.size() - shortest, "byte"));
     }
   }
 
@@ -101,8 +101,8 @@ class Parser {
       ++data_records_;
     }
     if (role == Role::kCount && address != data_records_) {
-      Fail(place(), "the count is " + std::to_string(address) + ", and " +
-                        std::to_string(data_records_) + " data records stand before it");
+      Fail(place(), "the count is " + std::to_string(address) + "; it must be " +
+                        std::to_string(data_records_) + ", the number of data records before it");
     }
   }
 

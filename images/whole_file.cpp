@@ -1,14 +1,10 @@
 #include "images/whole_file.h"
 
-#include <algorithm>
-#include <cerrno>
-#include <fstream>
-#include <iterator>
-#include <random>
 #include <string>
-#include <string_view>
 #include <system_error>
 #include <utility>
+
+#include "platform/input_file.h"
 
 namespace fliglaf {
 namespace {
@@ -21,13 +17,7 @@ constexpr int kMostLinks = 40;  // as many as Linux follows in one path
   throw ImageError(path.string() + ": " + what);
 }
 
-/// Why the last stream operation failed, for the end of a message. The streams give no reason
-/// themselves; what they stand on sets errno, which has to be cleared before.
-std::string Reason() {
-  return errno == 0 ? "input/output error" : std::generic_category().message(errno);
-}
-
-/// What stands at the end of `path`; throws when the system does not tell.
+/// The type of what `path` leads to; throws when that cannot be found out.
 fs::file_type TypeOf(const fs::path& path) {
   if (path.empty()) throw ImageError("the file name is empty");
   std::error_code error;
@@ -40,12 +30,22 @@ fs::path FolderOf(const fs::path& file) {
   return file.has_parent_path() ? file.parent_path() : fs::path(".");
 }
 
-/// Whether `link` is one of the names that Linux gives to the open streams of a process. What such
-/// a link tells of its end is not always a path, and a file at its end is in use.
+/// Whether `link` is one of the names that Linux gives to the open streams of a process. The text
+/// of such a link is not always a path, and a file that it leads to is in use.
 bool IsOpenStream(const fs::path& link) {
   std::error_code error;
   const fs::path folder = fs::canonical(FolderOf(link), error).relative_path();
   return !folder.empty() && *folder.begin() == "proc";
+}
+
+/// Does `step`; an error of the system becomes an ImageError that says `what`.
+template <typename Step>
+auto OrFail(const fs::path& named, const std::string& what, Step step) {
+  try {
+    return step();
+  } catch (const std::system_error& error) {
+    Fail(named, what + ": " + error.code().message());
+  }
 }
 
 /// Where a write to a path goes.
@@ -56,8 +56,7 @@ struct Destination {
 };
 
 /// Follows symbolic links by hand, as the end of the chain need not exist yet.
-Destination Follow(const fs::path& path, fs::file_type type) {
-  const bool exists = type != fs::file_type::not_found;
+Destination Follow(const fs::path& path, bool exists) {
   fs::path file = path;
   std::error_code error;
   for (int links = 0; fs::is_symlink(fs::symlink_status(file, error)); ++links) {
@@ -76,28 +75,37 @@ Destination Resolve(const fs::path& path) {
     case fs::file_type::fifo:
       return {path, true, true};
     case fs::file_type::directory:
-      Fail(path, "is a folder; the name of a file is needed");
+      Fail(path, "is a folder; it must be a file");
     case fs::file_type::regular:
     case fs::file_type::not_found:
       break;
     default:
-      Fail(path, "is neither a file nor a stream that can be written");
+      Fail(path, "cannot be written; it must be a file or a stream");
   }
-  Destination destination = Follow(path, type);
+  Destination destination = Follow(path, type != fs::file_type::not_found);
   if (!destination.is_stream && !destination.file.has_filename()) {
-    Fail(path, "ends like the name of a folder; the name of a file is needed");
+    Fail(path, "ends like the name of a folder; it must be a file");
   }
   return destination;
 }
 
-/// A name that no other file of the folder has. It does not grow with the name of the file, which
-/// may be as long as the system allows.
-fs::path TemporaryName(const fs::path& folder) {
-  constexpr std::string_view kDigits = "0123456789abcdef";
-  std::random_device random;
-  std::string name = ".fliglaf-";
-  std::generate_n(std::back_inserter(name), 16, [&] { return kDigits[random() % 16]; });
-  return folder / (name + ".tmp");
+/// Throws ImageError when nothing can be written there.
+platform::OutputFile Open(const fs::path& named, const Destination& to) {
+  const fs::path folder = FolderOf(to.file);
+  if (!to.is_stream && TypeOf(folder) != fs::file_type::directory) {
+    Fail(named, "there is no folder " + folder.string());
+  }
+  if (to.exists && !to.is_stream) {
+    if (const auto reason = platform::WhyNotReplaceable(to.file); !reason.empty()) {
+      Fail(named, reason);
+    }
+  }
+  if (to.is_stream) {
+    return OrFail(named, "cannot be opened for writing",
+                  [&] { return platform::OutputFile::OpenStream(to.file); });
+  }
+  return OrFail(named, "cannot create a file in " + folder.string(),
+                [&] { return platform::OutputFile::MakeTemporary(to.file); });
 }
 
 }  // namespace
@@ -105,101 +113,54 @@ fs::path TemporaryName(const fs::path& folder) {
 std::vector<std::uint8_t> ReadFileWhole(const fs::path& path) {
   const fs::file_type type = TypeOf(path);
   if (type == fs::file_type::not_found) Fail(path, "there is no such file");
-  if (type == fs::file_type::directory) Fail(path, "is a folder; a file is needed");
-  errno = 0;
-  std::ifstream stream(path, std::ios::binary);
-  if (!stream) Fail(path, "cannot be opened for reading: " + Reason());
-
-  constexpr std::size_t kPiece = 65'536;
-  std::vector<std::uint8_t> bytes;
-  while (stream) {
-    const std::size_t before = bytes.size();
-    bytes.resize(before + kPiece);
-    stream.read(reinterpret_cast<char*>(bytes.data() + before), kPiece);
-    bytes.resize(before + static_cast<std::size_t>(stream.gcount()));
-    if (bytes.size() > kLargestFile) {
-      Fail(path,
-           "is larger than " + std::to_string(kLargestFile >> 20) + " MiB, the most that is read");
-    }
+  if (type == fs::file_type::directory) Fail(path, "is a folder; it must be a file");
+  auto bytes =
+      OrFail(path, "cannot be read", [&] { return platform::ReadBytes(path, kLargestFile + 1); });
+  if (bytes.size() > kLargestFile) {
+    Fail(path, "is too large; it must be at most " + std::to_string(kLargestFile >> 20) + " MiB");
   }
-  if (stream.bad()) Fail(path, "cannot be read whole: " + Reason());
   return bytes;
 }
 
-WholeFileWriter::WholeFileWriter(fs::path path) : named_(std::move(path)) {
-  const Destination destination = Resolve(named_);
-  destination_ = destination.file;
-  if (destination.is_stream) {
-    OpenStream();
-  } else {
-    OpenTemporary(destination.exists);
-  }
-}
-
-WholeFileWriter::Temporary::~Temporary() {
-  std::error_code ignored;
-  if (!path.empty()) fs::remove(path, ignored);
-}
-
-/// To append: a stream may be a file that is being added to, which keeps what it holds.
-void WholeFileWriter::OpenStream() {
-  errno = 0;
-  stream_.open(destination_, std::ios::binary | std::ios::app);
-  if (!stream_) Fail(named_, "cannot be opened for writing: " + Reason());
-}
-
-void WholeFileWriter::OpenTemporary(bool replaces) {
-  const fs::path folder = FolderOf(destination_);
-  if (TypeOf(folder) != fs::file_type::directory) {
-    Fail(named_, "there is no folder " + folder.string());
-  }
-  if (replaces) {  // a rename would not ask whether the file may be written
-    errno = 0;
-    const std::fstream present(destination_, std::ios::in | std::ios::out | std::ios::binary);
-    if (!present) Fail(named_, "cannot be opened for writing: " + Reason());
-  }
-  errno = 0;
-  temporary_.path = TemporaryName(folder);
-  stream_.open(temporary_.path, std::ios::binary | std::ios::trunc);
-  if (!stream_) Fail(named_, "no file can be made in " + folder.string() + ": " + Reason());
-  if (replaces) TakePermissions();
-}
+WholeFileWriter::WholeFileWriter(fs::path path)
+    : named_(std::move(path)), file_(Open(named_, Resolve(named_))) {}
 
 void WholeFileWriter::Write(std::span<const std::uint8_t> bytes) {
   if (!problem_.empty()) return;
-  errno = 0;
-  stream_.write(reinterpret_cast<const char*>(bytes.data()),
-                static_cast<std::streamsize>(bytes.size()));
-  if (!stream_) problem_ = Reason();
+  try {
+    file_.Write(bytes);
+  } catch (const std::system_error& error) {
+    problem_ = error.code().message();
+  }
 }
 
-void WholeFileWriter::Keep() {
-  errno = 0;
-  stream_.close();
-  if (problem_.empty() && !stream_) problem_ = Reason();
-  if (!problem_.empty()) Fail(named_, "cannot be written whole: " + problem_);
-  if (temporary_.path.empty()) return;
-  std::error_code error;
-  fs::rename(temporary_.path, destination_, error);
-  if (error) Fail(named_, "cannot be replaced: " + error.message());
-  temporary_.path.clear();
+void WholeFileWriter::Keep(platform::FileLock* lock) {
+  constexpr const char* kWhat = "cannot be written whole";
+  if (!problem_.empty()) Fail(named_, kWhat + (": " + problem_));
+  OrFail(named_, kWhat, [&] { file_.Flush(); });
+  OrFail(named_, "cannot be replaced", [&] { file_.Replace(lock); });
 }
 
-void WholeFileWriter::TakePermissions() {
-  std::error_code error;
-  const fs::perms permissions = fs::status(destination_, error).permissions();
-  if (!error) fs::permissions(temporary_.path, permissions, error);
-  if (error) Fail(named_, "its permissions cannot be kept: " + error.message());
-}
-
-void WriteFileWhole(const fs::path& path, std::span<const std::uint8_t> bytes) {
+void WriteFileWhole(const fs::path& path, std::span<const std::uint8_t> bytes,
+                    platform::FileLock* lock) {
   WholeFileWriter file(path);
   file.Write(bytes);
-  file.Keep();
+  file.Keep(lock);
+}
+
+bool CreateFileWhole(const fs::path& path, std::span<const std::uint8_t> bytes) {
+  const Destination to = Resolve(path);
+  if (to.exists) return false;
+  platform::OutputFile file = Open(path, to);
+  return OrFail(path, "cannot be created", [&] {
+    file.Write(bytes);
+    file.Flush();
+    return file.TakeFreeName();
+  });
 }
 
 void CheckWritable(const fs::path& path) {
-  if (!Resolve(path).is_stream) const WholeFileWriter trial(path);
+  if (const Destination to = Resolve(path); !to.is_stream) (void)Open(path, to);
 }
 
 }  // namespace fliglaf

@@ -34,8 +34,8 @@ class OutputFile {
   void Write(std::span<const std::uint8_t> bytes);
   /// Returns when the device has what was written.
   void Flush();
-  /// The temporary file replaces the destination. A lock that this process has on the destination
-  /// goes over to the new file; null: none.
+  /// The temporary file replaces the destination; of a stream there is nothing to do. A lock that
+  /// this process has on the destination goes over to the new file; null: none.
   void Replace(FileLock* lock);
   /// The temporary file takes the name of the destination; false when the name is in use.
   [[nodiscard]] bool TakeFreeName();

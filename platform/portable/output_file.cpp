@@ -182,6 +182,7 @@ void OutputFile::Flush() {
 }
 
 void OutputFile::Replace(FileLock* lock) {
+  if (temporary_.empty()) return;
   if (rename(temporary_.c_str(), destination_.c_str()) != 0) ThrowErrno();
   temporary_.clear();
   if (lock != nullptr) std::swap(lock->handle_, handle_);  // it is locked since it was made

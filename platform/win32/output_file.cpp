@@ -110,6 +110,7 @@ void OutputFile::Flush() {
 /// not every file system can. The section behind a FileLock stands for the name, whatever file it
 /// is of.
 void OutputFile::Replace(FileLock* /*lock*/) {
+  if (temporary_.empty()) return;
   OwnedHandle(Native(std::exchange(handle_, -1))).reset();
   const DWORD flags = REPLACEFILE_IGNORE_MERGE_ERRORS | REPLACEFILE_WRITE_THROUGH;
   if ((!Exists(destination_) || ReplaceFileW(destination_.c_str(), temporary_.c_str(), nullptr,

@@ -62,10 +62,7 @@ bool IsTerminal(Stream stream) {
 
 void OpenStandardStreams() {}  // handles have no fixed numbers here
 
-void CatchStopSignals() {
-  SetConsoleCtrlHandler(OnConsoleEvent, FALSE);  // every call adds it once more
-  SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
-}
+void CatchStopSignals() { SetConsoleCtrlHandler(OnConsoleEvent, TRUE); }
 
 bool StopRequested() { return stop_requested; }
 

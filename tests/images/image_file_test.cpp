@@ -9,6 +9,7 @@
 namespace fliglaf {
 namespace {
 
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
@@ -82,15 +83,22 @@ TEST_F(ImageFile, FindsTheFormatInTheContentThenInTheEnding) {
   const Image one{{Segment{0, {1}}}};
   EXPECT_EQ(ReadImage(Write("misnamed.s19", hex)), one);
   EXPECT_EQ(ReadImage(Write("lower", "\r\ns104000001fa\ns9030000fc\n")), one);
+  EXPECT_EQ(ReadImage(Write("marked", "\xEF\xBB\xBF" + hex)), one);
   EXPECT_EQ(ReadImage(Write("hex.BIN", hex)).end(), hex.size());
+  EXPECT_EQ(ReadImage(Write("elf.bin", "\177ELF")).end(), 4U);
   const auto error_of = [this](const std::string& name, const std::string& content) {
     return test::ErrorOf([&] { (void)ReadImage(Write(name, content)); });
   };
   // Damage in line 1 is a damaged record, not a file of another kind.
   EXPECT_THAT(error_of("cut", "100000001FE\n" + hex), StartsWith(File("cut").string() + ":1: "));
-  EXPECT_THAT(error_of("text.srec", "Sorry\n"), HasSubstr("text.srec:1: "));
-  EXPECT_THAT(error_of("note.txt", "Sorry\n"), HasSubstr("known endings: .hex "));
+  EXPECT_THAT(error_of("text.srec", "Sorry\n"),
+              EndsWith("text.srec:1: a line of an S-record file must begin with S and a digit, not "
+                       "\"Sorry\""));
+  EXPECT_THAT(error_of("note.txt", "Sorry\n"), HasSubstr("none of the endings .hex "));
   EXPECT_THAT(error_of("empty.bin", ""), HasSubstr("is empty"));
+  EXPECT_THAT(error_of("x.hex", "\177ELF\n" + hex), EndsWith("x.hex: an ELF program; convert it "
+                                                             "with objcopy -O ihex"));
+  EXPECT_THAT(error_of("x.hex.gz", "\x1F\x8B\b"), HasSubstr("compressed with gzip"));
 }
 
 TEST_F(ImageFile, WritesWhatIsAskedForAndNothingElse) {

@@ -32,12 +32,15 @@ TEST(IntelHex, PutsEveryAddressRecordInItsPlace) {
       "\r\n"
       ":020000041000EA\n"
       ":04FFFE0001020304F5\t\n"  // beyond 64 KiB: goes on
+      ":02000004FFFFFC\n"
+      ":03FFFE0005060AEB\n"  // beyond 4 GiB: back to address 0
       ":0400000300003800C1\n"
       ":04000005000000CD2A\n"
       ":00000001FF",
       "a.txt");
-  EXPECT_THAT(image.segments, ElementsAre(Segment{0x10000, {3, 4}}, Segment{0x1FFFE, {1, 2}},
-                                          Segment{0x1000FFFE, {1, 2, 3, 4}}));
+  EXPECT_THAT(image.segments,
+              ElementsAre(Segment{0, {10}}, Segment{0x10000, {3, 4}}, Segment{0x1FFFE, {1, 2}},
+                          Segment{0x1000FFFE, {1, 2, 3, 4}}, Segment{0xFFFFFFFE, {5, 6}}));
 }
 
 TEST(IntelHex, NamesTheLineAndTheKindOfDamage) {
@@ -49,21 +52,22 @@ TEST(IntelHex, NamesTheLineAndTheKindOfDamage) {
       ParseIntelHex,
       {{"", "1", "without the end record"},
        {good, "1", "without the end record :00000001FF"},
-       {"\n" + good + ":0400100001020304E3\n" + end, "3", "0xE3; 0xE2 would be right"},
-       {good + ":0400100001020304\n" + end, "2", "announces 4 data bytes and has 3"},
+       {"\n" + good + ":0400100001020304E3\n" + end, "3", "0xE3; it must be 0xE2"},
+       {good + ":0400100001020304\n" + end, "2", "announces 4 data bytes but has 3"},
        {good + ":0400100001020304E\n" + end, "2", "17 hexadecimal digits"},
-       {later + good + other + end, "3", "0x0012 is 0xFF here and 0x03 in line 2; an address has"},
-       {other + later + end, "2", "0x0012 is 0x03 here and 0xFF in line 1; an address has"},
+       {later + good + other + end, "3", "0x0012 is 0xFF here but 0x03 in line 2"},
+       {other + later + end, "2", "0x0012 is 0x03 here but 0xFF in line 1"},
        {good + ":04001000010G0304E2\n" + end, "2", "'G' in column 13"},
        {good + ":0400100001 20304E2\n" + end, "2", "the byte 0x20 in column 12"},
-       {good + ":" + std::string(522, '0') + "\n" + end, "2", "261 bytes; the longest has 260"},
-       {good + ":\n" + end, "2", "0 bytes; the shortest has 5"},
-       {good + "0400100001020304E2\n" + end, "2", "begins with ':'"},
+       {good + ":" + std::string(522, '0') + "\n" + end, "2",
+        "261 bytes; it must have at most 260"},
+       {good + ":\n" + end, "2", "0 bytes; it must have at least 5"},
+       {good + "0400100001020304E2\n" + end, "2", "begin with ':', not \"0400100001020304E2\""},
        {good + ":00000006FA\n" + end, "2", "type is 0x06"},
-       {good + ":03000004000000F9\n" + end, "2", "type 0x04 has 2 data bytes, not 3"},
-       {good + end + "\n" + good, "4", "end record stands in line 2"},
-       {end, "1", "without data"},
-       {":02000004FFFFFC\n:02FFFF000102FD\n" + end, "2", "go beyond 0xFFFFFFFF"}});
+       {good + ":03000004000000F9\n" + end, "2", "type 0x04 must have 2 data bytes, not 3"},
+       {good + end + "\n" + good, "4", "end record is in line 2"},
+       {":0400100001020304E2\r" + end, "1", "the byte 0x0D in column 20"},
+       {end, "1", "has no data"}});
 }
 
 TEST(SRecord, TakesEveryRecord) {
@@ -90,16 +94,16 @@ TEST(SRecord, NamesTheLineAndTheKindOfDamage) {
       ParseSRecord,
       {{good, "1", "without an end record (S7, S8, S9) or a count (S5, S6)"},
        {"S5030000FC\n" + good, "2", "without an end record"},
-       {good + "S107001001020305DE\n" + end, "2", "is 0xDE; 0xDD would be right"},
-       {good + "S1070010010203DE\n" + end, "2", "announces 7 bytes after its length and has 6"},
+       {good + "S107001001020305DE\n" + end, "2", "is 0xDE; it must be 0xDD"},
+       {good + "S1070010010203DE\n" + end, "2", "announces 7 bytes after its length but has 6"},
        {good + "S10700100102030X\n" + end, "2", "'X' in column 16"},
-       {good + "S10200FD\n" + end, "2", "has 3 bytes; the shortest of its kind has 4"},
-       {good + "S4030000FC\n" + end, "2", "S4 is no record of an image"},
-       {good + "S5030002FA\n" + end, "2", "count is 2, and 1 data records stand before it"},
-       {good + "S904000001FA\n", "2", "has no data, this one 1 bytes"},
-       {good + end + good, "3", "end record stands in line 2"},
-       {good + "S10500120309DC\n" + end, "2", "0x0013 is 0x09 here and 0x04 in line 1"},
-       {end, "1", "without data"},
+       {good + "S10200FD\n" + end, "2", "has 3 bytes; it must have at least 4"},
+       {good + "S4030000FC\n" + end, "2", "S4 is a reserved record"},
+       {good + "S5030002FA\n" + end, "2", "count is 2; it must be 1,"},
+       {good + "S904000001FA\n", "2", "must have no data; this one has 1 byte"},
+       {good + end + good, "3", "end record is in line 2"},
+       {good + "S10500120309DC\n" + end, "2", "0x0013 is 0x09 here but 0x04 in line 1"},
+       {end, "1", "has no data"},
        {"S307FFFFFFFF0102F9\n" + end, "1", "go beyond 0xFFFFFFFF"}});
 }
 
