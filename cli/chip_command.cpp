@@ -3,10 +3,14 @@
 
 #include <iostream>
 #include <string>
+#include <vector>
 
 #include <fmt/format.h>
 
+#include "cli/attempt.h"
+#include "cli/chip_file_option.h"
 #include "cli/loopback_port.h"
+#include "cli/report.h"
 #include "cli/simulated_bench.h"
 #include "cli/usage_error.h"
 #include "platform/terminal.h"
@@ -30,28 +34,31 @@ void Serve(LoopbackPort& port, simulator::JtagCable& cable) {
 }
 
 ExitStatus RunChipCommand(const Options& options, const DeviceProfile& device) {
-  SimulatedBench bench(device, 0, {.chip_file = options.chip_file, .faults = {}});
+  SimulatedBench bench(device, 0, {.faults = {}});
   const auto cable = bench.bench().AttachJtagCable();
   if (cable == nullptr) {
     throw UsageError(fmt::format(
-        "{}: family {} has no JTAG lines; right is a device of families 4 to 11, as \"fliglaf "
+        "{}: family {} has no JTAG lines; must be a device of families 4 to 11, as \"fliglaf "
         "devices\" lists them",
         device.name, device.family));
   }
   LoopbackPort port(static_cast<std::uint16_t>(options.remote_bitbang_port));
-  platform::CatchStopSignals();
-  std::cout << fmt::format("{}: remote_bitbang on 127.0.0.1 port {}\n", device.name, port.number())
-            << std::flush;
+  UseChipFile(bench, options);
+  std::cout << fmt::format("{}: remote_bitbang on 127.0.0.1 port {}\n", device.name, port.number());
+  if (!std::cout.flush())
+    throw UsageError("standard output cannot be written: nobody learns the port");
   ExitStatus status = ExitStatus::kSuccess;
   try {
     Serve(port, *cable);
     if (platform::StopRequested()) status = ExitStatus::kStopped;
   } catch (const simulator::UnknownRequest& error) {
-    std::cerr << fmt::format("fliglaf: {}: {}\n", device.name, error.what());
+    PrintProblem(fmt::format("{}: {}", device.name, error.what()));
     status = ExitStatus::kProgrammer;
   }
-  bench.KeepChip();
-  return status;
+  std::vector<std::string> problems;
+  Attempt(problems, [&bench] { bench.KeepChip(); });
+  for (const std::string& problem : problems) PrintProblem(problem);
+  return problems.empty() || status != ExitStatus::kSuccess ? status : ExitStatus::kUnwritten;
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "cli/chip_command.h"
+#include "cli/chip_file_option.h"
 #include "cli/simulated_bench.h"
 #include "cli/workplace.h"
 #include "host/com/client.h"
@@ -47,11 +48,11 @@ void SetUpStandIns(const Options& options, const DeviceProfile& device, std::int
 
 /// Whether the options ask for something that can be had, before anything is done.
 void CheckBench(const Options& options, const DeviceProfile& device, std::int16_t instance) {
-  const SimulatedBench bench(device, instance,
-                             {.chip_file = options.chip_file,
-                              .faults = options.faults,
-                              .real_time = options.real_time,
-                              .waveform_file = options.waveform_file});
+  SimulatedBench bench(device, instance,
+                       {.faults = options.faults,
+                        .real_time = options.real_time,
+                        .waveform_file = options.waveform_file});
+  UseChipFile(bench, options);
 }
 
 class ComWorkplace : public Workplace {
@@ -69,7 +70,8 @@ class ComWorkplace : public Workplace {
 
   void Run(HostSession& session, Recorded recorded) override {
     platform::SetEnvironmentText(L"FLIGLAF_RECORD",
-                                 recorded == Recorded::kYes ? options_.record_file.wstring() : L"");
+                                 is_recorded_ ? L"" : options_.record_file.wstring());
+    is_recorded_ |= recorded == Recorded::kYes;
     mpu_->runMpu4Prg(session.usbenable());
     const std::u16string_view log = session.log();
     if (const auto found = log.rfind(kNotRecorded); found != std::u16string_view::npos) {
@@ -82,8 +84,9 @@ class ComWorkplace : public Workplace {
 
   /// The stand-ins keep the chip's contents, and the library its record, as each run ends; the
   /// waveform is complete when the library goes.
-  void Keep() override {
-    if (!not_recorded_.empty()) throw ImageError("the run is not recorded: " + not_recorded_);
+  [[nodiscard]] std::vector<std::string> Keep() override {
+    if (not_recorded_.empty()) return {};
+    return {"the run is not recorded: " + not_recorded_};
   }
 
  private:
@@ -96,6 +99,7 @@ class ComWorkplace : public Workplace {
   platform::HostWatch watch_;
   std::optional<platform::Activation> stand_ins_;
   std::optional<MpuClient> mpu_;
+  bool is_recorded_ = false;  ///< the request that the record is to hold
   std::string not_recorded_;
 };
 

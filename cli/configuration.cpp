@@ -108,7 +108,7 @@ std::string Configuration::Values() {
 }
 
 Report Configuration::Read() {
-  return run().Run(std::array{std::uint8_t{operation::kRead}}, Recorded::kNo);
+  return run().Run(std::array{std::uint8_t{operation::kRead}}, Recorded::kIfNoOther);
 }
 
 void Configuration::Plan(std::vector<ConfigAssignment> assignments) {
@@ -164,7 +164,6 @@ ExitStatus RunConfigCommand(const Options& options, const DeviceProfile& device)
   const bool writes = !assignments.empty();
   configuration.Plan(std::move(assignments));
   OperationRun& run = configuration.run();
-  platform::CatchStopSignals();
 
   Report report = ReadsConfig(device) ? configuration.Read() : Report{};
   if (report.status == ExitStatus::kSuccess && writes) {
@@ -173,9 +172,8 @@ ExitStatus RunConfigCommand(const Options& options, const DeviceProfile& device)
     report = Report{};
     report.message = fmt::format("{}: {}", device.name, configuration.Values());
   }
-  PrintReport(options, report);
-  run.Keep();
-  return report.status;
+  run.Keep(report);
+  return PrintReport(options, report);
 }
 
 }  // namespace fliglaf::cli

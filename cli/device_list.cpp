@@ -7,6 +7,8 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "cli/report.h"
+
 namespace fliglaf::cli {
 namespace {
 
@@ -19,7 +21,7 @@ void PrintJson(const DeviceCatalogue& catalogue) {
                     {"size", device.size},
                     {"description", device.description}});
   }
-  std::cout << list.dump(2) << "\n";
+  std::cout << Dump(list) << "\n";
 }
 
 }  // namespace

@@ -53,7 +53,7 @@ void PrintJson(const Options& options, const std::vector<FuseLine>& lines) {
   }
   const nlohmann::ordered_json object{
       {"command", options.command_name}, {"device", options.device}, {"bits", bits}};
-  std::cout << object.dump(2) << "\n";
+  std::cout << Dump(object) << "\n";
 }
 
 void Print(const Options& options, const FusePage& page) {
@@ -84,7 +84,7 @@ void SetAll(const Options& options, FusePage& page) {
 
 ExitStatus InImage(const Options& options, const DeviceProfile& device) {
   HostSession session(HostSession::FreeInstance(), device, Engine::kUsb);
-  LoadImage(options, device, session.image());
+  ImageInput(options, device).CopyTo(session.image());
   FusePage page(device, session.variables());
   if (!options.changes_fuses) {
     Print(options, page);
@@ -93,10 +93,9 @@ ExitStatus InImage(const Options& options, const DeviceProfile& device) {
   const ImageOutput output(options, device);
   SetAll(options, page);
   Report report;
-  report.bytes = output.Write(session.image());
-  report.message = fmt::format("{}: {} written", device.name, output.names());
-  PrintReport(options, report);
-  return report.status;
+  const std::string files = output.Write(session.image(), report);
+  if (!files.empty()) report.message = fmt::format("{}: {} written", device.name, files);
+  return PrintReport(options, report);
 }
 
 /// The fuses of the device in the socket: read, changed on the page, written and read back.
@@ -114,20 +113,18 @@ class InDevice {
 
   ExitStatus Run() {
     OperationRun& run = configuration_.run();
-    platform::CatchStopSignals();
     Report report = Prepared();
     if (report.status == ExitStatus::kSuccess) {
       FusePage page(device_, run.session().variables());
       if (!options_.changes_fuses) {
         Print(options_, page);
-        run.Keep();
-        return report.status;
+        run.Keep(report);
+        return PrintUnwritten(report);
       }
       report = Changed(page);
     }
-    PrintReport(options_, report);
-    run.Keep();
-    return report.status;
+    run.Keep(report);
+    return PrintReport(options_, report);
   }
 
  private:

@@ -1,17 +1,52 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <span>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "cli/options.h"
 #include "devices/device_profile.h"
+#include "devices/memory_layout.h"
+#include "images/image.h"
 
 namespace fliglaf::cli {
 
-/// Reads the files that the options name into the device image, over the erased bytes that it
-/// holds. Returns how many bytes they gave. Throws UsageError when none is named, the device has no
-/// such memory, or an address lies outside it; ImageError for a file that cannot be read.
-std::size_t LoadImage(const Options& options, const DeviceProfile& device,
-                      std::span<std::uint8_t> image);
+/// The contents of the device image that the files of the options give.
+class ImageInput {
+ public:
+  /// Reads the files. Throws UsageError when none is named, the device has no such memory, or an
+  /// address lies outside it; ImageError for a file that cannot be read.
+  ImageInput(const Options& options, const DeviceProfile& device);
+
+  /// Puts the contents over what `image` holds.
+  void CopyTo(std::span<std::uint8_t> image) const;
+
+  /// Bytes that the files give of the memories that program, verify and compare work on.
+  [[nodiscard]] std::size_t bytes() const { return bytes_; }
+  /// True when the files give every byte of these memories.
+  [[nodiscard]] bool is_whole() const;
+  /// Where the files give something else, such as the configuration bytes of an image: "0x3FE0 to
+  /// 0x3FE4"; empty when they do not.
+  [[nodiscard]] std::string others() const;
+
+ private:
+  void Add(const std::filesystem::path& file, std::int32_t start, std::int32_t bytes,
+           std::string_view what, const std::string& device);
+
+  struct Range {
+    std::uint64_t first;
+    std::uint64_t end;
+  };
+  [[nodiscard]] std::vector<Range> Within(std::int32_t start, std::int32_t end) const;
+
+  MemoryLayout layout_;
+  std::int32_t image_bytes_;
+  std::vector<Segment> segments_;  ///< by image address
+  std::size_t bytes_ = 0;
+};
 
 }  // namespace fliglaf::cli

@@ -1,7 +1,10 @@
 #include "cli/image_output.h"
 
+#include <algorithm>
+
 #include <fmt/format.h>
 
+#include "cli/attempt.h"
 #include "cli/usage_error.h"
 #include "devices/memory_layout.h"
 
@@ -32,20 +35,29 @@ void ImageOutput::Add(const std::filesystem::path& path, std::int32_t start, std
   files_.push_back({.path = path, .format = *format, .start = start, .bytes = bytes});
 }
 
-std::size_t ImageOutput::Write(std::span<const std::uint8_t> image) const {
-  std::size_t bytes = 0;
-  for (const File& file : files_) {
-    const auto size = static_cast<std::size_t>(file.bytes);
-    WriteImage(file.path, file.format, image.subspan(static_cast<std::size_t>(file.start), size));
-    bytes += size;
-  }
-  return bytes;
+std::span<const std::uint8_t> ImageOutput::Part(const File& file,
+                                                std::span<const std::uint8_t> image) {
+  return image.subspan(static_cast<std::size_t>(file.start), static_cast<std::size_t>(file.bytes));
 }
 
-std::string ImageOutput::names() const {
+std::string ImageOutput::Write(std::span<const std::uint8_t> image, Report& report) const {
   std::string names;
-  for (const File& file : files_) names += (names.empty() ? "" : ", ") + file.path.string();
+  for (const File& file : files_) {
+    Attempt(report.unwritten, [&] {
+      const auto part = Part(file, image);
+      WriteImage(file.path, file.format, part);
+      report.bytes += part.size();
+      names += (names.empty() ? "" : ", ") + file.path.string();
+    });
+  }
   return names;
+}
+
+bool ImageOutput::IsUniform(std::span<const std::uint8_t> image) const {
+  const std::uint8_t first = Part(files_.front(), image).front();
+  return std::ranges::all_of(files_, [&](const File& file) {
+    return std::ranges::all_of(Part(file, image), [first](std::uint8_t b) { return b == first; });
+  });
 }
 
 }  // namespace fliglaf::cli

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "cli/options.h"
+#include "cli/report.h"
 #include "devices/device_profile.h"
 #include "images/image.h"
 
@@ -20,10 +21,11 @@ class ImageOutput {
   /// file that cannot be written.
   ImageOutput(const Options& options, const DeviceProfile& device);
 
-  /// Writes each file whole or not at all; returns how many bytes they hold together.
-  [[nodiscard]] std::size_t Write(std::span<const std::uint8_t> image) const;
-  /// The files, for a message.
-  [[nodiscard]] std::string names() const;
+  /// Writes each file whole or not at all. The report gets the number of bytes written and what
+  /// could not be written; returns the names of the files that were.
+  std::string Write(std::span<const std::uint8_t> image, Report& report) const;
+  /// The bytes of `image` that go into files are all the same.
+  [[nodiscard]] bool IsUniform(std::span<const std::uint8_t> image) const;
 
  private:
   struct File {
@@ -33,6 +35,8 @@ class ImageOutput {
     std::int32_t bytes;
   };
 
+  [[nodiscard]] static std::span<const std::uint8_t> Part(const File& file,
+                                                          std::span<const std::uint8_t> image);
   void Add(const std::filesystem::path& path, std::int32_t start, std::int32_t bytes);
 
   std::vector<File> files_;

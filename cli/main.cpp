@@ -9,10 +9,14 @@
 #include "cli/device_list.h"
 #include "cli/exit_status.h"
 #include "cli/fuses.h"
+#include "cli/named_files.h"
 #include "cli/operations.h"
 #include "cli/options.h"
+#include "cli/report.h"
 #include "cli/usage_error.h"
 #include "devices/device_catalogue.h"
+#include "devices/profile_error.h"
+#include "images/whole_file.h"
 #include "platform/terminal.h"
 #include "record/replay.h"
 
@@ -42,6 +46,8 @@ ExitStatus ReplayRecords(const Options& options) {
 
 ExitStatus Run(const Options& options) {
   if (options.command == Command::kReplay) return ReplayRecords(options);
+  if (options.command != Command::kDevices) platform::CatchStopSignals();
+  CheckNamedFiles(options);
   const DeviceCatalogue catalogue = LoadCatalogue(options);
   if (options.command == Command::kDevices) {
     PrintDevices(catalogue, options.json);
@@ -55,15 +61,26 @@ ExitStatus Run(const Options& options) {
 }
 
 ExitStatus Main(int argc, const char* const* argv) {
+  const auto end = [](ExitStatus status, std::string_view problem) {
+    PrintProblem(problem);
+    return status;
+  };
   try {
     const auto options = ParseOptions(argc, argv);
     const ExitStatus status = options ? Run(*options) : ExitStatus::kSuccess;
     if (std::cout.flush()) return status;
-    std::cerr << "fliglaf: standard output cannot be written\n";
-    return status == ExitStatus::kSuccess ? ExitStatus::kUsage : status;
-  } catch (const std::exception& error) {  // usage, image, profile errors
-    std::cerr << "fliglaf: " << error.what() << "\n";
-    return ExitStatus::kUsage;
+    return end(status == ExitStatus::kSuccess ? ExitStatus::kUnwritten : status,
+               "standard output: cannot be written");
+  } catch (const platform::Stopped& stopped) {
+    return end(ExitStatus::kStopped, stopped.what());
+  } catch (const UsageError& error) {
+    return end(ExitStatus::kUsage, error.what());
+  } catch (const ImageError& error) {
+    return end(ExitStatus::kUsage, error.what());
+  } catch (const ProfileError& error) {
+    return end(ExitStatus::kUsage, error.what());
+  } catch (const std::exception& error) {
+    return end(ExitStatus::kProgrammer, fmt::format("internal error: {}", error.what()));
   }
 }
 
@@ -71,6 +88,7 @@ ExitStatus Main(int argc, const char* const* argv) {
 }  // namespace fliglaf::cli
 
 int main(int argc, char** argv) {
+  fliglaf::platform::OpenStandardStreams();
   const fliglaf::platform::Utf8Console console;
   const fliglaf::platform::Utf8Arguments arguments(argc, argv);
   return static_cast<int>(fliglaf::cli::Main(arguments.count(), arguments.values()));

@@ -1,6 +1,8 @@
 #include "cli/operation_run.h"
 
+#include <algorithm>
 #include <iostream>
+#include <iterator>
 
 #include <fmt/format.h>
 
@@ -40,8 +42,8 @@ std::string BrokenOff(StartUp start_up, const std::string& failure) {
 constexpr std::string_view kNothingHandedOver =
     "the programmer does not hand over what it read; is the USB connection good?";
 
-/// What the run came to. A check that could not be made is never told as one that was: what kept
-/// the programmer from working comes first.
+/// Decides how the run ended. A programmer failure wins, so that a check that could not be made is
+/// never reported as done.
 void Judge(Report& report, const std::string& device, const HostSession& session, StartUp start_up,
            const Questions& questions) {
   const std::uint8_t result = session.result();
@@ -56,6 +58,7 @@ void Judge(Report& report, const std::string& device, const HostSession& session
   if (const std::string problem = StartProblem(start_up); !problem.empty()) {
     return end(ExitStatus::kProgrammer, problem);
   }
+  if (questions.stopped()) return end(ExitStatus::kStopped, device + ": stopped");
   if (!questions.mismatch().empty()) {
     return end(
         ExitStatus::kDiffers,
@@ -102,10 +105,11 @@ OperationRun::OperationRun(const Options& options, const DeviceProfile& device)
   };
   if (options.check_signature && device.signature) session_.CheckSignature(*device.signature);
   session_.SetMargin(options.margin);
-  if (!options.record_file.empty()) CheckWritable(options.record_file);
 }
 
 Report OperationRun::Run(std::span<const std::uint8_t> codes, Recorded recorded) {
+  if (!has_run_ && platform::StopRequested()) throw platform::Stopped();
+  has_run_ = true;
   session_.Request(codes);
   workplace_->Run(session_, recorded);
   progress_->Finish();
@@ -114,6 +118,12 @@ Report OperationRun::Run(std::span<const std::uint8_t> codes, Recorded recorded)
   Judge(report, device_.name, session_, workplace_->start_up(), questions_);
   report.signature_ignored = questions_.ignored();
   return report;
+}
+
+void OperationRun::Keep(Report& report) {
+  std::ranges::move(workplace_->Keep(), std::back_inserter(report.unwritten));
+  const bool unfinished = report.status == ExitStatus::kSuccess && !report.unwritten.empty();
+  if (unfinished && platform::StopRequested()) report.status = ExitStatus::kStopped;
 }
 
 /// True when a stop was asked for in this turn.

@@ -25,18 +25,19 @@ class OperationRun {
 
   [[nodiscard]] HostSession& session() { return session_; }
 
-  /// Runs the operations of `codes` (see HostSession::Request) and judges what came of it. Where
-  /// that is success the report's message is left to the caller.
+  /// Runs the operations of `codes` (see HostSession::Request) and judges the outcome. On success
+  /// the report's message is left to the caller. Throws platform::Stopped when the user stopped the
+  /// program before its first request.
   [[nodiscard]] Report Run(std::span<const std::uint8_t> codes, Recorded recorded = Recorded::kYes);
 
-  /// Writes what the run leaves behind, whatever became of it: the chip's contents, the
-  /// waveform and the record.
-  /// Throws ImageError.
-  void Keep() { workplace_->Keep(); }
+  /// Writes what the runs leave behind, however they ended: the chip's contents, the waveform and
+  /// the record. What cannot be written goes into the report.
+  void Keep(Report& report);
 
  private:
   bool Turn();
 
+  bool has_run_ = false;
   const DeviceProfile& device_;
   HostSession session_;
   std::unique_ptr<Workplace> workplace_;

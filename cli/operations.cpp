@@ -1,6 +1,8 @@
 #include "cli/operations.h"
 
+#include <array>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -11,7 +13,6 @@
 #include "cli/operation_run.h"
 #include "cli/report.h"
 #include "cli/usage_error.h"
-#include "platform/terminal.h"
 #include "usb/operation.h"
 
 namespace fliglaf::cli {
@@ -74,54 +75,116 @@ bool TakesImage(Command command) {
          command == Command::kCompare;
 }
 
-/// What success means, in one sentence.
-std::string SuccessMessage(const Options& options, const DeviceProfile& device, std::size_t bytes,
-                           const std::string& files) {
-  switch (options.command) {
-    case Command::kProgram:
-      return fmt::format("{}: programmed with {} bytes and verified.", device.name, bytes);
-    case Command::kRead:
-      return fmt::format("{}: {} bytes read into {}.", device.name, bytes, files);
-    case Command::kVerify:
-      return fmt::format("{}: verified.", device.name);
-    case Command::kBlank:
-      return fmt::format("{}: blank.", device.name);
-    case Command::kCompare:
-      return fmt::format("{}: no difference.", device.name);
-    case Command::kErase:
-      return fmt::format("{}: erased and blank.", device.name);
-    case Command::kSignature:
-      return fmt::format("{}: the signature is right.", device.name);
-    default:
-      return fmt::format("{}: locked at level {}.", device.name, options.lock_level);
-  }
+/// An erase clears all memories, and a program pass writes the erased value where no file says
+/// otherwise.
+void CheckLosesNothing(const Options& options) {
+  if (options.command != Command::kProgram || options.erase_all) return;
+  if (options.eeprom_file.empty() || !options.memory_file.empty()) return;
+  throw UsageError(
+      "program: with --eeprom alone the main memory would be cleared; name its FILE as well, or "
+      "add --erase-all");
 }
+
+/// What the files give and the operation does not work on, as the end of a sentence.
+std::string LeftOut(const ImageInput& input, std::string_view done) {
+  const std::string others = input.others();
+  if (others.empty()) return ".";
+  return fmt::format("; {} of the image, which is configuration or unused, was not {}.", others,
+                     done);
+}
+
+/// What a read of nothing but one value may mean.
+std::string UniformNote(std::uint8_t value, const DeviceProfile& device) {
+  return value == device.erased
+             ? fmt::format(" Every byte is {:02X}: the device is blank, or locked.", value)
+             : fmt::format(" Every byte is {:02X}: is the device locked?", value);
+}
+
+/// A command on one device from its checks to its report.
+class OperationCommand {
+ public:
+  OperationCommand(const Options& options, const DeviceProfile& device)
+      : options_(options), device_(device), codes_(Codes(options, device)) {
+    CheckLosesNothing(options);
+    if (TakesImage(options.command)) input_.emplace(options, device);
+    if (options.command == Command::kRead) output_.emplace(options, device);
+    run_.emplace(options, device);
+  }
+
+  ExitStatus Run() {
+    Report report = Carried();
+    if (report.status == ExitStatus::kSuccess) Complete(report);
+    run_->Keep(report);
+    return PrintReport(options_, report);
+  }
+
+ private:
+  /// Only what the files hold is verified and compared: the rest of the image is what the device
+  /// holds, so that the library's own passes find no difference there.
+  Report Carried() {
+    const auto image = run_->session().image();
+    if (input_ && options_.command != Command::kProgram && !input_->is_whole()) {
+      const Report read =
+          run_->Run(std::array{std::uint8_t{operation::kRead}}, Recorded::kIfNoOther);
+      if (read.status != ExitStatus::kSuccess) return read;
+    }
+    if (input_) input_->CopyTo(image);
+    return run_->Run(codes_);
+  }
+
+  void Complete(Report& report) {
+    if (input_) report.bytes = input_->bytes();
+    if (options_.command == Command::kSignature && report.signature_ignored) {
+      report.status = ExitStatus::kDiffers;
+      report.message = device_.name + ": another signature was read";
+      return;
+    }
+    report.message = fmt::format("{}: {}", device_.name, Success(report));
+  }
+
+  /// What success means, in one sentence.
+  std::string Success(Report& report) {
+    switch (options_.command) {
+      case Command::kProgram:
+        return fmt::format("programmed with {} bytes and verified{}", report.bytes,
+                           LeftOut(*input_, "written"));
+      case Command::kRead:
+        return ReadInto(report);
+      case Command::kVerify:
+        return fmt::format("{} bytes verified{}", report.bytes, LeftOut(*input_, "verified"));
+      case Command::kBlank:
+        return "blank.";
+      case Command::kCompare:
+        return fmt::format("no difference in {} bytes{}", report.bytes,
+                           LeftOut(*input_, "compared"));
+      case Command::kErase:
+        return "erased and blank.";
+      case Command::kSignature:
+        return "the signature is right.";
+      default:
+        return fmt::format("locked at level {}.", options_.lock_level);
+    }
+  }
+
+  std::string ReadInto(Report& report) {
+    const std::span<const std::uint8_t> image = run_->session().image();
+    const std::string files = output_->Write(image, report);
+    return fmt::format("{} bytes read{}.{}", report.bytes, files.empty() ? "" : " into " + files,
+                       output_->IsUniform(image) ? UniformNote(image.front(), device_) : "");
+  }
+
+  const Options& options_;
+  const DeviceProfile& device_;
+  std::vector<std::uint8_t> codes_;
+  std::optional<ImageInput> input_;
+  std::optional<ImageOutput> output_;
+  std::optional<OperationRun> run_;
+};
 
 }  // namespace
 
 ExitStatus RunOperationCommand(const Options& options, const DeviceProfile& device) {
-  const std::vector<std::uint8_t> codes = Codes(options, device);
-  std::optional<ImageOutput> output;
-  if (options.command == Command::kRead) output.emplace(options, device);
-
-  OperationRun run(options, device);
-  std::size_t bytes = 0;
-  if (TakesImage(options.command)) bytes = LoadImage(options, device, run.session().image());
-
-  platform::CatchStopSignals();
-  Report report = run.Run(codes);
-  if (options.command == Command::kSignature && report.signature_ignored) {
-    report.status = ExitStatus::kDiffers;
-    report.message = device.name + ": another signature was read";
-  }
-  if (report.status == ExitStatus::kSuccess) {
-    if (output) bytes = output->Write(run.session().image());
-    report.message = SuccessMessage(options, device, bytes, output ? output->names() : "");
-  }
-  report.bytes = bytes;
-  PrintReport(options, report);
-  run.Keep();
-  return report.status;
+  return OperationCommand(options, device).Run();
 }
 
 }  // namespace fliglaf::cli

@@ -6,8 +6,8 @@
 
 namespace fliglaf::cli {
 
-/// Carries out an operation on a device and prints how it ended. Throws UsageError or ImageError
-/// before anything is done to the chip, and ImageError when what came of it cannot be written.
+/// Carries out an operation on a device and prints how it ended. Throws UsageError, ImageError or
+/// platform::Stopped before anything is done to the chip.
 ExitStatus RunOperationCommand(const Options& options, const DeviceProfile& device);
 
 }  // namespace fliglaf::cli

@@ -26,7 +26,9 @@ class Parser {
     app_.set_version_flag("--version", std::string("fliglaf ") + kVersion);
     app_.footer(
         "Exit status: 0 success; 1 the device differs, or the operation failed on it; 2 wrong use\n"
-        "or a bad file; 3 the programmer could not be used; 130 stopped.\n"
+        "or a bad file, nothing was done to the device; 3 the programmer could not be used; 4 "
+        "done\n"
+        "on the device, but a file or a report could not be written; 130 stopped.\n"
         "\"fliglaf COMMAND --help\" tells what a command takes.");
     AddDevices();
     AddProgram();
@@ -125,7 +127,10 @@ class Parser {
   /// An option, or an argument, that names a file. Words are in UTF-8.
   static CLI::Option* AddPath(CLI::App* sub, const char* name, std::filesystem::path& path,
                               const std::string& description) {
-    const auto take = [&path](const std::string& word) { path = Utf8Path(word); };
+    const auto take = [&path, name](const std::string& word) {
+      if (word.empty()) throw CLI::ValidationError(name, "the file name is empty");
+      path = Utf8Path(word);
+    };
     return sub->add_option_function<std::string>(name, take, description)->type_name("FILE");
   }
 
@@ -225,6 +230,8 @@ class Parser {
     sub->add_flag_callback(
         "--no-erase", [this] { options_.erase = false; },
         "Leave the erase and its blank check out");
+    sub->add_flag("--erase-all", options_.erase_all,
+                  "With --eeprom alone: let the main memory be cleared as well");
     AddMargin(sub);
   }
 
@@ -322,6 +329,22 @@ class Parser {
 };
 
 }  // namespace
+
+bool WritesDevice(const Options& options) {
+  switch (options.command) {
+    case Command::kProgram:
+    case Command::kErase:
+    case Command::kLock:
+    case Command::kChip:
+      return true;
+    case Command::kConfig:
+      return !options.assignments.empty();
+    case Command::kFuses:
+      return options.changes_fuses;
+    default:
+      return false;
+  }
+}
 
 std::optional<Options> ParseOptions(int argc, const char* const* argv) {
   return Parser().Parse(argc, argv);

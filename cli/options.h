@@ -43,7 +43,8 @@ struct Options {
   bool changes_fuses = false;            ///< "fuses set" instead of "fuses show"
   bool yes = false;                      ///< no question about what cannot be undone
   bool erase = true;
-  int margin = 0;  ///< verify at the supply plus and minus this many times 5 %
+  bool erase_all = false;  ///< memories that no file is named for may be cleared as well
+  int margin = 0;          ///< verify at the supply plus and minus this many times 5 %
 
   bool check_signature = true;
   MismatchAnswer on_mismatch = MismatchAnswer::kAsk;
@@ -64,6 +65,9 @@ struct Options {
   bool json = false;
   ProgressStyle progress = ProgressStyle::kAuto;
 };
+
+/// True for a command that changes the device.
+[[nodiscard]] bool WritesDevice(const Options& options);
 
 /// Reads the command line. Nothing when the user asked for help or the version, which has then been
 /// printed. Throws UsageError.

@@ -5,6 +5,8 @@
 
 #include <fmt/format.h>
 
+#include "cli/attempt.h"
+#include "cli/chip_file_option.h"
 #include "cli/programmer_watch.h"
 #include "cli/simulated_bench.h"
 #include "cli/workplace.h"
@@ -27,8 +29,7 @@ class PortableWorkplace : public Workplace {
   PortableWorkplace(const Options& options, const DeviceProfile& device, std::int16_t instance)
       : options_(options),
         bench_(device, instance,
-               {.chip_file = options.chip_file,
-                .faults = options.faults,
+               {.faults = options.faults,
                 .parallel = options.parallel,
                 .real_time = options.real_time,
                 .waveform_file = options.waveform_file}),
@@ -39,16 +40,18 @@ class PortableWorkplace : public Workplace {
       return on_box(style, title, prompt);
     };
     bench_.bench().programmer().on_turn = [this] { desktop_.DoEvents(); };
+    UseChipFile(bench_, options);
   }
 
   void Run(HostSession& session, Recorded recorded) override {
-    if (options_.record_file.empty() || recorded == Recorded::kNo) {
+    if (options_.record_file.empty() || is_recorded_) {
       Library library(watch_, desktop_);
       clsMPU object(library);
       session.Open(object);
       session.Run(object);
     } else {
       RunRecorded(session);
+      is_recorded_ = recorded == Recorded::kYes;
     }
   }
 
@@ -58,14 +61,20 @@ class PortableWorkplace : public Workplace {
     return watch_.supply_failed() ? StartUp::kNoSupply : StartUp::kDone;
   }
 
-  void Keep() override {
+  [[nodiscard]] std::vector<std::string> Keep() override {
     if (const auto conflicts = bench_.bench().chip().conflicts(); conflicts > 0) {
       std::cerr << fmt::format("the programmer drove a line against the chip {} times\n",
                                conflicts);
     }
-    bench_.KeepChip();
-    bench_.KeepWaveform();
-    if (options_.record_file.empty()) return;
+    std::vector<std::string> problems;
+    Attempt(problems, [this] { bench_.KeepChip(); });
+    Attempt(problems, [this] { bench_.KeepWaveform(); });
+    if (!record_.empty()) Attempt(problems, [this] { KeepRecord(); });
+    return problems;
+  }
+
+ private:
+  void KeepRecord() {
     if (!record_problem_.empty()) {
       throw ImageError(fmt::format("{}: the run cannot be recorded: {}",
                                    options_.record_file.string(), record_problem_));
@@ -74,8 +83,9 @@ class PortableWorkplace : public Workplace {
                    {reinterpret_cast<const std::uint8_t*>(record_.data()), record_.size()});
   }
 
- private:
   void RunRecorded(HostSession& session) {
+    record_.clear();
+    record_problem_.clear();
     record::Recorder recorder(watch_, desktop_, session.variables(), record_);
     Library library(recorder.programmer(), recorder.desktop());
     clsMPU object(library);
@@ -89,6 +99,7 @@ class PortableWorkplace : public Workplace {
   SimulatedBench bench_;
   ProgrammerWatch watch_;
   platform::PortableDesktop desktop_;
+  bool is_recorded_ = false;  ///< the request that the record is to hold
   std::string record_;
   std::string record_problem_;
 };

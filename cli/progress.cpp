@@ -69,7 +69,8 @@ class JsonLines : public Progress {
   void Update(std::string_view operation, int percent) override {
     if (!changes_.Differs(operation, percent)) return;
     const nlohmann::ordered_json line{{"operation", operation}, {"percent", percent}};
-    out_ << line.dump() << std::endl;
+    out_ << line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace)
+         << std::endl;
   }
 
  private:

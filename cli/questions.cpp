@@ -1,8 +1,8 @@
 #include "cli/questions.h"
 
-#include <cctype>
 #include <iostream>
 
+#include "cli/prompt.h"
 #include "platform/desktop.h"
 #include "platform/terminal.h"
 #include "shared/utf8.h"
@@ -16,15 +16,6 @@ namespace style = platform::box_style;
 /// How often a mismatch is tried again without anybody looking at the socket.
 constexpr int kUnattendedRetries = 3;
 
-/// The first letter of what the user types, in lower case; 'x' when there is nobody, or a stop is
-/// wanted.
-char AskLetter(const std::string& question) {
-  std::cerr << question << std::flush;
-  std::string line;
-  if (!std::getline(std::cin, line) || platform::StopRequested()) return 'x';
-  return line.empty() ? ' ' : static_cast<char>(std::tolower(static_cast<unsigned char>(line[0])));
-}
-
 }  // namespace
 
 int Questions::Answer(int box, std::u16string_view title, std::u16string_view prompt) {
@@ -32,9 +23,9 @@ int Questions::Answer(int box, std::u16string_view title, std::u16string_view pr
     case style::kWarningAbortRetryIgnore:
       return AnswerMismatch(ToUtf8(title), ToUtf8(prompt));
     case style::kQuestionOkCancel:
-      return AskToGoOn(ToUtf8(title), ToUtf8(prompt));
+      return AskToGoOn(ToUtf8(title) + ": " + ToUtf8(prompt));
     default:
-      std::cerr << ToUtf8(title) << ": " << ToUtf8(prompt) << "\n";
+      std::cerr << Printable(ToUtf8(title) + ": " + ToUtf8(prompt)) << "\n";
       return answer::kOk;
   }
 }
@@ -43,7 +34,9 @@ int Questions::AnswerMismatch(const std::string& title, const std::string& promp
   int chosen = answer::kAbort;
   switch (on_mismatch_) {
     case MismatchAnswer::kAsk:
-      chosen = AskMismatch(title, prompt);
+      // Once ignored, it stays ignored: a command may take more than one request.
+      chosen = ignored_ ? answer::kIgnore
+                        : AskMismatch(title + " " + prompt + "\n(A)bort, (R)etry or (I)gnore? ");
       break;
     case MismatchAnswer::kRetry:
       chosen = ++retries_ <= kUnattendedRetries ? answer::kRetry : answer::kAbort;
@@ -59,28 +52,22 @@ int Questions::AnswerMismatch(const std::string& title, const std::string& promp
   return chosen;
 }
 
-int Questions::AskMismatch(const std::string& title, const std::string& prompt) const {
+int Questions::AskMismatch(const std::string& question) {
   if (!terminal_) return answer::kAbort;
-  std::string question = title;
-  question.append(" ").append(prompt).append("\n(A)bort, (R)etry or (I)gnore? ");
   for (;;) {
-    switch (AskLetter(question)) {
-      case 'a':
-      case 'x':
-        return answer::kAbort;
-      case 'r':
-        return answer::kRetry;
-      case 'i':
-        return answer::kIgnore;
-      default:
-        break;
-    }
+    const auto typed = Ask(question);
+    stopped_ = platform::StopRequested();
+    if (!typed || typed == "a" || typed == "abort") return answer::kAbort;
+    if (typed == "r" || typed == "retry") return answer::kRetry;
+    if (typed == "i" || typed == "ignore") return answer::kIgnore;
   }
 }
 
-int Questions::AskToGoOn(const std::string& title, const std::string& prompt) const {
+int Questions::AskToGoOn(const std::string& question) {
   if (!terminal_) return answer::kCancel;
-  return AskLetter(title + ": " + prompt + " (y/N) ") == 'y' ? answer::kOk : answer::kCancel;
+  const bool go_on = AskYesNo(question);
+  stopped_ = platform::StopRequested();
+  return go_on ? answer::kOk : answer::kCancel;
 }
 
 }  // namespace fliglaf::cli

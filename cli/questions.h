@@ -19,18 +19,21 @@ class Questions {
   /// The signature that was read when it was not the expected one and the run was aborted; else
   /// empty.
   [[nodiscard]] const std::string& mismatch() const { return mismatch_; }
+  /// True when the user stopped the program at a question.
+  [[nodiscard]] bool stopped() const { return stopped_; }
   /// True when a wrong signature was ignored.
   [[nodiscard]] bool ignored() const { return ignored_; }
 
  private:
   int AnswerMismatch(const std::string& title, const std::string& prompt);
-  int AskMismatch(const std::string& title, const std::string& prompt) const;
-  int AskToGoOn(const std::string& title, const std::string& prompt) const;
+  int AskMismatch(const std::string& question);
+  int AskToGoOn(const std::string& question);
 
   MismatchAnswer on_mismatch_;
   bool terminal_;
   int retries_ = 0;
   bool ignored_ = false;
+  bool stopped_ = false;
   std::string mismatch_;
 };
 

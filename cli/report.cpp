@@ -2,35 +2,70 @@
 
 #include <iostream>
 
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
+
+#include "shared/utf8.h"
 
 namespace fliglaf::cli {
 namespace {
 
+/// How the program ends: what was done but could not be written is no success.
+ExitStatus StatusOf(const Report& report) {
+  const bool done = report.status == ExitStatus::kSuccess;
+  return done && !report.unwritten.empty() ? ExitStatus::kUnwritten : report.status;
+}
+
 void PrintJson(const Options& options, const Report& report) {
+  std::string message = report.message;
+  for (const std::string& problem : report.unwritten) {
+    message += (message.empty() ? "" : "; ") + problem;
+  }
   nlohmann::ordered_json object{{"command", options.command_name},
                                 {"device", options.device},
-                                {"status", static_cast<int>(report.status)},
-                                {"message", report.message},
+                                {"status", static_cast<int>(StatusOf(report))},
+                                {"message", message},
                                 {"result", report.result},
                                 {"seconds", nullptr},
                                 {"bytes", report.bytes},
                                 {"differences", report.differences},
                                 {"log", report.log}};
   if (report.seconds) object["seconds"] = *report.seconds;
-  std::cout << object.dump(2) << "\n";
+  std::cout << Dump(object) << "\n";
+}
+
+void PrintText(const Report& report) {
+  std::cout << Printable(report.log) << std::flush;
+  if (report.status == ExitStatus::kSuccess) {
+    std::cout << Printable(report.message) << "\n";
+  } else {
+    PrintProblem(report.message);
+  }
+  PrintUnwritten(report);
 }
 
 }  // namespace
 
-void PrintReport(const Options& options, const Report& report) {
-  if (options.json) return PrintJson(options, report);
-  std::cout << report.log << std::flush;
-  if (report.status == ExitStatus::kSuccess) {
-    std::cout << report.message << "\n";
+std::string Dump(const nlohmann::ordered_json& object) {
+  return object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
+ExitStatus PrintReport(const Options& options, const Report& report) {
+  if (options.json) {
+    PrintJson(options, report);
   } else {
-    std::cerr << "fliglaf: " << report.message << "\n";
+    PrintText(report);
   }
+  return StatusOf(report);
+}
+
+ExitStatus PrintUnwritten(const Report& report) {
+  for (const std::string& problem : report.unwritten) PrintProblem(problem);
+  return StatusOf(report);
+}
+
+void PrintProblem(std::string_view problem) {
+  std::cerr << Printable(fmt::format("fliglaf: {}\n", problem));
 }
 
 }  // namespace fliglaf::cli

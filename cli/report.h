@@ -3,6 +3,10 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
+
+#include <nlohmann/json_fwd.hpp>
 
 #include "cli/exit_status.h"
 #include "cli/options.h"
@@ -24,9 +28,21 @@ struct Report {
   int differences = 0;
   /// The device has another signature than expected, and the user went on all the same.
   bool signature_ignored = false;
+  /// Files that could not be written after the run: "FILE: reason".
+  std::vector<std::string> unwritten;
 };
 
-/// Prints it: the log as the library wrote it and the sentence, or one JSON object.
-void PrintReport(const Options& options, const Report& report);
+/// Prints it: the log as the library wrote it and the sentence, or one JSON object. Returns how the
+/// program ends: a success of which a file could not be written is kUnwritten.
+ExitStatus PrintReport(const Options& options, const Report& report);
+
+/// The end of a command that has printed its result itself: what could not be written.
+ExitStatus PrintUnwritten(const Report& report);
+
+/// JSON as it is printed; what is not UTF-8 in it is replaced.
+[[nodiscard]] std::string Dump(const nlohmann::ordered_json& object);
+
+/// Prints one line about the program's own affairs on standard error, fit for a terminal.
+void PrintProblem(std::string_view problem);
 
 }  // namespace fliglaf::cli

@@ -1,5 +1,7 @@
 #include "cli/simulated_bench.h"
 
+#include <system_error>
+
 #include "cli/fault_option.h"
 #include "cli/usage_error.h"
 #include "devices/memory_layout.h"
@@ -38,11 +40,15 @@ simulator::ChipDescription Describe(const DeviceProfile& device) {
           .config_words = ConfigWords(device)};
 }
 
+std::span<const std::uint8_t> Bytes(const std::string& text) {
+  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
 }  // namespace
 
 SimulatedBench::SimulatedBench(const DeviceProfile& device, std::int16_t instance,
                                const Settings& settings)
-    : device_(device.name), chip_file_(settings.chip_file) {
+    : device_(device.name) {
   if (!simulator::Bench::Supports(device.family)) {
     throw UsageError(device.name + ": there is no simulated chip of family " +
                      std::to_string(device.family) + " yet");
@@ -56,7 +62,6 @@ SimulatedBench::SimulatedBench(const DeviceProfile& device, std::int16_t instanc
     failing_ = std::make_unique<simulator::FailingCall>(
         bench_->programmer(), faults.failing_call->operation, faults.failing_call->nth);
   }
-  if (!chip_file_.empty()) LoadChip();
   if (!settings.waveform_file.empty()) {
     waveform_ = std::make_unique<WaveformFile>(settings.waveform_file, device_, *bench_);
   }
@@ -66,23 +71,33 @@ Programmer& SimulatedBench::programmer() {
   return failing_ != nullptr ? *failing_ : bench_->programmer();
 }
 
-void SimulatedBench::LoadChip() {
-  CheckWritable(chip_file_);
-  if (!std::filesystem::exists(chip_file_)) return;
-  const auto bytes = ReadFileWhole(chip_file_);
+/// Made before it is locked: two runs that make it at the same time would otherwise both believe
+/// that it is theirs.
+bool SimulatedBench::CreateChipFile(const std::filesystem::path& file) const {
+  if (std::filesystem::exists(file)) return false;
+  return CreateFileWhole(file, Bytes(simulator::SaveChip(bench_->chip(), device_)));
+}
+
+void SimulatedBench::UseChipFile(const std::filesystem::path& file) {
+  CheckWritable(file);
   try {
+    lock_.emplace(file);
+    const auto bytes = ReadFileWhole(file);
     simulator::LoadChip(bench_->chip(), device_,
-                        {reinterpret_cast<const char*>(bytes.data()), bytes.size()},
-                        chip_file_.string());
+                        {reinterpret_cast<const char*>(bytes.data()), bytes.size()}, file.string());
+  } catch (const platform::FileInUse& error) {
+    throw UsageError(error.what());
+  } catch (const std::system_error& error) {
+    throw UsageError(file.string() + ": cannot be opened: " + error.code().message());
   } catch (const simulator::ChipFileError& error) {
     throw UsageError(error.what());
   }
+  chip_file_ = file;
 }
 
 void SimulatedBench::KeepChip() {
   if (chip_file_.empty()) return;
-  const std::string text = simulator::SaveChip(bench_->chip(), device_);
-  WriteFileWhole(chip_file_, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+  WriteFileWhole(chip_file_, Bytes(simulator::SaveChip(bench_->chip(), device_)), &*lock_);
 }
 
 void SimulatedBench::KeepWaveform() {

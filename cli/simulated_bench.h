@@ -2,11 +2,13 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 
 #include "cli/waveform_file.h"
 #include "devices/device_profile.h"
+#include "platform/file_lock.h"
 #include "simulator/bench.h"
 #include "usb/programmer.h"
 
@@ -17,20 +19,25 @@ namespace fliglaf::cli {
 class SimulatedBench {
  public:
   struct Settings {
-    std::filesystem::path chip_file;  ///< empty: the chip is new and forgotten afterwards
     std::span<const std::string> faults;
     bool parallel = false;  ///< a programmer on the parallel port
     bool real_time = false;
     std::filesystem::path waveform_file = {};  ///< empty: none
   };
 
-  /// Throws UsageError for a device without a simulated chip, a fault that there is none of, and a
-  /// chip file that is damaged or holds another device; ImageError for a file that cannot be
-  /// written later.
+  /// Throws UsageError for a device without a simulated chip and an unknown fault; ImageError for a
+  /// waveform that cannot be written.
   SimulatedBench(const DeviceProfile& device, std::int16_t instance, const Settings& settings);
 
   [[nodiscard]] Programmer& programmer();
   [[nodiscard]] simulator::Bench& bench() { return *bench_; }
+
+  /// Takes the chip's contents from a file, in which KeepChip stores them; no other process can use
+  /// it while this lives. Without a file the chip is new. Throws UsageError for one that is
+  /// damaged, in use or holds another device, ImageError for one that could not be written later.
+  void UseChipFile(const std::filesystem::path& file);
+  /// Makes a file for a new chip, if there is none. True when there was none.
+  [[nodiscard]] bool CreateChipFile(const std::filesystem::path& file) const;
 
   /// Writes the chip's contents to its file, if there is one. Throws ImageError when that fails.
   void KeepChip();
@@ -38,11 +45,10 @@ class SimulatedBench {
   void KeepWaveform();
 
  private:
-  void LoadChip();
-
   std::string device_;
   std::filesystem::path chip_file_;
   std::unique_ptr<simulator::Bench> bench_;
+  std::optional<platform::FileLock> lock_;  ///< on the chip file
   std::unique_ptr<Programmer> failing_;  ///< around the bench's programmer, where a call is to fail
   std::unique_ptr<WaveformFile> waveform_;
 };

@@ -3,7 +3,9 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "cli/host_session.h"
 #include "cli/options.h"
@@ -14,8 +16,9 @@ namespace fliglaf::cli {
 /// How the programmer's start ended, as far as this side of the library can tell.
 enum class StartUp { kDone, kNotFound, kWrongAdapter, kNoSupply, kNotTold };
 
-/// Whether a request goes into the record that the options may ask for: one request of a call does.
-enum class Recorded { kYes, kNo };
+/// Which request of a call the record holds that the options may ask for: the one with kYes, or
+/// else the last that ran.
+enum class Recorded { kYes, kIfNoOther };
 
 /// Where requests are carried out: the library, with the programmer and the chip that it works on.
 class Workplace {
@@ -35,10 +38,9 @@ class Workplace {
   virtual void Run(HostSession& session, Recorded recorded) = 0;
   [[nodiscard]] virtual StartUp start_up() const = 0;
 
-  /// Writes what the run leaves behind, whatever became of it: the chip's contents, the
-  /// waveform and the record.
-  /// Throws ImageError.
-  virtual void Keep() = 0;
+  /// Writes what the runs leave behind, however they ended: the chip's contents, the waveform and
+  /// the record. Returns what could not be written, as "FILE: reason".
+  [[nodiscard]] virtual std::vector<std::string> Keep() = 0;
 };
 
 /// The workplace that the options describe, for the blocks of `instance`. Throws UsageError or

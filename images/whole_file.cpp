@@ -159,6 +159,8 @@ bool CreateFileWhole(const fs::path& path, std::span<const std::uint8_t> bytes) 
   });
 }
 
+fs::path EndOfLinks(const fs::path& path) { return Resolve(path).file; }
+
 void CheckWritable(const fs::path& path) {
   if (const Destination to = Resolve(path); !to.is_stream) (void)Open(path, to);
 }

@@ -66,6 +66,10 @@ void WriteFileWhole(const std::filesystem::path& path, std::span<const std::uint
 [[nodiscard]] bool CreateFileWhole(const std::filesystem::path& path,
                                    std::span<const std::uint8_t> bytes);
 
+/// Where a write to `path` goes: the end of its symbolic links, which need not exist. Throws
+/// ImageError for what cannot be written.
+[[nodiscard]] std::filesystem::path EndOfLinks(const std::filesystem::path& path);
+
 /// Throws ImageError when WriteFileWhole would fail for what can be known before: a missing folder
 /// or one that does not let this user replace the file, a folder or a block device in the place of
 /// the file, a write-protected file. Changes no file and leaves none behind.

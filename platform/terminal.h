@@ -43,6 +43,10 @@ enum class Stream { kInput, kOutput, kError };
 /// True when a person sits at the other end of the stream.
 [[nodiscard]] bool IsTerminal(Stream stream);
 
+/// Reads a line of standard input, without its end. False at the end of the input and when
+/// StopRequested() while it waits; CatchStopSignals has been called before.
+[[nodiscard]] bool ReadLine(std::string& line);
+
 /// Opens those of the streams 0, 1 and 2 that the caller of the program left closed on the null
 /// device. Otherwise the next file of ours would get the number, and what is printed would go into
 /// it. Call it before any file is opened.

@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -41,6 +42,20 @@ bool IsTerminal(Stream stream) {
     default:
       return isatty(STDERR_FILENO) != 0;
   }
+}
+
+bool ReadLine(std::string& line) {
+  constexpr int kStopCheckMs = 50;  // a signal that comes just ahead of poll() does not end it
+  line.clear();
+  pollfd input{STDIN_FILENO, POLLIN, 0};
+  while (!StopRequested()) {
+    if (poll(&input, 1, kStopCheckMs) <= 0) continue;
+    char character = 0;
+    if (read(STDIN_FILENO, &character, 1) <= 0) return !line.empty() && !StopRequested();
+    if (character == '\n') return true;
+    line += character;
+  }
+  return false;
 }
 
 void OpenStandardStreams() {

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <filesystem>
+#include <iostream>
 #include <memory>
 #include <shellapi.h>
 
@@ -61,6 +62,10 @@ bool IsTerminal(Stream stream) {
 }
 
 void OpenStandardStreams() {}  // handles have no fixed numbers here
+
+bool ReadLine(std::string& line) {
+  return static_cast<bool>(std::getline(std::cin, line)) && !StopRequested();
+}
 
 void CatchStopSignals() { SetConsoleCtrlHandler(OnConsoleEvent, TRUE); }
 

@@ -75,11 +75,14 @@ SimulatedComponents::SimulatedComponents() {
   bench_ = std::make_unique<cli::SimulatedBench>(
       Device(devices_), InstanceNumber(),
       cli::SimulatedBench::Settings{
-          .chip_file = platform::EnvironmentText(L"FLIGLAF_SIM_CHIP"),
           .faults = faults,
           .parallel = !platform::EnvironmentText(L"FLIGLAF_SIM_PARALLEL").empty(),
           .real_time = !platform::EnvironmentText(L"FLIGLAF_SIM_REALTIME").empty(),
           .waveform_file = platform::EnvironmentText(L"FLIGLAF_SIM_VCD")});
+  if (const std::wstring chip = platform::EnvironmentText(L"FLIGLAF_SIM_CHIP"); !chip.empty()) {
+    (void)bench_->CreateChipFile(chip);
+    bench_->UseChipFile(chip);
+  }
   bench_->bench().programmer().on_turn = [this] { desktop_.DoEvents(); };
 }
 

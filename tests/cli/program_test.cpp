@@ -101,13 +101,6 @@ TEST_F(Program, RefusesBadInputBeforeAnythingIsDone) {
   EXPECT_THAT(ReadText(folder_ / "other.chip"), EndsWith("device isp51-8k\n"));
 }
 
-TEST_F(Program, KeepsTheChipWhenTheWaveformCannotBeWritten) {
-  EXPECT_EQ(Run("program isp51-8k random.bin --vcd /dev/full --chip c"), 2);
-  EXPECT_THAT(err_,
-              EndsWith("fliglaf: /dev/full: cannot be written whole: No space left on device\n"));
-  EXPECT_EQ(Run("verify isp51-8k random.bin --chip c"), 0);
-}
-
 TEST_F(Program, StopsAtASignalWithTheSocketOff) {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     fs::remove(folder_ / "err");
@@ -135,9 +128,18 @@ TEST_F(Program, CarriesTheDataMemoryInAFileOfItsOwn) {
   EXPECT_EQ(ReadText(folder_ / "main.bin").substr(0, 8192), ReadText(folder_ / "random.bin"));
   EXPECT_EQ(ReadText(folder_ / "ee.bin"), std::string(64, '\x5A') + std::string(448, '\xFF'));
   EXPECT_EQ(Run("verify isp-page-16k --chip c --image all.bin"), 0) << err_;
-  EXPECT_EQ(Run("verify isp-page-16k random.bin --chip c"), 1) << "the data memory is not erased";
-  EXPECT_EQ(Run("program isp-page-16k --eeprom random.bin"), 2);
+  EXPECT_THAT(out_, HasSubstr("16896 bytes verified; 0x4200 to 0x441F of the image"));
+  EXPECT_EQ(Run("verify isp-page-16k random.bin --chip c --record r"), 0) << "only what it gives";
+  EXPECT_EQ(Run("replay r"), 0) << out_;
+  EXPECT_EQ(Run("compare isp-page-16k --eeprom data.bin --chip c"), 0) << err_;
+  EXPECT_THAT(out_, EndsWith("isp-page-16k: no difference in 64 bytes.\n"));
+  EXPECT_EQ(Run("verify isp-page-16k --eeprom random.bin"), 2);
   EXPECT_THAT(err_, HasSubstr("address 0x0200 lies outside isp-page-16k, whose data memory"));
+  EXPECT_EQ(Run("program isp-page-16k --eeprom data.bin --chip c"), 2);
+  EXPECT_THAT(err_, HasSubstr("name its FILE as well, or add --erase-all"));
+  EXPECT_EQ(Run("verify isp-page-16k random.bin --chip c"), 0) << "nothing was cleared";
+  EXPECT_EQ(Run("program isp-page-16k --eeprom data.bin --chip c --erase-all"), 0) << err_;
+  EXPECT_THAT(out_, EndsWith("programmed with 64 bytes and verified.\n"));
 }
 
 TEST_F(Program, WritesTheConfigurationAndReadsItBack) {

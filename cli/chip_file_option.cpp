@@ -1,0 +1,26 @@
+#include "cli/chip_file_option.h"
+
+#include <fmt/format.h>
+
+#include "cli/report.h"
+#include "cli/usage_error.h"
+
+namespace fliglaf::cli {
+
+void UseChipFile(SimulatedBench& bench, const Options& options) {
+  const std::filesystem::path& file = options.chip_file;
+  if (file.empty()) return;
+  if (WritesDevice(options)) {
+    if (bench.CreateChipFile(file)) {
+      PrintProblem(fmt::format("{}: created, with a new {}", file.string(), options.device));
+    }
+  } else if (!std::filesystem::exists(file)) {
+    throw UsageError(
+        fmt::format("{}: no such chip file; commands that change the device make one, "
+                    "such as \"fliglaf program\"",
+                    file.string()));
+  }
+  bench.UseChipFile(file);
+}
+
+}  // namespace fliglaf::cli
