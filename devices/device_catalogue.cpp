@@ -1,8 +1,10 @@
 #include "devices/device_catalogue.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <system_error>
 
 #include <fmt/format.h>
@@ -10,11 +12,15 @@
 #include "devices/built_in_profiles.h"
 #include "devices/nearest_names.h"
 #include "devices/profile_file.h"
+#include "shared/utf8.h"
 
 namespace fliglaf {
 namespace {
 
 namespace fs = std::filesystem;
+
+/// The largest profile file, 1 MiB; the built-in ones have a few KiB.
+constexpr std::size_t kLargestProfile = std::size_t{1} << 20;
 
 std::vector<fs::path> ProfileFiles(const fs::path& folder) {
   std::error_code error;
@@ -26,30 +32,35 @@ std::vector<fs::path> ProfileFiles(const fs::path& folder) {
   }
   if (error) {
     throw ProfileError(
-        fmt::format("{}: cannot be read ({}); a folder with device profiles is wanted",
+        fmt::format("{}: cannot be read: {}; it must be a folder with device profiles",
                     folder.string(), error.message()));
   }
   if (files.empty()) {
     throw ProfileError(
-        fmt::format("{}: holds no device profile; files named *.toml are wanted", folder.string()));
+        fmt::format("{}: holds no device profile, a file named *.toml", folder.string()));
   }
   std::ranges::sort(files);
   return files;
 }
 
-std::string FileText(const fs::path& file) {
+/// `name` is the file in messages. A pipe or a device is not opened, as it may never end.
+std::string FileText(const fs::path& file, const std::string& name) {
+  std::error_code error;
+  if (fs::exists(file, error) && !fs::is_regular_file(file, error)) {
+    throw ProfileError(name + ": not a regular file, which a device profile must be");
+  }
   std::ifstream in(file, std::ios::binary);
-  std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+  std::string text(kLargestProfile + 1, '\0');
+  in.read(text.data(), std::ssize(text));
+  text.resize(static_cast<std::size_t>(in.gcount()));
   if (!in.is_open() || in.bad()) {
-    throw ProfileError(fmt::format("{}: the device profile cannot be read", file.string()));
+    throw ProfileError(name + ": the device profile cannot be read");
+  }
+  if (text.size() > kLargestProfile) {
+    throw ProfileError(
+        fmt::format("{}: larger than {} MiB, the most that is read", name, kLargestProfile >> 20));
   }
   return text;
-}
-
-const DeviceProfile* FindIn(std::span<const DeviceProfile> devices, std::string_view name) {
-  const auto found = std::ranges::find_if(
-      devices, [name](const DeviceProfile& device) { return SameIgnoringCase(device.name, name); });
-  return found == devices.end() ? nullptr : &*found;
 }
 
 }  // namespace
@@ -64,27 +75,35 @@ DeviceCatalogue DeviceCatalogue::BuiltIn() {
 
 void DeviceCatalogue::Add(std::string_view text, std::string_view file) {
   std::vector<DeviceProfile> added = ParseProfiles(text, file);
+  std::map<std::string, std::size_t> places;  // of these devices alone
   for (auto device = added.begin(); device != added.end(); ++device) {
-    const DeviceProfile* known = FindIn(devices_, device->name);
-    if (known == nullptr) known = FindIn({added.begin(), device}, device->name);
+    const auto place = devices_.size() + static_cast<std::size_t>(device - added.begin());
+    const auto [other, is_new] = places.emplace(LowerCase(device->name), place);
+    const DeviceProfile* known =
+        is_new ? Find(device->name) : &added[other->second - devices_.size()];
     if (known == nullptr) continue;
     throw ProfileError(fmt::format(
-        "{}: field 'name' is '{}', which is used already at {}; each device needs a name of its "
-        "own, upper and lower case being the same",
+        "{}: the name '{}' is already used at {}; each device needs a name of its own, and upper "
+        "and lower case count as the same",
         device->source, device->name, known->source));
   }
   devices_.insert(devices_.end(), std::move_iterator(added.begin()),
                   std::move_iterator(added.end()));
+  places_.merge(places);
 }
 
 void DeviceCatalogue::AddFolder(const fs::path& folder) {
   DeviceCatalogue extended = *this;
-  for (const fs::path& file : ProfileFiles(folder)) extended.Add(FileText(file), file.string());
+  for (const fs::path& file : ProfileFiles(folder)) {
+    const std::string name = Printable(file.string());
+    extended.Add(FileText(file, name), name);
+  }
   *this = std::move(extended);
 }
 
 const DeviceProfile* DeviceCatalogue::Find(std::string_view name) const {
-  return FindIn(devices_, name);
+  const auto found = places_.find(LowerCase(name));
+  return found == places_.end() ? nullptr : &devices_[found->second];
 }
 
 std::vector<std::string> DeviceCatalogue::NearestNames(std::string_view name) const {

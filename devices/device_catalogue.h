@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
+#include <map>
 #include <span>
 #include <string>
 #include <string_view>
@@ -21,8 +23,9 @@ class DeviceCatalogue {
   /// that is used already.
   void Add(std::string_view text, std::string_view file);
 
-  /// Adds every *.toml of a folder, by file name, all or none. Throws ProfileError as Add does, and
-  /// for a folder that cannot be read or holds no such file.
+  /// Adds every *.toml of a folder, by file name, all or none; folders in it are skipped. Throws
+  /// ProfileError as Add does, for a folder that cannot be read or holds no such file, and for one
+  /// that is not a regular file of at most 1 MiB.
   void AddFolder(const std::filesystem::path& folder);
 
   /// Null for a name that is not known; upper and lower case are the same. Valid until a device is
@@ -36,6 +39,7 @@ class DeviceCatalogue {
 
  private:
   std::vector<DeviceProfile> devices_;
+  std::map<std::string, std::size_t> places_;  ///< in devices_, by the name in lower case
 };
 
 }  // namespace fliglaf

@@ -44,9 +44,9 @@ struct ChipTimes {
 
 /// What the host has to know about a device, in the units of the shared variables.
 struct DeviceProfile {
-  std::string name;  ///< letters, digits, '-', '.', '_'
-  std::string description;
-  std::string source;  ///< where it is written, FILE:LINE
+  std::string name;         ///< up to 64 letters, digits, '-', '.', '_'
+  std::string description;  ///< a line of up to 200 characters
+  std::string source;       ///< where it is written, FILE:LINE
 
   std::uint8_t family = 0;         ///< 1 to 16
   std::uint8_t option = 0;         ///< variant within the family
@@ -57,7 +57,7 @@ struct DeviceProfile {
   std::int16_t data_size = 0;    ///< family's parameter: mostly the data memory's size
   AddressRange range;            ///< what an operation covers; unless given, every address
   std::uint8_t config_words = 0;  ///< written over the parallel port; then nothing else is
-  std::uint8_t erased = 0xFF;    ///< value of an erased cell: 0xFF or 0x00
+  std::uint8_t erased = 0xFF;     ///< value of an erased cell: 0xFF or 0x00
   std::optional<Signature> signature;
 
   std::int16_t supply = 0;               ///< VCC, 10 mV

@@ -26,13 +26,13 @@ std::size_t EditDistance(std::string_view from, std::string_view to) {
 
 char LowerLetter(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
+}  // namespace
+
 std::string LowerCase(std::string_view text) {
   std::string lower(text);
   std::ranges::transform(lower, lower.begin(), LowerLetter);
   return lower;
 }
-
-}  // namespace
 
 bool SameIgnoringCase(std::string_view one, std::string_view other) {
   return std::ranges::equal(one, other, {}, LowerLetter, LowerLetter);
@@ -46,6 +46,7 @@ std::vector<std::string> NearestNames(std::string_view word,
   std::vector<std::pair<std::size_t, std::string_view>> near;
   for (const std::string_view name : names) {
     const std::string candidate = LowerCase(name);
+    if (wanted.size() > 2 * candidate.size()) continue;  // too far, and costly to measure
     const std::size_t distance = EditDistance(wanted, candidate);
     if (candidate.find(wanted) != std::string::npos || distance * 3 <= candidate.size()) {
       near.emplace_back(distance, name);

@@ -7,6 +7,9 @@
 
 namespace fliglaf {
 
+/// `text` with A to Z, and no other letter, in lower case.
+[[nodiscard]] std::string LowerCase(std::string_view text);
+
 /// Whether two names are the same but for the case of A to Z, whatever the locale.
 [[nodiscard]] bool SameIgnoringCase(std::string_view one, std::string_view other);
 

@@ -24,7 +24,7 @@ struct FieldValue {
   std::vector<std::int64_t> numbers;
 };
 
-/// What a profile file may say of a device, and where it goes.
+/// A field of a profile file, and where its value goes.
 struct ProfileField {
   enum class Presence { kOptional, kRequired };
   enum class Shape { kText, kNumber, kList };
@@ -41,7 +41,7 @@ struct ProfileField {
 /// Every field there is; "name" is the first.
 [[nodiscard]] std::span<const ProfileField> ProfileFields();
 
-/// What would be right in a field, for messages: "a whole number from 1 to 16 (the device family)".
+/// What a field must be, for messages: "a whole number from 1 to 16 (the device family)".
 [[nodiscard]] std::string Wanted(const ProfileField& field);
 
 }  // namespace fliglaf

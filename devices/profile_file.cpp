@@ -27,11 +27,15 @@
 #include "devices/profile_error.h"
 #include "devices/profile_fields.h"
 #include "devices/profile_rules.h"
+#include "shared/utf8.h"
 
 namespace fliglaf {
 namespace {
 
 using Lines = std::vector<toml::source_index>;
+
+/// Of what the TOML parser says is wrong, in which it quotes the file; in characters.
+constexpr std::size_t kLongestReason = 160;
 
 /// Tables are nested as deep as a name has dots, and each takes a piece of the stack.
 constexpr std::ptrdiff_t kMostDots = 64;
@@ -60,26 +64,24 @@ class Reader {
         defaults = Defaults(*node.as_table());
       } else if (key != "device" || !node.is_array_of_tables()) {
         Fail(Line(key),
-             "'{}' is not known here; a file has a table [defaults] and tables [[device]]",
-             key.str());
+             "unknown table or field '{}'; a file has a table [defaults] and tables [[device]]",
+             Excerpt(key.str()));
       }
     }
     const toml::array* tables = root["device"].as_array();
-    if (tables == nullptr) Fail(1, "the file has no device; each is a table [[device]]");
+    if (tables == nullptr) Fail(1, "the file has no device; add a table [[device]]");
     std::vector<DeviceProfile> devices;
     for (const toml::node& table : *tables) devices.push_back(Device(defaults, *table.as_table()));
     return devices;
   }
 
  private:
+  /// Every piece of the file among the arguments is an Excerpt.
   template <typename... Args>
   [[noreturn]] void Fail(toml::source_index line, fmt::format_string<Args...> message,
                          Args&&... args) const {
-    std::string what = fmt::format(message, std::forward<Args>(args)...);
-    // Names come from the file as they are; a message is one line, and no terminal obeys it.
-    std::ranges::replace_if(
-        what, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; }, '?');
-    throw ProfileError(fmt::format("{}:{}: ", file_, line) + what);
+    throw ProfileError(fmt::format("{}:{}: ", file_, line) +
+                       fmt::format(message, std::forward<Args>(args)...));
   }
 
   template <typename Item>
@@ -93,7 +95,8 @@ class Reader {
       const std::size_t end = std::min(rest.find('\n'), rest.size() - 1) + 1;
       ++line;
       if (const auto dots = std::ranges::count(rest.substr(0, end), '.'); dots > kMostDots) {
-        Fail(line, "the line has {} dots; {} are the most, and a name needs one", dots, kMostDots);
+        Fail(line, "the line has {} dots; at most {} are allowed, and a name needs only one", dots,
+             kMostDots);
       }
       rest.remove_prefix(end);
     }
@@ -105,7 +108,7 @@ class Reader {
       return toml::parse(text_);
     } catch (const toml::parse_error& error) {
       Fail(Line(error), "not valid TOML at column {}: {}", error.source().begin.column,
-           error.description());
+           Excerpt(error.description(), kLongestReason));
     }
   }
 
@@ -113,7 +116,7 @@ class Reader {
     Draft draft;
     Apply(draft, table, "");
     if (const auto line = draft.lines[FieldIndex("name")]; line != 0) {
-      Fail(line, "field 'name' stands in [defaults]; it belongs to a [[device]]");
+      Fail(line, "field 'name' must be in a [[device]], not in [defaults]");
     }
     return draft;
   }
@@ -152,12 +155,12 @@ class Reader {
   }
 
   [[noreturn]] void FailUnknown(const std::string& name, toml::source_index line) const {
-    if (IsGroup(name)) Fail(line, "field '{0}' is not a table; right is a table [{0}]", name);
+    if (IsGroup(name)) Fail(line, "field '{0}' must be a table [{0}]", name);
     std::vector<std::string_view> names;
     for (const ProfileField& field : ProfileFields()) names.push_back(field.name);
     const std::vector<std::string> nearest = NearestNames(name, names);
-    if (nearest.empty()) Fail(line, "field '{}' is not known; leave it out", name);
-    Fail(line, "field '{}' is not known; '{}' may be meant", name, nearest[0]);
+    if (nearest.empty()) Fail(line, "unknown field '{}'; remove it", Excerpt(name));
+    Fail(line, "unknown field '{}'; did you mean '{}'?", Excerpt(name), nearest[0]);
   }
 
   FieldValue Checked(const ProfileField& field, const toml::node& node) const {
@@ -172,7 +175,7 @@ class Reader {
       const toml::array& items = *node.as_array();
       for (const toml::node& item : items) value.numbers.push_back(CheckedNumber(field, item));
       if (!field.items.Hold(std::ssize(items))) {
-        Fail(Line(node), "field '{}' has {} entries; right is {}", field.name, items.size(),
+        Fail(Line(node), "field '{}' has {} entries; must be {}", field.name, items.size(),
              Wanted(field));
       }
     }
@@ -183,13 +186,13 @@ class Reader {
     if (!node.is_integer()) FailType(field, node);
     const std::int64_t number = node.as_integer()->get();
     if (!field.number.Hold(number)) {
-      Fail(Line(node), "field '{}' is {}; right is {}", field.name, number, Wanted(field));
+      Fail(Line(node), "field '{}' is {}; must be {}", field.name, number, Wanted(field));
     }
     return number;
   }
 
   [[noreturn]] void FailType(const ProfileField& field, const toml::node& node) const {
-    Fail(Line(node), "field '{}' has a value of another kind; right is {}", field.name,
+    Fail(Line(node), "field '{}' has a value of another kind; must be {}", field.name,
          Wanted(field));
   }
 
@@ -197,7 +200,7 @@ class Reader {
     for (std::size_t i = 0; i < draft.lines.size(); ++i) {
       const ProfileField& field = ProfileFields()[i];
       if (field.presence == ProfileField::Presence::kOptional || draft.lines[i] != 0) continue;
-      Fail(device_line, "field '{}' is missing from this device and from [defaults]; right is {}",
+      Fail(device_line, "field '{}' is missing from this device and from [defaults]; must be {}",
            field.name, Wanted(field));
     }
   }
@@ -207,7 +210,7 @@ class Reader {
     if (rule == nullptr) return;
     const auto line = draft.lines[FieldIndex(rule->field)];
     Fail(line != 0 ? line : device_line, "field '{}' of device '{}': {}", rule->field,
-         draft.device.name, rule->text);
+         Excerpt(draft.device.name), rule->text);
   }
 
   std::string_view text_;

@@ -3,13 +3,18 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cstddef>
 #include <string>
 #include <vector>
 
 #include "devices/memory_layout.h"
+#include "shared/utf8.h"
 
 namespace fliglaf {
 namespace {
+
+constexpr std::size_t kLongestName = 64;
+constexpr std::size_t kLongestDescription = 200;
 
 constexpr std::int32_t kSerialPage = 256;
 constexpr std::int32_t kSerialLargest = 8192;  // an instruction has address bits 0 to 12
@@ -23,16 +28,17 @@ bool Distinct(std::vector<std::uint8_t> values) {
 }
 
 bool NameIsTypeable(const DeviceProfile& device) {
-  return !device.name.empty() && std::ranges::all_of(device.name, [](char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
-           c == '.' || c == '_';
-  });
+  return !device.name.empty() && device.name.size() <= kLongestName &&
+         std::ranges::all_of(device.name, [](char c) {
+           return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+                  c == '-' || c == '.' || c == '_';
+         });
 }
 
+/// Nothing that a terminal obeys. Short, as each device has a copy of the one in [defaults].
 bool DescriptionIsOneLine(const DeviceProfile& device) {
-  return !device.description.empty() && std::ranges::all_of(device.description, [](char c) {
-    return static_cast<unsigned char>(c) >= 0x20 && c != 0x7F;
-  });
+  const std::string& text = device.description;
+  return !text.empty() && Excerpt(text, kLongestDescription) == text;
 }
 
 bool PinsHaveOneRole(const DeviceProfile& device) {
@@ -123,65 +129,65 @@ using D = const DeviceProfile&;
 
 // clang-format off
 constexpr std::array kRules{
-    ProfileRule{0, "name", NameIsTypeable, "a name is made of letters, digits and - . _"},
-    ProfileRule{0, "description", DescriptionIsOneLine, "a description is one line of text"},
+    ProfileRule{0, "name", NameIsTypeable, "must be 1 to 64 letters, digits and - . _"},
+    ProfileRule{0, "description", DescriptionIsOneLine, "must be one line of 1 to 200 characters, without control characters and marks of writing direction"},
     ProfileRule{0, "image_bytes", [](D d) { return d.image_bytes >= d.size; }, "cannot be less than 'size', as every address has a byte or more in the image"},
     ProfileRule{0, "page", [](D d) { return d.page <= d.size; }, "cannot be more than 'size'"},
-    ProfileRule{0, "data_size", [](D d) { return d.data_size < d.size; }, "has to be less than 'size', as the data memory is a part of the device"},
-    ProfileRule{0, "range", [](D d) { return d.range.first <= d.range.last && d.range.last < d.size; }, "right is the first and the last address, in this order and below 'size'"},
-    ProfileRule{0, "erased", [](D d) { return d.erased == 0x00 || d.erased == 0xFF; }, "right is 0xFF or 0x00"},
-    ProfileRule{0, "vcc_pins", PinsHaveOneRole, "a socket pin stands twice in 'vcc_pins', 'gnd_pins' and 'vpp_pins'; it has one role only"},
+    ProfileRule{0, "data_size", [](D d) { return d.data_size < d.size; }, "must be less than 'size', as the data memory is a part of the device"},
+    ProfileRule{0, "range", [](D d) { return d.range.first <= d.range.last && d.range.last < d.size; }, "must be the first and the last address, in this order and below 'size'"},
+    ProfileRule{0, "erased", [](D d) { return d.erased == 0x00 || d.erased == 0xFF; }, "must be 0xFF or 0x00"},
+    ProfileRule{0, "vcc_pins", PinsHaveOneRole, "a socket pin is named twice in 'vcc_pins', 'gnd_pins' and 'vpp_pins'; it has one role only"},
     ProfileRule{0, "vpp_pins", [](D d) { return d.vpp_pins.empty() || d.programming_voltage > 0; }, "needs a 'programming_voltage'"},
-    ProfileRule{0, "erase", CodesHaveOneMeaning, "an operation code stands twice in 'erase', 'lock' and 'config'; each does one thing only"},
-    ProfileRule{1, "page", [](D d) { return d.page == kSerialPage; }, "right is 256 in family 1"},
-    ProfileRule{1, "size", [](D d) { return d.size % kSerialPage == 0 && d.size <= kSerialLargest; }, "right is a multiple of 256 up to 8192 in family 1, which writes whole pages"},
-    ProfileRule{1, "image_bytes", [](D d) { return d.config_words > 0 || ImageIsBytes(d); }, "right is 'size' in family 1, with 'address_bytes' 1"},
+    ProfileRule{0, "erase", CodesHaveOneMeaning, "an operation code is named twice in 'erase', 'lock' and 'config'; each does one thing only"},
+    ProfileRule{1, "page", [](D d) { return d.page == kSerialPage; }, "must be 256 in family 1"},
+    ProfileRule{1, "size", [](D d) { return d.size % kSerialPage == 0 && d.size <= kSerialLargest; }, "must be a multiple of 256 up to 8192 in family 1, which writes whole pages"},
+    ProfileRule{1, "image_bytes", [](D d) { return d.config_words > 0 || ImageIsBytes(d); }, "must be 'size' in family 1, with 'address_bytes' 1"},
     ProfileRule{0, "config_words", [](D d) { return d.config_words == 0 || d.family == 1; }, "belongs to family 1 only"},
     ProfileRule{0, "config_words", [](D d) { return d.config_words == 0 || d.operations.config == 8; }, "is written by 'config' = 8"},
     ProfileRule{0, "config_words", [](D d) { return d.config_words == 0 || !d.vpp_pins.empty(); }, "needs 'vpp_pins' for the programming voltage"},
-    ProfileRule{0, "image_bytes", [](D d) { return d.config_words == 0 || d.image_bytes >= 16'400; }, "right is 16400 or more with 'config_words', the last of which is at 16398"},
-    ProfileRule{0, "pin_count", [](D d) { return d.config_words == 0 || HasConfigSocket(d); }, "right is 6, 8, 14, 18, 20, 28, 40, 44, 64, 68, 80 or 84 with 'config_words'"},
-    ProfileRule{2, "size", [](D d) { return d.size - d.data_size <= kSerialLargest; }, "without 'data_size' right is up to 8192 in family 2, whose instructions have 13 address bits"},
-    ProfileRule{2, "data_size", [](D d) { return d.data_size >= 1 && d.data_size <= kSerialLargestData; }, "right is 1 to 2048 in family 2, whose instructions have 11 address bits for the data memory"},
-    ProfileRule{2, "image_bytes", ImageIsBytes, "right is 'size' in family 2, with 'address_bytes' 1"},
-    ProfileRule{3, "image_bytes", [](D d) { return d.address_bytes == 2 && d.image_bytes == 2 * d.size; }, "right is twice 'size' in family 3, with 'address_bytes' 2"},
-    ProfileRule{3, "data_size", [](D d) { return d.data_size >= 2 && d.data_size <= kWordEeprom && d.data_size % 2 == 0; }, "right is an even number from 2 to 64 in family 3, whose instructions have 6 address bits for the EEPROM"},
-    ProfileRule{3, "size", [](D d) { return LayoutOf(d).main_bytes == kWordFlash; }, "right is 528 and half of 'data_size' in family 3: the EEPROM is programmed from image byte 1024, which has to follow the 512 words of flash"},
-    ProfileRule{3, "range", [](D d) { return d.range.first == 0; }, "right is to begin at 0 in family 3, which would leave out EEPROM bytes below it"},
-    ProfileRule{0, "option", [](D d) { return !IsSerialPage(d) || d.option == 14 || d.option == 15; }, "right is 14 or 15 in families 13 and 14"},
-    ProfileRule{0, "image_bytes", [](D d) { return !IsSerialPage(d) || (d.address_bytes == 2 && d.image_bytes == 2 * d.size); }, "right is twice 'size' in families 13 and 14, with 'address_bytes' 2"},
+    ProfileRule{0, "image_bytes", [](D d) { return d.config_words == 0 || d.image_bytes >= 16'400; }, "must be 16400 or more with 'config_words', the last of which is at 16398"},
+    ProfileRule{0, "pin_count", [](D d) { return d.config_words == 0 || HasConfigSocket(d); }, "must be 6, 8, 14, 18, 20, 28, 40, 44, 64, 68, 80 or 84 with 'config_words'"},
+    ProfileRule{2, "size", [](D d) { return d.size - d.data_size <= kSerialLargest; }, "must be up to 8192, besides 'data_size', in family 2, whose instructions have 13 address bits"},
+    ProfileRule{2, "data_size", [](D d) { return d.data_size >= 1 && d.data_size <= kSerialLargestData; }, "must be 1 to 2048 in family 2, whose instructions have 11 address bits for the data memory"},
+    ProfileRule{2, "image_bytes", ImageIsBytes, "must be 'size' in family 2, with 'address_bytes' 1"},
+    ProfileRule{3, "image_bytes", [](D d) { return d.address_bytes == 2 && d.image_bytes == 2 * d.size; }, "must be twice 'size' in family 3, with 'address_bytes' 2"},
+    ProfileRule{3, "data_size", [](D d) { return d.data_size >= 2 && d.data_size <= kWordEeprom && d.data_size % 2 == 0; }, "must be an even number from 2 to 64 in family 3, whose instructions have 6 address bits for the EEPROM"},
+    ProfileRule{3, "size", [](D d) { return LayoutOf(d).main_bytes == kWordFlash; }, "must be 528 and half of 'data_size' in family 3: the EEPROM is programmed from image byte 1024, which must follow the 512 words of flash"},
+    ProfileRule{3, "range", [](D d) { return d.range.first == 0; }, "must begin at 0 in family 3, which would leave out EEPROM bytes below it"},
+    ProfileRule{0, "option", [](D d) { return !IsSerialPage(d) || d.option == 14 || d.option == 15; }, "must be 14 or 15 in families 13 and 14"},
+    ProfileRule{0, "image_bytes", [](D d) { return !IsSerialPage(d) || (d.address_bytes == 2 && d.image_bytes == 2 * d.size); }, "must be twice 'size' in families 13 and 14, with 'address_bytes' 2"},
     ProfileRule{0, "data_size", [](D d) { return !IsSerialPage(d) || LayoutOf(d).data_bytes <= kOneTransfer; }, "cannot be more than 16384 in families 13 and 14, which read the EEPROM in one transfer"},
-    ProfileRule{0, "size", [](D d) { return !IsSerialPage(d) || LayoutOf(d).main_bytes > 0; }, "right is the flash words, one more for each EEPROM byte of 'data_size', and 16 in families 13 and 14"},
+    ProfileRule{0, "size", [](D d) { return !IsSerialPage(d) || LayoutOf(d).main_bytes > 0; }, "must be the flash words, one more for each EEPROM byte of 'data_size', and 16 in families 13 and 14"},
     ProfileRule{0, "size", [](D d) { return !IsSerialPage(d) || LayoutOf(d).main_bytes <= kOneTransfer; }, "makes more than 8192 words of flash; families 13 and 14 read it in one transfer, which holds no more than these 16384 bytes"},
-    ProfileRule{0, "page", [](D d) { return !IsSerialPage(d) || (std::has_single_bit(static_cast<unsigned>(d.page)) && d.page <= 256); }, "right is 1, 2, 4, ... 256 words in families 13 and 14"},
-    ProfileRule{0, "page", [](D d) { return !IsSerialPage(d) || FlashIsWholePages(d); }, "has to divide the flash into whole pages in families 13 and 14"},
-    ProfileRule{0, "retries", [](D d) { return !IsSerialPage(d) || d.retries >= 1; }, "right is 1 or more in families 13 and 14, the attempts at the programming enable"},
-    ProfileRule{0, "option", [](D d) { return !IsAvrJtag(d) || (d.option >= 4 && d.option <= 8); }, "right is 4 to 8 in families 4 to 7"},
-    ProfileRule{0, "image_bytes", [](D d) { return !IsAvrJtag(d) || (d.address_bytes == 2 && d.image_bytes == 2 * d.size); }, "right is twice 'size' in families 4 to 7, with 'address_bytes' 2"},
+    ProfileRule{0, "page", [](D d) { return !IsSerialPage(d) || (std::has_single_bit(static_cast<unsigned>(d.page)) && d.page <= 256); }, "must be 1, 2, 4, ... 256 words in families 13 and 14"},
+    ProfileRule{0, "page", [](D d) { return !IsSerialPage(d) || FlashIsWholePages(d); }, "must divide the flash into whole pages in families 13 and 14"},
+    ProfileRule{0, "retries", [](D d) { return !IsSerialPage(d) || d.retries >= 1; }, "must be 1 or more in families 13 and 14, the attempts at the programming enable"},
+    ProfileRule{0, "option", [](D d) { return !IsAvrJtag(d) || (d.option >= 4 && d.option <= 8); }, "must be 4 to 8 in families 4 to 7"},
+    ProfileRule{0, "image_bytes", [](D d) { return !IsAvrJtag(d) || (d.address_bytes == 2 && d.image_bytes == 2 * d.size); }, "must be twice 'size' in families 4 to 7, with 'address_bytes' 2"},
     ProfileRule{0, "data_size", [](D d) { return !IsAvrJtag(d) || LayoutOf(d).data_bytes <= kOneTransfer; }, "cannot be more than 8192 words in families 4 to 7, which read the EEPROM in one transfer"},
-    ProfileRule{0, "size", [](D d) { return !IsAvrJtag(d) || WholeBlocks(LayoutOf(d).main_bytes); }, "right is the flash words, those of the EEPROM, and 16 in families 4 to 7, which read the flash in blocks of 8192 words: 1 to 8 of them"},
-    ProfileRule{0, "page", [](D d) { return !IsAvrJtag(d) || (std::has_single_bit(static_cast<unsigned>(d.page)) && d.page >= 16 && d.page <= 256); }, "right is 16, 32, ... 256 words in families 4 to 7"},
-    ProfileRule{0, "option", [](D d) { return !IsFlashRegister(d) || HasLines(d); }, "right is 11 to 15 or 22 to 24 in families 8 to 11"},
-    ProfileRule{8, "option", [](D d) { return d.option != kWideOption; }, "right is 11 to 14 or 22 to 24 in family 8, which writes addresses of 16 bits"},
-    ProfileRule{9, "option", [](D d) { return d.option != kWideOption; }, "right is 11 to 14 or 22 to 24 in family 9, which writes addresses of 16 bits"},
-    ProfileRule{0, "image_bytes", [](D d) { return !IsFlashRegister(d) || ImageIsBytes(d); }, "right is 'size' in families 8 to 11, with 'address_bytes' 1"},
-    ProfileRule{0, "size", [](D d) { return !IsFlashRegister(d) || MainIsWholePages(d); }, "less 'data_size' right is two pages or more in families 8 to 11, the last but one with the lock bytes"},
-    ProfileRule{0, "size", [](D d) { return !IsFlashRegister(d) || AddressesReach(d); }, "right is up to 65536 in families 8 and 9, as in 10 and 11 without 'data_size'; with option 15 these have up to 131072"},
+    ProfileRule{0, "size", [](D d) { return !IsAvrJtag(d) || WholeBlocks(LayoutOf(d).main_bytes); }, "must be the flash words, those of the EEPROM, and 16 in families 4 to 7, which read the flash in blocks of 8192 words: 1 to 8 of them"},
+    ProfileRule{0, "page", [](D d) { return !IsAvrJtag(d) || (std::has_single_bit(static_cast<unsigned>(d.page)) && d.page >= 16 && d.page <= 256); }, "must be 16, 32, ... 256 words in families 4 to 7"},
+    ProfileRule{0, "option", [](D d) { return !IsFlashRegister(d) || HasLines(d); }, "must be 11 to 15 or 22 to 24 in families 8 to 11"},
+    ProfileRule{8, "option", [](D d) { return d.option != kWideOption; }, "must be 11 to 14 or 22 to 24 in family 8, which writes addresses of 16 bits"},
+    ProfileRule{9, "option", [](D d) { return d.option != kWideOption; }, "must be 11 to 14 or 22 to 24 in family 9, which writes addresses of 16 bits"},
+    ProfileRule{0, "image_bytes", [](D d) { return !IsFlashRegister(d) || ImageIsBytes(d); }, "must be 'size' in families 8 to 11, with 'address_bytes' 1"},
+    ProfileRule{0, "size", [](D d) { return !IsFlashRegister(d) || MainIsWholePages(d); }, "must be two pages or more, besides 'data_size', in families 8 to 11, the last but one with the lock bytes"},
+    ProfileRule{0, "size", [](D d) { return !IsFlashRegister(d) || AddressesReach(d); }, "must be up to 65536 in families 8 and 9, as in 10 and 11 without 'data_size'; with option 15 these have up to 131072"},
     ProfileRule{9, "size", [](D d) { return LayoutOf(d).main_bytes <= kOneTransfer; }, "makes more than 16384 bytes of main array; family 9 reads it in one transfer, which holds no more"},
     ProfileRule{0, "data_size", [](D d) { return !IsFlashRegister(d) || d.data_size <= kOneTransfer; }, "cannot be more than 16384 in families 8 to 11, which read the second area in one transfer"},
     ProfileRule{0, "data_size", [](D d) { return !IsFlashRegister(d) || d.data_size <= d.page; }, "cannot be more than 'page' in families 8 to 11, which erase the second area as one page"},
-    ProfileRule{12, "option", [](D d) { return d.option >= 12 && d.option <= 31; }, "right is 12 to 31 in family 12"},
-    ProfileRule{16, "option", [](D d) { return d.option == 16; }, "right is 16 in family 16"},
-    ProfileRule{12, "vpp_pins", [](D d) { return d.option < 30 || !d.vpp_pins.empty(); }, "right is a pin with the options 30 and 31 of family 12"},
-    ProfileRule{16, "signature", [](D d) { return !d.signature; }, "has to be left out in family 16, which cannot read it"},
-    ProfileRule{0, "image_bytes", [](D d) { return !IsTwoWire(d) || ImageIsBytes(d); }, "right is 'size' in families 12 and 16, with 'address_bytes' 1"},
-    ProfileRule{0, "page", [](D d) { return !IsTwoWire(d) || TwoWirePage(d); }, "right is 2, 4, ... 512 in families 12 and 16, which read and write half a page at a time"},
-    ProfileRule{0, "size", [](D d) { return !IsTwoWire(d) || TwoWireFlash(d); }, "right is a number of whole pages, two or more, up to 65536 in families 12 and 16"},
-    ProfileRule{0, "range", [](D d) { return !IsTwoWire(d) || EndsInLastBlock(d); }, "right ends in the last 16384 bytes, or what there is of them, of the flash below the last page in families 12 and 16, which read up to there"},
-    ProfileRule{15, "image_bytes", ImageIsBytes, "right is 'size' in family 15, with 'address_bytes' 1"},
-    ProfileRule{15, "size", [](D d) { return LayoutOf(d).main_bytes > 0; }, "right is the flash bytes and 32 more in family 15"},
+    ProfileRule{12, "option", [](D d) { return d.option >= 12 && d.option <= 31; }, "must be 12 to 31 in family 12"},
+    ProfileRule{16, "option", [](D d) { return d.option == 16; }, "must be 16 in family 16"},
+    ProfileRule{12, "vpp_pins", [](D d) { return d.option < 30 || !d.vpp_pins.empty(); }, "must be a pin with the options 30 and 31 of family 12"},
+    ProfileRule{16, "signature", [](D d) { return !d.signature; }, "must be left out in family 16, which cannot read it"},
+    ProfileRule{0, "image_bytes", [](D d) { return !IsTwoWire(d) || ImageIsBytes(d); }, "must be 'size' in families 12 and 16, with 'address_bytes' 1"},
+    ProfileRule{0, "page", [](D d) { return !IsTwoWire(d) || TwoWirePage(d); }, "must be 2, 4, ... 512 in families 12 and 16, which read and write half a page at a time"},
+    ProfileRule{0, "size", [](D d) { return !IsTwoWire(d) || TwoWireFlash(d); }, "must be a number of whole pages, two or more, up to 65536 in families 12 and 16"},
+    ProfileRule{0, "range", [](D d) { return !IsTwoWire(d) || EndsInLastBlock(d); }, "must end in the last 16384 bytes, or what there is of them, of the flash below the last page in families 12 and 16, which read up to there"},
+    ProfileRule{15, "image_bytes", ImageIsBytes, "must be 'size' in family 15, with 'address_bytes' 1"},
+    ProfileRule{15, "size", [](D d) { return LayoutOf(d).main_bytes > 0; }, "must be the flash bytes and 32 more in family 15"},
     ProfileRule{15, "size", [](D d) { return LayoutOf(d).main_bytes <= kOneTransfer; }, "makes more than 16384 bytes of flash; family 15 reads it in one transfer, which holds no more"},
-    ProfileRule{15, "page", FlashIsWholePages, "has to divide the flash into whole pages in family 15"},
+    ProfileRule{15, "page", FlashIsWholePages, "must divide the flash into whole pages in family 15"},
 };
 // clang-format on
 

@@ -1,6 +1,6 @@
 // Arbitrary text as a file of device profiles: it gives devices that keep the rules, each known by
 // its name, whose memories and configuration bytes have their places in the image; or a message
-// with its place, and then no device.
+// with its place, and then no device. Neither a message nor a description can command a terminal.
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -10,6 +10,7 @@
 #include "devices/memory_layout.h"
 #include "devices/profile_rules.h"
 #include "fuzz/check.h"
+#include "shared/utf8.h"
 
 namespace {
 
@@ -21,6 +22,8 @@ void CheckDevice(const DeviceProfile& device) {
   Require(device.range.first >= 0 && device.range.first <= device.range.last &&
               device.range.last < device.size,
           "the range lies in the device");
+  Require(Excerpt(device.description, 200) == device.description,
+          "a description is shown as it is");
   const MemoryLayout layout = LayoutOf(device);
   const std::int32_t data_end = layout.data_start + layout.data_bytes;
   Require(layout.main_bytes > 0 && layout.main_bytes <= layout.data_start,
@@ -48,7 +51,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
   } catch (const ProfileError& error) {
     Require(catalogue.all().empty(), "a file is taken whole or not at all");
-    fuzz::RequirePlace(error.what(), text);
+    const std::string_view message = error.what();
+    fuzz::RequirePlace(message, text);
+    Require(message.size() < 1000 && Printable(message) == message, "a message can be shown");
   }
   return 0;
 }

@@ -126,13 +126,18 @@ TEST_F(Folder, IsTakenAsAWholeOrNotAtAll) {
   Write("a.toml", std::string(kDefaults) + Device("twice"));
   Write("b.toml", std::string(kDefaults) + Device("single") + Device("Twice"));
   const std::string refusal = Refusal(catalogue);
-  EXPECT_THAT(refusal, HasSubstr("b.toml:20: field 'name' is 'Twice'"));
+  EXPECT_THAT(refusal, HasSubstr("b.toml:20: the name 'Twice' is already used"));
   EXPECT_THAT(refusal, HasSubstr("a.toml:18"));
   Write("a.toml", std::string(kDefaults) + Device("twice") + Device("TWICE"));
-  EXPECT_THAT(Refusal(catalogue), HasSubstr("a.toml:20: field 'name' is 'TWICE'"));
+  EXPECT_THAT(Refusal(catalogue), HasSubstr("a.toml:20: the name 'TWICE' is already used"));
   Write("a.toml", std::string(kDefaults) + Device("twice"));
   std::filesystem::create_symlink(path_ / "gone", path_ / "aa.toml");
   EXPECT_THAT(Refusal(catalogue), HasSubstr("aa.toml: the device profile cannot be read"));
+  std::filesystem::create_symlink("/dev/zero", path_ / "a\x1B.toml");
+  EXPECT_THAT(Refusal(catalogue), HasSubstr("a\uFFFD.toml: not a regular file"));
+  Write("a\x1A.toml", "");
+  std::filesystem::resize_file(path_ / "a\x1A.toml", (1 << 20) + 1);
+  EXPECT_THAT(Refusal(catalogue), HasSubstr(".toml: larger than 1 MiB, the most that is read"));
   std::filesystem::remove_all(path_);
   EXPECT_THAT(Refusal(catalogue), HasSubstr("No such file"));
 }
