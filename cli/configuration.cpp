@@ -11,6 +11,7 @@
 #include <fmt/format.h>
 
 #include "cli/usage_error.h"
+#include "devices/nearest_names.h"
 #include "platform/terminal.h"
 #include "usb/operation.h"
 
@@ -25,25 +26,50 @@ std::string Names(const std::vector<ConfigByte>& bytes) {
   return names;
 }
 
-/// NAME=VALUE, the value one or two hexadecimal digits.
+/// NAME=VALUE, the value a byte.
 ConfigAssignment ParseAssignment(const std::string& text, const std::vector<ConfigByte>& bytes,
                                  const std::string& device) {
-  const std::size_t equals = std::min(text.find('='), text.size());
-  const auto byte = std::ranges::find(bytes, text.substr(0, equals), &ConfigByte::name);
-  if (equals == text.size() || byte == bytes.end() || !byte->writable) {
-    throw UsageError(fmt::format("{}: expected NAME=VALUE; {} has {}", text, device, Names(bytes)));
+  const Assignment parts = SplitAssignment(text, "low=E2");
+  const auto byte = std::ranges::find_if(bytes, [&parts](const ConfigByte& known) {
+    return SameIgnoringCase(known.name, parts.name);
+  });
+  if (byte == bytes.end()) {
+    throw UsageError(fmt::format("{}: unknown byte; {} has {}", text, device, Names(bytes)));
   }
-  const std::string digits = text.substr(equals + 1);
-  std::uint8_t value = 0;
-  const auto [end, error] =
-      std::from_chars(digits.data(), digits.data() + digits.size(), value, 16);
-  if (error != std::errc{} || end != digits.data() + digits.size() || digits.size() > 2) {
-    throw UsageError(text + ": the value is a byte of two hexadecimal digits, as in low=E1");
+  if (!byte->writable) {
+    throw UsageError(
+        fmt::format("{}: {} cannot be written; {} can", text, byte->name, Names(bytes)));
   }
-  return {.byte = *byte, .value = value};
+  return {.byte = *byte, .value = ByteValue(text, parts.value)};
 }
 
-/// The bits that a write would shut the programming interface with.
+/// Null for a byte that is not among them.
+const ConfigAssignment* Find(const std::vector<ConfigAssignment>& assignments,
+                             std::string_view name) {
+  const auto found = std::ranges::find_if(
+      assignments, [name](const ConfigAssignment& other) { return other.byte.name == name; });
+  return found == assignments.end() ? nullptr : &*found;
+}
+
+/// What the options name, each byte once.
+std::vector<ConfigAssignment> ParseAssignments(const Options& options,
+                                               const std::vector<ConfigByte>& bytes,
+                                               const DeviceProfile& device) {
+  std::vector<ConfigAssignment> assignments;
+  for (const std::string& text : options.assignments) {
+    const ConfigAssignment added = ParseAssignment(text, bytes, device.name);
+    const ConfigAssignment* const given = Find(assignments, added.byte.name);
+    if (given == nullptr) {
+      assignments.push_back(added);
+    } else if (given->value != added.value) {
+      throw UsageError(fmt::format("{} contradicts {}={:02X}; give one of them", text,
+                                   given->byte.name, given->value));
+    }
+  }
+  return assignments;
+}
+
+/// The bits with which a write would disable the programming interface.
 std::vector<ConfigHazard> HazardsOf(const std::vector<ConfigAssignment>& assignments,
                                     const DeviceProfile& device) {
   std::vector<ConfigHazard> found;
@@ -64,30 +90,73 @@ std::string Describe(const ConfigHazard& hazard) {
                      hazard.name, hazard.effect);
 }
 
+/// What the user answers at the terminal; the end of the input is a no.
+bool Agrees() {
+  for (;;) {
+    std::cerr << "Go on? (y/N) " << std::flush;
+    std::string answer;
+    if (!std::getline(std::cin, answer)) {
+      std::cerr << "\n";
+      return false;
+    }
+    if (platform::StopRequested() || answer.empty() || SameIgnoringCase(answer, "n")) return false;
+    if (SameIgnoringCase(answer, "y")) return true;
+  }
+}
+
 /// Throws UsageError unless the user wants it all the same.
 void AskAboutHazards(const std::vector<ConfigHazard>& hazards, const Options& options) {
   if (hazards.empty() || options.yes) return;
   std::string text;
   for (const ConfigHazard& hazard : hazards) text += Describe(hazard) + "; ";
+  text += "after that the device cannot be programmed this way again.";
   if (!platform::IsTerminal(platform::Stream::kInput)) {
-    throw UsageError(text +
-                     "the device can then not be programmed this way again. --yes writes it");
+    throw UsageError(text + " To write it all the same, add --yes");
   }
-  std::cerr << text << "the device can then not be programmed this way again. Go on? (y/N) ";
-  std::string answer;
-  if (!std::getline(std::cin, answer) || answer != "y") throw UsageError("nothing was written");
+  std::cerr << text << " ";
+  if (!Agrees()) throw UsageError("nothing was written");
 }
 
-/// Where the device's bytes cannot be read first, one that is not named would be written anyhow.
+/// Where the device's bytes cannot be read first, a byte that is not named would be overwritten.
 void RequireAll(const std::vector<ConfigAssignment>& assignments,
                 const std::vector<ConfigByte>& bytes, const DeviceProfile& device) {
   if (ReadsConfig(device) || assignments.size() == bytes.size()) return;
+  std::string example = "fliglaf config " + device.name;
+  for (const ConfigByte& byte : bytes) {
+    const ConfigAssignment* const given = Find(assignments, byte.name);
+    example += fmt::format(" {}={}", byte.name,
+                           given == nullptr ? "XX" : fmt::format("{:02X}", given->value));
+  }
+  if (device.config_words > 0) example += " --parallel";
   throw UsageError(
-      fmt::format("{}: its configuration cannot be read, so that all of it has to be given: {}",
-                  device.name, Names(bytes)));
+      fmt::format("{}: its configuration cannot be read, so every byte must be given: {}",
+                  device.name, example));
 }
 
 }  // namespace
+
+Assignment SplitAssignment(std::string_view text, std::string_view example) {
+  const std::size_t equals = text.find('=');
+  if (equals == std::string_view::npos) {
+    throw UsageError(fmt::format("{}: expected NAME=VALUE, as in {}", text, example));
+  }
+  return {.name = text.substr(0, equals), .value = text.substr(equals + 1)};
+}
+
+std::string_view WithoutHexPrefix(std::string_view value) {
+  return value.substr(value.starts_with("0x") || value.starts_with("0X") ? 2 : 0);
+}
+
+std::uint8_t ByteValue(std::string_view text, std::string_view value) {
+  const std::string_view digits = WithoutHexPrefix(value);
+  std::uint8_t byte = 0;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), byte, 16);
+  if (error != std::errc{} || end != digits.data() + digits.size() || digits.size() > 2) {
+    throw UsageError(fmt::format(
+        "{}: the value must be a byte of one or two hexadecimal digits, as E2 or 0xE2", text));
+  }
+  return byte;
+}
 
 void Configuration::RequireWritable() const {
   if (!bytes_.empty() && device_.operations.config) return;
@@ -123,7 +192,7 @@ Report Configuration::Write() {
   if (report.status != ExitStatus::kSuccess) return report;
   if (device_.config_words > 0) {
     report.message =
-        device_.name + ": configuration written; the log tells what word was read back";
+        device_.name + ": configuration written; the log shows the word that was read back";
     return report;
   }
   if (!ReadsConfig(device_) || !hazards_.empty()) {
@@ -135,20 +204,20 @@ Report Configuration::Write() {
   return Compared(report);
 }
 
-/// What the device now has, against what was to be written.
+/// Compares what the device now has with what was written.
 Report Configuration::Compared(Report report) {
   std::string wrong;
   for (const ConfigAssignment& assignment : assignments_) {
     const std::uint8_t read = Byte(assignment.byte);
     if (((read ^ assignment.value) & assignment.byte.bits) == 0) continue;
-    wrong += fmt::format("; {} was to be {:02X}H and is {:02X}H", assignment.byte.name,
-                         assignment.value, read);
+    wrong += fmt::format("{}{} is {:02X}, not {:02X}", wrong.empty() ? ": " : ", ",
+                         assignment.byte.name, read, assignment.value);
   }
   if (wrong.empty()) {
     report.message = fmt::format("{}: configuration written: {}", device_.name, Values());
   } else {
     report.status = ExitStatus::kDiffers;
-    report.message = device_.name + ": the configuration is not what was written" + wrong;
+    report.message = device_.name + ": the configuration differs from what was written" + wrong;
   }
   return report;
 }
@@ -156,10 +225,8 @@ Report Configuration::Compared(Report report) {
 ExitStatus RunConfigCommand(const Options& options, const DeviceProfile& device) {
   Configuration configuration(options, device);
   configuration.RequireWritable();
-  std::vector<ConfigAssignment> assignments;
-  for (const std::string& text : options.assignments) {
-    assignments.push_back(ParseAssignment(text, configuration.bytes(), device.name));
-  }
+  std::vector<ConfigAssignment> assignments =
+      ParseAssignments(options, configuration.bytes(), device);
   RequireAll(assignments, configuration.bytes(), device);
   const bool writes = !assignments.empty();
   configuration.Plan(std::move(assignments));

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 #include "cli/exit_status.h"
@@ -13,11 +14,26 @@
 
 namespace fliglaf::cli {
 
-/// A configuration byte and what is to become of it.
+/// NAME=VALUE of the command line: views of its text.
+struct Assignment {
+  std::string_view name;
+  std::string_view value;
+};
+
+/// Throws UsageError, with an example, for a text without '='.
+[[nodiscard]] Assignment SplitAssignment(std::string_view text, std::string_view example);
+
+[[nodiscard]] std::string_view WithoutHexPrefix(std::string_view value);
+
+/// A value of one or two hexadecimal digits, with or without 0x. Throws UsageError, which begins
+/// with the whole assignment, `text`.
+[[nodiscard]] std::uint8_t ByteValue(std::string_view text, std::string_view value);
+
+/// A configuration byte and the value to write.
 struct ConfigAssignment {
   ConfigByte byte;
   std::uint8_t value;
-  std::uint8_t changed = 0xFF;  ///< bits that may become others than they are
+  std::uint8_t changed = 0xFF;  ///< bits that may change
 };
 
 /// The configuration bytes of a device, as the image of a run holds them. `options` and `device`
@@ -41,8 +57,8 @@ class Configuration {
 
   /// Reads the device into the image.
   [[nodiscard]] Report Read();
-  /// Says what is to be written. A write that would shut the programming interface asks first at a
-  /// terminal and needs --yes elsewhere: throws UsageError when the user does not want it.
+  /// Sets what to write. A write that would disable the programming interface must be confirmed, at
+  /// the terminal or with --yes: throws UsageError otherwise.
   void Plan(std::vector<ConfigAssignment> assignments);
   /// Writes what was planned, and reads it back where that can be done.
   [[nodiscard]] Report Write();

@@ -1,12 +1,12 @@
 #include "cli/fuse_page.h"
 
 #include <algorithm>
-#include <cctype>
 #include <functional>
 #include <utility>
 
 #include <fmt/format.h>
 
+#include "cli/configuration.h"
 #include "cli/usage_error.h"
 #include "devices/nearest_names.h"
 #include "editors/edit_figmpu40.h"
@@ -29,12 +29,6 @@ std::string_view Trimmed(std::string_view text) {
   return text;
 }
 
-bool Alike(std::string_view one, std::string_view other) {
-  return std::ranges::equal(one, other, [](unsigned char a, unsigned char b) {
-    return std::tolower(a) == std::tolower(b);
-  });
-}
-
 std::string NameOf(const PageRow& row) {
   const std::string caption = ToUtf8(row.label->caption);
   std::string_view name = Trimmed(caption);
@@ -48,7 +42,7 @@ std::string BitOf(const PageRow& row) {
   return fmt::format("{}.{}-{}", row.byte, row.first_bit + row.bits - 1, row.first_bit);
 }
 
-/// An entry of a list without the digit that it tells: " Enable(0)", "0 Enable", "0 (locked)".
+/// An entry of a list without its digit: " Enable(0)", "0 Enable", "0 (locked)".
 std::string MeaningOf(const std::u16string& entry) {
   const std::string text = ToUtf8(entry);
   std::string_view meaning = Trimmed(text);
@@ -60,41 +54,65 @@ std::string MeaningOf(const std::u16string& entry) {
   return std::string(Trimmed(meaning));
 }
 
-/// The bits that an entry stands for, in binary.
+/// The bits that an entry stands for.
+std::size_t BitsOf(const PageRow& row, std::size_t entry) {
+  return row.values.empty() ? entry : row.values[entry];
+}
+
 std::string DigitsOf(const PageRow& row, std::size_t entry) {
-  const std::size_t value = row.values.empty() ? entry : row.values[entry];
-  return fmt::format("{:0{}b}", value, row.bits);
+  return fmt::format("{:0{}b}", BitsOf(row, entry), row.bits);
+}
+
+/// Binary digits, or a hexadecimal one after 0x.
+bool Stands(std::string_view value, const PageRow& row, std::size_t entry) {
+  const std::string_view digits = WithoutHexPrefix(value);
+  if (digits.size() == value.size()) return value == DigitsOf(row, entry);
+  const std::size_t bits = BitsOf(row, entry);
+  return digits == fmt::format("{:X}", bits) || digits == fmt::format("{:02X}", bits);
+}
+
+bool IsChangeable(const PageRow& row) { return row.control->enabled && row.byte != "calibration"; }
+
+FuseLine LineOf(const PageRow& row) {
+  FuseLine line{.bit = BitOf(row), .name = NameOf(row), .value = {}, .meaning = {}};
+  if (row.control->kind == Control::Kind::kComboBox) {
+    const auto& list = static_cast<const ComboBox&>(*row.control);
+    const auto chosen = static_cast<std::size_t>(list.chosen);
+    line.value = DigitsOf(row, chosen);
+    line.meaning = MeaningOf(list.entries[chosen]);
+  } else {
+    line.value = ToUtf8(static_cast<const TextBox&>(*row.control).text);
+  }
+  line.changeable = IsChangeable(row);
+  return line;
 }
 
 void Choose(const PageRow& row, const std::string& assignment, std::string_view value) {
   auto& list = static_cast<ComboBox&>(*row.control);
-  std::string right;
+  std::string known;
   for (std::size_t i = 0; i < list.entries.size(); ++i) {
-    const std::string digits = DigitsOf(row, i);
     const std::string meaning = MeaningOf(list.entries[i]);
-    if (value == digits || Alike(value, meaning)) return list.Choose(static_cast<int>(i));
-    right += fmt::format("{}{} ({})", i == 0 ? "" : ", ", digits, meaning);
+    if (Stands(value, row, i) || SameIgnoringCase(value, meaning)) {
+      return list.Choose(static_cast<int>(i));
+    }
+    known += fmt::format("{}{} ({})", i == 0 ? "" : ", ", DigitsOf(row, i), meaning);
   }
-  throw UsageError(fmt::format("{}: {} is one of {}", assignment, NameOf(row), right));
+  throw UsageError(fmt::format("{}: {} must be one of {}", assignment, NameOf(row), known));
 }
 
 void Type(const PageRow& row, const std::string& assignment, std::string_view value) {
-  const bool digits = std::ranges::all_of(value, [](unsigned char c) { return std::isxdigit(c); });
-  if (!digits || value.empty() || value.size() > 2) {
-    throw UsageError(fmt::format("{}: the value is a byte of two hexadecimal digits, as in {}=FC",
-                                 assignment, row.byte));
-  }
+  const std::u16string digits = HexDigits(ByteValue(assignment, value), 2);
   auto& box = static_cast<TextBox&>(*row.control);
   box.selection_start = 0;
   box.selection_length = box.text.size();
-  for (const char character : value) box.Type(static_cast<char16_t>(character));
+  for (const char16_t digit : digits) box.Type(digit);
 }
 
 }  // namespace
 
 void FusePage::RequirePage(const DeviceProfile& device) {
   if (edit_figmpu40::Serves(device.family) || edit_figmpu41::Serves(device.family)) return;
-  throw UsageError(device.name + ": a device of its family has no fuses or lock bytes to edit");
+  throw UsageError(device.name + ": devices of its family have no fuses or lock bytes to edit");
 }
 
 FusePage::FusePage(const DeviceProfile& device, SharedVariables& vars) : device_(device) {
@@ -120,62 +138,50 @@ std::vector<const PageRow*> FusePage::VisibleRows() const {
 
 std::vector<FuseLine> FusePage::Lines() const {
   std::vector<FuseLine> lines;
-  for (const PageRow* const row : VisibleRows()) {
-    FuseLine line{.bit = BitOf(*row), .name = NameOf(*row), .value = {}, .meaning = {}};
-    if (row->control->kind == Control::Kind::kComboBox) {
-      const auto& list = static_cast<const ComboBox&>(*row->control);
-      const auto chosen = static_cast<std::size_t>(list.chosen);
-      line.value = DigitsOf(*row, chosen);
-      line.meaning = MeaningOf(list.entries[chosen]);
-    } else {
-      line.value = ToUtf8(static_cast<const TextBox&>(*row->control).text);
-    }
-    line.changeable = row->control->enabled && row->byte != "calibration";
-    lines.push_back(std::move(line));
-  }
+  for (const PageRow* const row : VisibleRows()) lines.push_back(LineOf(*row));
   return lines;
 }
 
-const PageRow& FusePage::Find(const std::string& name) const {
+const PageRow& FusePage::Find(std::string_view name) const {
   std::vector<const PageRow*> found;
   std::vector<std::string> names;
   for (const PageRow* const row : VisibleRows()) {
-    if (Alike(name, BitOf(*row))) return *row;
-    if (Alike(name, NameOf(*row))) found.push_back(row);
+    if (SameIgnoringCase(name, BitOf(*row))) return *row;
+    if (SameIgnoringCase(name, NameOf(*row))) found.push_back(row);
     if (std::ranges::find(names, NameOf(*row)) == names.end()) names.push_back(NameOf(*row));
   }
   if (found.size() == 1) return *found.front();
   if (found.empty()) {
     const auto nearest =
         NearestNames(name, std::vector<std::string_view>(names.begin(), names.end()));
-    throw UsageError(fmt::format(
-        "{}: {} has no such bit; {}", name, device_.name,
-        nearest.empty()
-            ? fmt::format("\"fliglaf fuses show {}\" lists those that it has", device_.name)
-            : fmt::format("did you mean {}?", fmt::join(nearest, ", "))));
+    throw UsageError(fmt::format("{}: {} has no such bit; {}", name, device_.name,
+                                 nearest.empty()
+                                     ? fmt::format("it has {}", fmt::join(names, ", "))
+                                     : fmt::format("did you mean {}?", fmt::join(nearest, ", "))));
   }
   std::vector<std::string> bits;
   bits.reserve(found.size());
   for (const PageRow* const row : found) bits.push_back(BitOf(*row));
   throw UsageError(
-      fmt::format("{}: more than one bit has this name; take {}", name, fmt::join(bits, " or ")));
+      fmt::format("{}: more than one bit has this name; write {}", name, fmt::join(bits, " or ")));
 }
 
 void FusePage::Set(const std::string& assignment) {
-  const std::size_t equals = assignment.find('=');
-  if (equals == std::string::npos) {
-    throw UsageError(assignment + ": expected NAME=VALUE, as in SPIEN=0 or low.5=Enable");
-  }
-  const PageRow& row = Find(assignment.substr(0, equals));
-  if (!row.control->enabled || row.byte == "calibration") {
+  const auto [name, value] = SplitAssignment(assignment, "CKDIV8=1 or low.7=Disable");
+  const PageRow& row = Find(name);
+  if (!IsChangeable(row)) {
     throw UsageError(
         fmt::format("{}: {} is shown only and keeps its value", assignment, NameOf(row)));
   }
-  const std::string_view value = std::string_view(assignment).substr(equals + 1);
+  const std::string before = LineOf(row).value;
   if (row.control->kind == Control::Kind::kComboBox) {
     Choose(row, assignment, value);
   } else {
     Type(row, assignment, value);
+  }
+  const auto [given, is_new] = given_.emplace(BitOf(row), assignment);
+  if (!is_new && LineOf(row).value != before) {
+    throw UsageError(fmt::format("{} contradicts {}; give one of them", assignment, given->second));
   }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -35,20 +36,24 @@ class FusePage {
   [[nodiscard]] std::vector<FuseLine> Lines() const;
 
   /// Changes a row as the user does: "NAME=VALUE", the name that of a caption or a bit, the value
-  /// its digits or what they mean. Throws UsageError.
+  /// its digits or what they mean. Throws UsageError, also when the row has been set to something
+  /// else before.
   void Set(const std::string& assignment);
+  /// Whether Set has named the row of this line.
+  [[nodiscard]] bool IsSet(const FuseLine& line) const { return given_.contains(line.bit); }
 
   /// Presses OK: the bytes go into the buffer.
   void Confirm() { editor_->OKButton.Click(); }
 
  private:
   [[nodiscard]] std::vector<const PageRow*> VisibleRows() const;
-  [[nodiscard]] const PageRow& Find(const std::string& name) const;
+  [[nodiscard]] const PageRow& Find(std::string_view name) const;
 
   const DeviceProfile& device_;
   platform::StandingTime time_;
   platform::PortableDesktop desktop_{time_};
   std::unique_ptr<ConfigurationEditor> editor_;
+  std::map<std::string, std::string> given_;  ///< the assignment by its bit
 };
 
 }  // namespace fliglaf::cli

@@ -1,8 +1,9 @@
 #include "cli/fuses.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <iostream>
-#include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,11 +14,12 @@
 #include "cli/configuration.h"
 #include "cli/fuse_page.h"
 #include "cli/host_session.h"
-#include "cli/image_input.h"
 #include "cli/image_output.h"
 #include "cli/report.h"
 #include "cli/usage_error.h"
+#include "devices/config_layout.h"
 #include "host/factory_settings.h"
+#include "images/image.h"
 #include "platform/terminal.h"
 
 namespace fliglaf::cli {
@@ -61,30 +63,69 @@ void Print(const Options& options, const FusePage& page) {
   PrintTable(page.Lines());
 }
 
-/// Where the rest of the bytes is not known, every bit that can be changed has to be told.
-void RequireAll(const Options& options, const FusePage& page, const DeviceProfile& device) {
+/// Where the rest of the bytes is not known, every bit that can be changed must be given.
+void RequireAll(const FusePage& page, const DeviceProfile& device) {
   std::vector<std::string> missing;
+  std::vector<std::string> all;
   for (const FuseLine& line : page.Lines()) {
-    const bool named = std::ranges::any_of(options.assignments, [&line](const std::string& text) {
-      const std::string name = text.substr(0, text.find('='));
-      return name == line.name || name == line.bit;
-    });
-    if (line.changeable && !named) missing.push_back(line.name);
+    if (!line.changeable) continue;
+    if (!page.IsSet(line)) missing.push_back(line.name);
+    all.push_back(line.bit + "=" + line.value);
   }
   if (missing.empty()) return;
   throw UsageError(fmt::format(
-      "{}: its configuration cannot be read, so that all of it has to be given; missing: {}",
-      device.name, fmt::join(missing, ", ")));
+      "{}: its configuration cannot be read, so every bit must be given; missing: {}; with the "
+      "values of a new device: fliglaf fuses set {} {}",
+      device.name, fmt::join(missing, ", "), device.name, fmt::join(all, " ")));
 }
 
 void SetAll(const Options& options, FusePage& page) {
   for (const std::string& assignment : options.assignments) page.Set(assignment);
-  page.Confirm();
+}
+
+/// Throws UsageError for a name or value that the page does not take, before a device or file is
+/// touched: which rows a page has does not depend on the bytes.
+void CheckAssignments(const Options& options, const DeviceProfile& device) {
+  HostSession session(HostSession::FreeInstance(), device, Engine::kUsb);
+  PresetConfiguration(session.variables());
+  FusePage page(device, session.variables());
+  SetAll(options, page);
+  if (options.image_file.empty() && !ReadsConfig(device)) RequireAll(page, device);
+}
+
+/// Throws UsageError for a file that is not the whole image of the device. One that leaves gaps is
+/// taken as long as it has the configuration bytes: in their place the page would show, and store,
+/// bytes that nobody chose.
+void CheckImage(const Options& options, const DeviceProfile& device, const Image& image) {
+  const auto fail = [&](const std::string& what) {
+    throw UsageError(fmt::format(
+        "{}: {}; an image of {}, as \"fliglaf read {} --image FILE\" writes it, has {} bytes",
+        options.image_file.string(), what, device.name, device.name, device.image_bytes));
+  };
+  const auto size = static_cast<std::uint64_t>(device.image_bytes);
+  const bool binary = FormatOfName(options.image_file) == ImageFormat::kBinary;
+  if (binary && image.end() != size) fail(fmt::format("its size is {}", image.end()));
+  if (image.end() > size) fail(fmt::format("goes on to address 0x{:04X}", image.end() - 1));
+  for (const ConfigByte& byte : ConfigBytesOf(device)) {
+    const auto at = static_cast<std::uint64_t>(byte.image_byte);
+    const bool there = std::ranges::any_of(image.segments, [at](const Segment& segment) {
+      return segment.address <= at && at < segment.end();
+    });
+    if (!there) fail(fmt::format("has nothing at address 0x{:04X}, the byte {}", at, byte.name));
+  }
+}
+
+void LoadWhole(const Options& options, const DeviceProfile& device, std::span<std::uint8_t> bytes) {
+  const Image image = ReadImage(options.image_file);
+  CheckImage(options, device, image);
+  for (const Segment& segment : image.segments) {
+    std::ranges::copy(segment.bytes, bytes.begin() + segment.address);
+  }
 }
 
 ExitStatus InImage(const Options& options, const DeviceProfile& device) {
   HostSession session(HostSession::FreeInstance(), device, Engine::kUsb);
-  ImageInput(options, device).CopyTo(session.image());
+  LoadWhole(options, device, session.image());
   FusePage page(device, session.variables());
   if (!options.changes_fuses) {
     Print(options, page);
@@ -92,6 +133,7 @@ ExitStatus InImage(const Options& options, const DeviceProfile& device) {
   }
   const ImageOutput output(options, device);
   SetAll(options, page);
+  page.Confirm();
   Report report;
   const std::string files = output.Write(session.image(), report);
   if (!files.empty()) report.message = fmt::format("{}: {} written", device.name, files);
@@ -107,7 +149,8 @@ class InDevice {
       configuration_.RequireWritable();
     } else if (!ReadsConfig(device)) {
       throw UsageError(device.name +
-                       ": its configuration cannot be read; --image shows that of an image file");
+                       ": its configuration cannot be read; fuses show --image FILE shows that of "
+                       "an image file");
     }
   }
 
@@ -136,12 +179,12 @@ class InDevice {
   }
 
   Report Changed(FusePage& page) {
-    if (!ReadsConfig(device_)) RequireAll(options_, page, device_);
     std::vector<ConfigAssignment> assignments;
     for (const ConfigByte& byte : configuration_.bytes()) {
       assignments.push_back({.byte = byte, .value = configuration_.Byte(byte)});
     }
     SetAll(options_, page);
+    page.Confirm();
     for (ConfigAssignment& assignment : assignments) {
       const std::uint8_t before =
           std::exchange(assignment.value, configuration_.Byte(assignment.byte));
@@ -173,6 +216,7 @@ ExitStatus RunFusesCommand(const Options& options, const DeviceProfile& device) 
                                                  "\"fuses set\" does");
   }
   FusePage::RequirePage(device);
+  if (options.changes_fuses) CheckAssignments(options, device);
   if (!options.image_file.empty()) return InImage(options, device);
   return InDevice(options, device).Run();
 }

@@ -142,25 +142,6 @@ TEST_F(Program, CarriesTheDataMemoryInAFileOfItsOwn) {
   EXPECT_THAT(out_, EndsWith("programmed with 64 bytes and verified.\n"));
 }
 
-TEST_F(Program, WritesTheConfigurationAndReadsItBack) {
-  EXPECT_EQ(Run("config isp-page-16k low=E2 high=DF --chip c --record r"), 0) << err_;
-  EXPECT_THAT(out_, HasSubstr("configuration written: low=E2 calibration="));
-  EXPECT_EQ(Run("config isp-page-16k --chip c"), 0) << err_;
-  EXPECT_THAT(out_, HasSubstr("high=DF lock=FF\n"));
-  EXPECT_EQ(Run("replay r"), 0) << out_;
-  EXPECT_EQ(Run("config isp-page-16k high=5F --chip c"), 2);
-  EXPECT_THAT(err_, HasSubstr("high bit 7 = 0 (RSTDISBL) turns the reset line off"));
-  EXPECT_EQ(Run("config isp-page-16k --chip c"), 0);
-  EXPECT_THAT(out_, HasSubstr("high=DF")) << "nothing was written";
-  EXPECT_EQ(Run("config isp-page-16k high=5F --chip c --yes"), 0) << err_;
-  EXPECT_EQ(Run("lock isp-page-16k 1 --chip c"), 2) << "lock bits are configuration there";
-  EXPECT_EQ(Run("config isp-page-16k lock=FE --chip c"), 0) << err_;
-  EXPECT_EQ(Run("config isp-page-16k low=FF --chip c"), 1) << "locked against writing";
-  EXPECT_THAT(err_, HasSubstr("low was to be FFH and is E2H"));
-  EXPECT_EQ(Run("config isp-page-16k calibration=00"), 2);
-  EXPECT_EQ(Run("config isp-frame-2k fuse=0E"), 2) << "all of it, or nothing";
-}
-
 TEST_F(Program, RecordsWhatReplaysAndReportsWhatDoesNot) {
   const std::string example = FLIGLAF_EXAMPLES "/blink.hex";
   ASSERT_EQ(Run("program isp51-4k " + example + " --chip c --margin 2 --record a"), 0) << err_;
@@ -192,67 +173,6 @@ TEST_F(Program, ShowsProgressAsAskedFor) {
   EXPECT_EQ(err_, "");
   EXPECT_EQ(Run("devices"), 0);
   EXPECT_THAT(out_, testing::ContainsRegex("isp51-8k +family +1 "));
-}
-
-TEST_F(Program, ShowsAndSetsFusesByName) {
-  ASSERT_EQ(Run("fuses set isp-page-16k CKDIV8=1 low.0=enable 'lock bit=Lock Bit1' --chip c"), 0)
-      << err_;
-  EXPECT_THAT(out_, testing::ContainsRegex("written: low=FE calibration=.. high=FF lock=FE\n$"));
-  EXPECT_EQ(Run("fuses show isp-page-16k --chip c"), 0);
-  EXPECT_THAT(out_, StartsWith("bit          name              value  meaning\n"
-                               "low.0        CKSEL0            0      Enable\n"));
-  EXPECT_THAT(out_, HasSubstr("\nhigh.5       SPIEN             1      Disable, shown only\n"));
-  EXPECT_THAT(out_, testing::ContainsRegex("\ncalibration  Calibration Byte  ..     shown only\n"));
-  EXPECT_THAT(out_, HasSubstr("\nlock.1-0     Lock Bit          10     Lock Bit1\n"));
-  EXPECT_EQ(Run("fuses set isp-page-16k CKSEL0=0 --chip c"), 0);
-  EXPECT_THAT(out_, HasSubstr("nothing to change"));
-  EXPECT_EQ(Run("fuses set isp-page-16k DWEN=0 --chip c --yes"), 0) << err_;
-  EXPECT_THAT(out_, EndsWith("configuration written; it cannot be read back\n"));
-
-  const std::string bits = "fuse.1=1 fuse.2=0 fuse.3=1 'Bit 1 Lock Bit 2=Unlocked' ";
-  EXPECT_EQ(Run("fuses set isp-frame-2k --chip f " + bits), 2);
-  EXPECT_THAT(err_, HasSubstr("missing: Bit 0 Lock Bit 1\n"));
-  EXPECT_EQ(Run("fuses set isp-frame-2k --chip f lock.0=locked " + bits), 0) << err_;
-  EXPECT_THAT(ReadText(folder_ / "f"),
-              HasSubstr("area fuses 1\n0000: 0A\narea lock 1\n0000: 02\n"));
-}
-
-TEST_F(Program, ShowsAndSetsFusesInAnImage) {
-  ASSERT_EQ(Run("read two-wire-2k --image i.hex"), 0) << err_;
-  EXPECT_EQ(Run("fuses set two-wire-2k lock=3f --image i.hex"), 0) << err_;
-  EXPECT_EQ(Run("fuses show two-wire-2k --image i.hex --json"), 0);
-  EXPECT_THAT(out_, HasSubstr("\"name\": \"Address \\\"5FF\\\" Value\",\n      \"value\": \"3F\""));
-  ASSERT_EQ(Run("read jtag-flash-16k --image j.bin"), 0) << err_;
-  EXPECT_EQ(Run("fuses set jtag-flash-16k write-lock.7=0 read-lock.7=locked --image j.bin"), 0);
-  EXPECT_EQ(Run("fuses show jtag-flash-16k --image j.bin"), 0);
-  EXPECT_THAT(out_, HasSubstr("write-lock.7  0x7000 - 0x7DFD  1      unlocked\n"));
-  EXPECT_THAT(out_, HasSubstr("read-lock.7   0x7000 - 0x7DFD  0      locked\n"));
-}
-
-TEST_F(Program, SaysWhatIsWrongWithAFuse) {
-  struct Case {
-    const char* arguments;
-    const char* message;
-  };
-  for (const Case& c : {
-           Case{"set isp-page-16k", "name what to change"},
-           Case{"show isp-page-16k SPIEN=0", "\"fuses set\" does"},
-           Case{"set isp-page-16k SPIEN", "expected NAME=VALUE"},
-           Case{"set isp-page-16k CKSEL9=1", "did you mean CKSEL0"},
-           Case{"set isp-page-16k CKSEL0=2", "one of 0 (Enable), 1 (Disable)"},
-           Case{"set isp-page-16k SPIEN=0", "shown only"},
-           Case{"set isp-page-16k calibration=0", "shown only"},
-           Case{"set isp-page-16k DWEN=0", "high bit 6 = 0 (DWEN) makes the reset line a debug"},
-           Case{"set jtag-flash-16k '0x0000 - 0x0FFF=0'", "take write-lock.0 or read-lock.0"},
-           Case{"set two-wire-2k lock=1FF", "two hexadecimal digits"},
-           Case{"show isp51-4k", "no fuses or lock bytes"},
-           Case{"show isp-frame-2k", "cannot be read; --image"},
-           Case{"set isp-page-16k CKSEL0=1 --image none.hex", "none.hex: there is no such file"},
-           Case{"list isp-page-16k", "none of set|show"},
-       }) {
-    EXPECT_EQ(Run("fuses " + std::string(c.arguments)), 2) << c.arguments;
-    EXPECT_THAT(err_, HasSubstr(c.message));
-  }
 }
 
 }  // namespace

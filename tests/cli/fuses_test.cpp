@@ -1,0 +1,119 @@
+// Configuration bytes and fuses, as a user of the program meets them.
+#include <fcntl.h>
+
+#include "tests/cli/program_fixture.h"
+
+namespace fliglaf {
+namespace {
+
+using test::ReadText;
+using testing::ContainsRegex;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class Fuses : public test::ProgramTest {
+ protected:
+  /// Runs the program with `answers` typed at its terminal.
+  int RunAtTerminal(const std::string& arguments, const std::string& answers) {
+    const int person = posix_openpt(O_RDWR | O_NOCTTY);
+    EXPECT_TRUE(person >= 0 && grantpt(person) == 0 && unlockpt(person) == 0);
+    const std::string command = "sh -c '\"" FLIGLAF_PROGRAM "\" " + arguments + " <";
+    const pid_t run = StartCommand(command + ptsname(person) + "'");
+    EXPECT_EQ(write(person, answers.data(), answers.size()), std::ssize(answers));
+    const int status = Wait(run);
+    close(person);
+    return status;
+  }
+};
+
+TEST_F(Fuses, BytesAreWrittenAndReadBack) {
+  EXPECT_EQ(Run("config isp-page-16k LOW=0xE2 high=DF low=e2 --chip c --record r"), 0) << err_;
+  EXPECT_THAT(out_, HasSubstr("configuration written: low=E2 calibration="));
+  EXPECT_EQ(Run("replay r"), 0) << out_;
+  EXPECT_EQ(Run("config isp-page-16k high=5F --chip c"), 2);
+  EXPECT_THAT(err_, HasSubstr("high bit 7 = 0 (RSTDISBL) turns the reset line off"));
+  for (const char* const answers : {"yes\n\n", "x\nN\n", "?\n\x04"}) {
+    EXPECT_EQ(RunAtTerminal("config isp-page-16k high=5F --chip c", answers), 2);
+    EXPECT_THAT(err_, HasSubstr("again. Go on? (y/N) Go on? (y/N) "));
+  }
+  EXPECT_EQ(Run("config isp-page-16k --chip c"), 0);
+  EXPECT_THAT(out_, HasSubstr("high=DF lock=FF\n")) << "nothing was written";
+  EXPECT_EQ(RunAtTerminal("config isp-page-16k high=5F --chip c", "?\nY\n"), 0) << err_;
+  EXPECT_EQ(Run("config isp-page-16k high=5F lock=FE --chip c --yes"), 0) << err_;
+  EXPECT_EQ(Run("config isp-page-16k low=FF --chip c"), 1) << "locked against writing";
+  EXPECT_THAT(err_, HasSubstr("differs from what was written: low is E2, not FF"));
+}
+
+TEST_F(Fuses, BitsAreShownAndSetByName) {
+  ASSERT_EQ(Run("fuses set isp-page-16k ckdiv8=0x1 low.0=enable 'lock bit=Lock Bit1' --chip c"), 0)
+      << err_;
+  EXPECT_THAT(out_, ContainsRegex("written: low=FE calibration=.. high=FF lock=FE\n$"));
+  EXPECT_EQ(Run("fuses show isp-page-16k --chip c"), 0);
+  EXPECT_THAT(out_, StartsWith("bit          name              value  meaning\n"
+                               "low.0        CKSEL0            0      Enable\n"));
+  EXPECT_THAT(out_, HasSubstr("\nhigh.5       SPIEN             1      Disable, shown only\n"));
+  EXPECT_THAT(out_, HasSubstr("\nlock.1-0     Lock Bit          10     Lock Bit1\n"));
+  EXPECT_EQ(Run("fuses set isp-page-16k CKSEL0=0 LOW.0=Enable lock.1-0=0x2 --chip c"), 0) << err_;
+  EXPECT_THAT(out_, HasSubstr("nothing to change"));
+  EXPECT_EQ(Run("fuses set isp-page-16k DWEN=0 --chip c"), 2);
+  EXPECT_EQ(Run("fuses set isp-page-16k DWEN=0 --chip c --yes"), 0) << err_;
+  EXPECT_THAT(out_, EndsWith("configuration written; it cannot be read back\n"));
+
+  EXPECT_EQ(Run("fuses set isp-frame-2k --chip f FUSE.1=1 fuse.2=0 fuse.3=1 'bit 1 lock bit 2=1'"),
+            2);
+  constexpr std::string_view kExample = "fliglaf fuses set isp-frame-2k ";
+  ASSERT_THAT(err_, HasSubstr("missing: Bit 0 Lock Bit 1; with"));
+  ASSERT_THAT(err_, HasSubstr(kExample));
+  std::string bits = err_.substr(err_.find(kExample) + kExample.size());
+  bits.pop_back();  // the end of the line
+  EXPECT_EQ(Run("fuses set isp-frame-2k --chip f " + bits), 0) << err_;
+  EXPECT_THAT(ReadText(folder_ / "f"), HasSubstr("area fuses 1\n0000: 0A\n"));
+}
+
+TEST_F(Fuses, AreShownAndSetInAnImage) {
+  std::ofstream(folder_ / "i.hex") << ":0105FF005AA1\n:00000001FF\n";  // with gaps, but a lock byte
+  EXPECT_EQ(Run("fuses set two-wire-2k lock=0x3f --image i.hex"), 0) << err_;
+  EXPECT_EQ(Run("fuses show two-wire-2k --image i.hex --json"), 0);
+  EXPECT_THAT(out_, HasSubstr("\"name\": \"Address \\\"5FF\\\" Value\",\n      \"value\": \"3F\""));
+  ASSERT_EQ(Run("read jtag-flash-16k --image j.bin"), 0) << err_;
+  EXPECT_EQ(Run("fuses set jtag-flash-16k write-lock.7=0 read-lock.7=locked --image j.bin"), 0);
+  EXPECT_EQ(Run("fuses show jtag-flash-16k --image j.bin"), 0);
+  EXPECT_THAT(out_, HasSubstr("write-lock.7  0x7000 - 0x7DFD  1      unlocked\n"));
+  EXPECT_THAT(out_, HasSubstr("read-lock.7   0x7000 - 0x7DFD  0      locked\n"));
+}
+
+TEST_F(Fuses, WhatIsWrongIsSaidBeforeADeviceOrFileIsTouched) {
+  std::ofstream(folder_ / "code.hex") << ":0100000000FF\n:00000001FF\n";
+  struct Case {
+    const char* arguments;
+    const char* message;
+  };
+  for (const Case& c : {
+           Case{"fuses set isp-page-16k", "name what to change"},
+           Case{"fuses show isp-page-16k SPIEN=0", "\"fuses set\" does"},
+           Case{"fuses set isp-page-16k SPIEN", "expected NAME=VALUE"},
+           Case{"fuses set isp-page-16k CKSEL9=1", "did you mean CKSEL0"},
+           Case{"fuses set isp-page-16k CKSEL0=2", "must be one of 0 (Enable), 1 (Disable)"},
+           Case{"fuses set isp-page-16k CKSEL0=1 low.0=0", "low.0=0 contradicts CKSEL0=1"},
+           Case{"fuses set isp-page-16k SPIEN=0", "shown only"},
+           Case{"fuses set jtag-flash-16k '0x0000 - 0x0FFF=0'", "write-lock.0 or read-lock.0"},
+           Case{"fuses set two-wire-2k lock=0x1FF", "hexadecimal digits"},
+           Case{"fuses show isp51-4k", "no fuses or lock bytes"},
+           Case{"fuses show isp-frame-2k", "cannot be read; fuses show --image"},
+           Case{"fuses show two-wire-2k --image random.bin", "random.bin: its size is 8192; an im"},
+           Case{"fuses show two-wire-2k --image code.hex", "nothing at address 0x05FF, the byte "},
+           Case{"config isp-page-16k fuse=00", "unknown byte; isp-page-16k has low, high, lock"},
+           Case{"config isp-page-16k low=0x", "hexadecimal digits"},
+           Case{"config isp-page-16k low=E2 LOW=E3", "LOW=E3 contradicts low=E2"},
+           Case{"config isp-page-16k calibration=00", "calibration cannot be written"},
+           Case{"config isp-frame-2k FUSE=0E fuse=0E",
+                "fliglaf config isp-frame-2k fuse=0E lock=XX"},
+       }) {
+    EXPECT_EQ(Run(std::string(c.arguments) + " --fault no-programmer"), 2) << c.arguments;
+    EXPECT_THAT(err_, HasSubstr(c.message));
+  }
+}
+
+}  // namespace
+}  // namespace fliglaf
