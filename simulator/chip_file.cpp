@@ -7,10 +7,13 @@
 #include <optional>
 #include <vector>
 
+#include "shared/utf8.h"
+
 namespace fliglaf::simulator {
 namespace {
 
 constexpr std::string_view kFirstLine = "fliglaf chip 1";
+constexpr std::string_view kBegins = "a chip file begins with \"fliglaf chip 1\"";
 constexpr std::size_t kRowBytes = 32;
 
 std::string Format(const char* pattern, std::size_t value) {
@@ -32,15 +35,12 @@ void SaveArea(const MemoryArea& area, std::string& text) {
   }
 }
 
-/// Words of a line, one blank or more between them.
-std::vector<std::string_view> Words(std::string_view line) {
-  std::vector<std::string_view> words;
-  while (!line.empty()) {
-    const std::size_t end = std::min(line.find(' '), line.size());
-    if (end > 0) words.push_back(line.substr(0, end));
-    line.remove_prefix(std::min(end + 1, line.size()));
-  }
-  return words;
+/// Takes the next word of a line, blanks between them; empty at its end.
+std::string_view TakeWord(std::string_view& line) {
+  line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));
+  const std::string_view word = line.substr(0, line.find(' '));
+  line.remove_prefix(word.size());
+  return word;
 }
 
 std::optional<std::size_t> Number(std::string_view word, int base) {
@@ -60,6 +60,9 @@ class Reader {
   }
 
   void Read(std::string_view text) {
+    if (text.empty()) {
+      throw ChipFileError(std::string(name_) + ": empty; " + std::string(kBegins));
+    }
     while (!text.empty()) {
       const std::size_t end = std::min(text.find('\n'), text.size());
       std::string_view line = text.substr(0, end);
@@ -86,63 +89,79 @@ class Reader {
 
   void TakeLine(std::string_view line) {
     if (line_ == 1) {
-      if (line != kFirstLine) Fail("the first line of a chip file is \"fliglaf chip 1\"");
+      if (line != kFirstLine) Fail("not a chip file: " + std::string(kBegins));
       return;
     }
-    const auto words = Words(line);
-    if (line_ == 2) return TakeDevice(words);
-    if (words.empty()) return;
-    if (ended_) Fail("nothing follows the line \"end\"");
-    if (words[0] == "end") {
+    const std::string_view word = TakeWord(line);
+    if (line_ == 2) return TakeDevice(word, line);
+    if (word.empty()) return;
+    if (ended_) Fail("nothing may follow the line \"end\"");
+    if (word == "end") {
       ended_ = true;
       return;
     }
-    if (words[0] == "area") return TakeArea(words);
-    if (words[0].back() == ':') return TakeRow(words);
+    if (word == "area") return TakeArea(line);
+    if (word.back() == ':') return TakeRow(word, line);
     Fail("expected \"area NAME BYTES\" or a row \"ADDRESS: BYTES\"");
   }
 
-  void TakeDevice(const std::vector<std::string_view>& words) {
-    if (words.size() != 2 || words[0] != "device") Fail("expected \"device NAME\"");
-    if (words[1] != device_) {
-      Fail("the file holds a " + std::string(words[1]) + ", not a " + std::string(device_));
+  void TakeDevice(std::string_view word, std::string_view rest) const {
+    const std::string_view device = TakeWord(rest);
+    if (word != "device" || device.empty() || !TakeWord(rest).empty()) {
+      Fail("expected \"device NAME\"");
+    }
+    if (device != device_) {
+      Fail("the file holds " + Excerpt(device) + ", not " + std::string(device_));
     }
   }
 
-  void TakeArea(const std::vector<std::string_view>& words) {
-    if (words.size() != 3) Fail("expected \"area NAME BYTES\"");
+  void TakeArea(std::string_view rest) {
+    const std::string_view area = TakeWord(rest);
+    const std::string_view bytes = TakeWord(rest);
+    if (bytes.empty() || !TakeWord(rest).empty()) Fail("expected \"area NAME BYTES\"");
     const auto found = std::ranges::find_if(
-        contents_, [&words](const Content& content) { return content.area.name == words[1]; });
+        contents_, [area](const Content& content) { return content.area.name == area; });
     if (found == contents_.end()) {
-      Fail("a " + std::string(device_) + " has no area \"" + std::string(words[1]) + "\"");
+      Fail(std::string(device_) + " has no area \"" + Excerpt(area) + "\"");
     }
-    if (Number(words[2], 10) != found->bytes.size()) {
-      Fail("area \"" + found->area.name + "\" has " + std::to_string(found->bytes.size()) +
-           " bytes, not " + std::string(words[2]));
+    if (Number(bytes, 10) != found->bytes.size()) {
+      Fail(NameOf(*found) + " has " + SizeOf(*found) + ", not " + Excerpt(bytes));
     }
     current_ = &*found;
   }
 
-  void TakeRow(const std::vector<std::string_view>& words) {
-    if (current_ == nullptr) Fail("a row stands before the first area");
-    const auto start = Number(words[0].substr(0, words[0].size() - 1), 16);
-    if (!start) Fail("the address of a row is hexadecimal, as in 01A0:");
-    const std::size_t count = words.size() - 1;
-    if (*start > current_->bytes.size() || count > current_->bytes.size() - *start) {
-      Fail("the row goes beyond the " + std::to_string(current_->bytes.size()) +
-           " bytes of area \"" + current_->area.name + "\"");
+  void TakeRow(std::string_view address, std::string_view rest) {
+    if (current_ == nullptr) Fail("a row needs a line \"area NAME BYTES\" before it");
+    const auto start = Number(address.substr(0, address.size() - 1), 16);
+    if (!start) Fail("\"" + Excerpt(address) + "\" is not a hexadecimal address, as in 01A0:");
+    std::size_t at = *start;
+    CheckWithin(at <= current_->bytes.size());
+    for (auto word = TakeWord(rest); !word.empty(); word = TakeWord(rest)) {
+      CheckWithin(at < current_->bytes.size());
+      current_->bytes[at++] = Byte(word);
     }
-    for (std::size_t i = 0; i < count; ++i) {
-      const auto byte = Number(words[i + 1], 16);
-      if (!byte || *byte > 0xFF || words[i + 1].size() != 2) {
-        Fail("\"" + std::string(words[i + 1]) + "\" is no byte of two hexadecimal digits");
-      }
-      if (*byte > current_->area.largest) {
-        Fail("a byte of area \"" + current_->area.name + "\" is at most " +
-             std::to_string(current_->area.largest));
-      }
-      current_->bytes[*start + i] = static_cast<std::uint8_t>(*byte);
+  }
+
+  void CheckWithin(bool within) const {
+    if (!within) Fail("the row goes beyond the " + SizeOf(*current_) + " of " + NameOf(*current_));
+  }
+
+  [[nodiscard]] std::uint8_t Byte(std::string_view word) const {
+    const auto byte = Number(word, 16);
+    if (!byte || word.size() != 2) {
+      Fail("\"" + Excerpt(word) + "\" is not a byte of two hexadecimal digits");
     }
+    if (*byte > current_->area.largest) {
+      Fail(std::string(word) + " is too large for " + NameOf(*current_) + "; at most " +
+           Format("%02zX", current_->area.largest));
+    }
+    return static_cast<std::uint8_t>(*byte);
+  }
+
+  static std::string NameOf(const Content& content) { return "area \"" + content.area.name + "\""; }
+  static std::string SizeOf(const Content& content) {
+    const std::size_t bytes = content.bytes.size();
+    return std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");
   }
 
   [[noreturn]] void Fail(const std::string& reason) const {

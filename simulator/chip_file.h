@@ -20,7 +20,7 @@
 
 namespace fliglaf::simulator {
 
-/// The text is not the contents of this chip; what() tells line and reason.
+/// The text is not the contents of this chip; what() says where and why, in one line.
 class ChipFileError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

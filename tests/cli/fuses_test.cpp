@@ -1,5 +1,6 @@
-// Configuration bytes and fuses, as a user of the program meets them.
+// Configuration bytes, fuses and simulated chips in files, as a user of the program meets them.
 #include <fcntl.h>
+#include <map>
 
 #include "tests/cli/program_fixture.h"
 
@@ -112,6 +113,23 @@ TEST_F(Fuses, WhatIsWrongIsSaidBeforeADeviceOrFileIsTouched) {
        }) {
     EXPECT_EQ(Run(std::string(c.arguments) + " --fault no-programmer"), 2) << c.arguments;
     EXPECT_THAT(err_, HasSubstr(c.message));
+  }
+}
+
+TEST_F(Fuses, ABadChipFileIsRefusedInAShortLine) {
+  const std::string head = "fliglaf chip 1\ndevice isp51-4k\n";
+  const std::string lock = head + "area lock 1\n0000: ";
+  const std::map<std::string, const char*> cases{
+      {"", "c: empty; a chip file begins with \"fliglaf chip 1\""},
+      {"\x1B[2J", "c:1: not a chip file"},
+      {head + "area \u202Elock 1", "c:3: isp51-4k has no area \"\uFFFDlock\""},
+      {lock + "00 00", "c:4: the row goes beyond the 1 byte of area \"lock\""},
+      {lock + std::string(5 << 20, '\x1B'), "\uFFFD...\" is not a byte of two hex"}};
+  for (const auto& [text, message] : cases) {
+    std::ofstream(folder_ / "c") << text;
+    EXPECT_EQ(Run("blank isp51-4k --chip c"), 2);
+    EXPECT_THAT(err_, HasSubstr(message));
+    EXPECT_LT(err_.size(), 250);
   }
 }
 
