@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "cli/usage_error.h"
+#include "devices/nearest_names.h"
 
 namespace fliglaf::cli {
 namespace {
@@ -48,10 +49,10 @@ simulator::StuckBit ParseStuckBit(const std::string& fault, std::string_view tex
   const auto bit = Number(text.substr(dot + 1, equals - dot - 1));
   const auto value = Number(text.substr(equals + 1));
   if (!address || *address >= memory_bytes) {
-    Fail(fault, "the address is from 0 to " + std::to_string(memory_bytes - 1));
+    Fail(fault, "the address must be from 0 to " + std::to_string(memory_bytes - 1));
   }
-  if (!bit || *bit > 7) Fail(fault, "the bit is from 0 to 7");
-  if (!value || *value > 1) Fail(fault, "the value is 0 or 1");
+  if (!bit || *bit > 7) Fail(fault, "the bit must be from 0 to 7");
+  if (!value || *value > 1) Fail(fault, "the value must be 0 or 1");
   return {.address = *address, .bit = static_cast<int>(*bit), .value = *value == 1};
 }
 
@@ -60,13 +61,15 @@ FaultOptions::Call ParseCall(const std::string& fault, std::string_view text) {
   const std::size_t colon = std::min(text.find(':'), text.size());
   const std::string_view operation = text.substr(0, colon);
   if (std::ranges::find(kOperations, operation) == kOperations.end()) {
-    Fail(fault, "the programmer has no operation \"" + std::string(operation) +
-                    "\"; one is WriteRegister, another SetVcc");
+    const auto nearest = NearestNames(operation, kOperations);
+    Fail(fault, "unknown operation \"" + std::string(operation) + "\"; " +
+                    (nearest.empty() ? "known ones include WriteRegister and SetVcc"
+                                     : "did you mean " + nearest.front() + "?"));
   }
   FaultOptions::Call call{.operation = std::string(operation)};
   if (colon < text.size()) {
     const auto nth = Number(text.substr(colon + 1));
-    if (!nth || *nth < 1) Fail(fault, "the call is numbered from 1");
+    if (!nth || *nth < 1) Fail(fault, "the number of the call must be 1 or more");
     call.nth = *nth;
   }
   return call;

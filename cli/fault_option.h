@@ -9,7 +9,7 @@
 
 namespace fliglaf::cli {
 
-/// What the --fault options ask for.
+/// The faults that the --fault options name.
 struct FaultOptions {
   struct Call {
     std::string operation;
