@@ -61,6 +61,7 @@ TEST(ProfileErrors, AGoodFileIsTaken) {
 const Mistake kMistakes[] = {
     // What TOML itself refuses.
     {"page = 256", "page = ", 4, "not valid TOML at column", "value"},
+    {"[[device]]", "[[[device]]", 14, "not valid TOML at column", ""},
     {"page = 256", "supply = 300", 5, "not valid TOML at column", "supply"},
     {"description = \"a part\"", "description = \"\xFF\"", 16, "not valid TOML at column", "utf-8"},
     {"page = 256", "ö = 1", 4, "not valid TOML at column 1", "saw 'ö'"},
