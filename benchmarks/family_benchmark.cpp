@@ -46,7 +46,7 @@ class Job {
  public:
   explicit Job(const DeviceProfile& device)
       : session_(cli::HostSession::FreeInstance(), device, cli::Engine::kUsb),
-        bench_(device, session_.instance(), {.chip_file = {}, .faults = {}}),
+        bench_(device, session_.instance(), {.faults = {}}),
         desktop_(bench_.bench()) {
     const MemoryLayout layout = LayoutOf(device);
     std::mt19937 random(1);

@@ -47,7 +47,7 @@ class Measurement {
         engine_(engine),
         session_(cli::HostSession::FreeInstance(), device, engine),
         bench_(device, session_.instance(),
-               {.chip_file = {}, .faults = {}, .parallel = engine == cli::Engine::kParallel}),
+               {.faults = {}, .parallel = engine == cli::Engine::kParallel}),
         desktop_(bench_.bench()) {
     std::mt19937 random(1);
     for (std::uint8_t& byte : session_.image()) byte = static_cast<std::uint8_t>(random());

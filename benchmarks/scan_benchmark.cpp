@@ -57,7 +57,7 @@ class Scans {
   const DeviceCatalogue catalogue_ = DeviceCatalogue::BuiltIn();
   const DeviceProfile& device_ = *catalogue_.Find("jtag-page-64k");
   cli::HostSession session_{cli::HostSession::FreeInstance(), device_, cli::Engine::kUsb};
-  cli::SimulatedBench bench_{device_, session_.instance(), {.chip_file = {}, .faults = {}}};
+  cli::SimulatedBench bench_{device_, session_.instance(), {.faults = {}}};
   platform::PortableDesktop desktop_{bench_.bench()};
   platform::Form window_;
   platform::Timer watchdog_{desktop_, "none", [] {}};

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <iostream>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <fmt/format.h>
 
+#include "cli/prompt.h"
 #include "cli/usage_error.h"
 #include "devices/nearest_names.h"
 #include "platform/terminal.h"
@@ -90,21 +90,7 @@ std::string Describe(const ConfigHazard& hazard) {
                      hazard.name, hazard.effect);
 }
 
-/// What the user answers at the terminal; the end of the input is a no.
-bool Agrees() {
-  for (;;) {
-    std::cerr << "Go on? (y/N) " << std::flush;
-    std::string answer;
-    if (!std::getline(std::cin, answer)) {
-      std::cerr << "\n";
-      return false;
-    }
-    if (platform::StopRequested() || answer.empty() || SameIgnoringCase(answer, "n")) return false;
-    if (SameIgnoringCase(answer, "y")) return true;
-  }
-}
-
-/// Throws UsageError unless the user wants it all the same.
+/// Throws UsageError unless the user wants it all the same, Stopped at a stop.
 void AskAboutHazards(const std::vector<ConfigHazard>& hazards, const Options& options) {
   if (hazards.empty() || options.yes) return;
   std::string text;
@@ -113,8 +99,9 @@ void AskAboutHazards(const std::vector<ConfigHazard>& hazards, const Options& op
   if (!platform::IsTerminal(platform::Stream::kInput)) {
     throw UsageError(text + " To write it all the same, add --yes");
   }
-  std::cerr << text << " ";
-  if (!Agrees()) throw UsageError("nothing was written");
+  if (AskYesNo(text + " Go on?")) return;
+  if (platform::StopRequested()) throw platform::Stopped();
+  throw UsageError("nothing was written");
 }
 
 /// Where the device's bytes cannot be read first, a byte that is not named would be overwritten.

@@ -2,7 +2,6 @@
 // run is killed, stopped or short of space.
 #include <chrono>
 #include <csignal>
-#include <pty.h>
 #include <sys/stat.h>
 #include <thread>
 #include <vector>
@@ -39,29 +38,6 @@ class NamedFiles : public fliglaf::test::ProgramTest {
     for (int i = 0; i < 1000 && ReadText(folder_ / "err").find(text) == std::string::npos; ++i) {
       Sleep(10);
     }
-  }
-  /// Runs the program on a terminal whose user types `typed`.
-  int RunAtTerminal(const std::string& arguments, const std::string& typed) {
-    int terminal = -1;
-    const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
-    const std::string line =
-        "cd '" + folder_.string() + "' && exec '" FLIGLAF_PROGRAM "' " + arguments;
-    if (child == 0) {
-      execl("/bin/sh", "sh", "-c", line.c_str(), nullptr);
-      _exit(127);
-    }
-    std::string shown;
-    char piece[4096];
-    bool answered = false;
-    for (ssize_t n = 0; (n = read(terminal, piece, sizeof(piece))) > 0;) {
-      shown.append(piece, static_cast<std::size_t>(n));
-      if (answered || shown.find("gnore? ") == std::string::npos) continue;
-      answered = write(terminal, typed.data(), typed.size()) > 0;
-    }
-    close(terminal);
-    const int status = Wait(child);
-    out_ = shown;
-    return status;
   }
 };
 

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <pty.h>
 #include <random>
 #include <sstream>
 #include <string>
@@ -57,6 +58,30 @@ class ProgramTest : public testing::Test {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   }
   int Run(const std::string& arguments) { return Wait(Start(arguments)); }
+  /// Runs the program on a terminal whose user types `typed` at the first question. All that the
+  /// terminal shows is then in out_.
+  int RunAtTerminal(const std::string& arguments, const std::string& typed) {
+    int terminal = -1;
+    const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (child == 0) {
+      const std::string line =
+          "cd '" + folder_.string() + "' && exec '" FLIGLAF_PROGRAM "' " + arguments;
+      execl("/bin/sh", "sh", "-c", line.c_str(), nullptr);
+      _exit(127);
+    }
+    std::string shown;
+    char piece[4096];
+    bool has_answered = false;
+    for (ssize_t n = 0; (n = read(terminal, piece, sizeof(piece))) > 0;) {
+      shown.append(piece, static_cast<std::size_t>(n));
+      if (has_answered || (!shown.ends_with("? ") && !shown.ends_with("(y/N) "))) continue;
+      has_answered = write(terminal, typed.data(), typed.size()) > 0;
+    }
+    close(terminal);
+    const int status = Wait(child);
+    out_ = shown;
+    return status;
+  }
 
   std::filesystem::path folder_;
   std::string out_;

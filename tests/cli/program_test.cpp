@@ -89,7 +89,7 @@ TEST_F(Program, RefusesBadInputBeforeAnythingIsDone) {
            Case{"blank isp51-4k --fault smoke", "--fault smoke: expected no-programmer"},
            Case{"blank isp51-4k --fault stuck=4096.0=1", "from 0 to 4095"},
            Case{"blank isp51-4k --chip bad.chip", "bad.chip:4: the row goes beyond"},
-           Case{"blank isp51-4k --chip other.chip", "other.chip:2: the file holds a isp51-8k"},
+           Case{"blank isp51-4k --chip other.chip", "other.chip:2: the file holds isp51-8k"},
            Case{"blank isp51-4k --chip cut.chip", "cut.chip:3: the file ends before"},
            Case{"blank isp51-4k --devices none", "none"},
        }) {
