@@ -36,6 +36,7 @@ Limits ValueLimits(ElementType type) {
   }
 }
 
+constexpr std::size_t kItemsOfALine = 32;
 constexpr std::int64_t kMostElements = std::numeric_limits<std::int32_t>::max();
 
 /// Takes `N*VALUE` or `VALUE`.
@@ -159,6 +160,16 @@ std::vector<EqualElements> CountEqual(std::span<const std::int32_t> values) {
     }
   }
   return runs;
+}
+
+void WriteNumbers(std::string& out, std::string_view name, std::size_t index,
+                  std::span<const std::int32_t> values) {
+  const std::vector<EqualElements> runs = CountEqual(values);
+  for (std::size_t first = 0; first < runs.size(); first += kItemsOfALine) {
+    const auto line = std::span(runs).subspan(first, std::min(kItemsOfALine, runs.size() - first));
+    out += fmt::format("{}({}) = {}\n", name, index, Items(line));
+    for (const EqualElements& run : line) index += static_cast<std::size_t>(run.count);
+  }
 }
 
 std::pair<SharedVariable*, std::int32_t> FindByte(const SharedVariables& vars,

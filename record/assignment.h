@@ -80,6 +80,35 @@ void Store(const Assignment& assignment);
 /// Neighbours that are equal, counted.
 [[nodiscard]] std::vector<EqualElements> CountEqual(std::span<const std::int32_t> values);
 
+/// Appends assignments of `values`, the elements of `name` from `index` on, in as many lines as
+/// they need.
+void WriteNumbers(std::string& out, std::string_view name, std::size_t index,
+                  std::span<const std::int32_t> values);
+
+/// So many elements that did not change end a line of changes.
+inline constexpr std::size_t kUnchangedBetween = 8;
+
+/// The same of the elements that `differs` is true for by their place in `values`, with what lies
+/// between close ones.
+template <class Differs>
+void WriteWhere(std::string& out, std::string_view name, std::size_t index,
+                std::span<const std::int32_t> values, const Differs& differs) {
+  std::size_t first = 0;
+  std::size_t end = 0;  // of the piece that is not written yet; `first` when there is none
+  const auto write = [&] {
+    if (end > first) WriteNumbers(out, name, index + first, values.subspan(first, end - first));
+  };
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    if (!differs(i)) continue;
+    if (end == first || i - end >= kUnchangedBetween) {
+      write();
+      first = i;
+    }
+    end = i + 1;
+  }
+  write();
+}
+
 /// The byte of a shared variable that lies at `address`: variable and index; null when none does.
 [[nodiscard]] std::pair<SharedVariable*, std::int32_t> FindByte(const SharedVariables& vars,
                                                                 const std::uint8_t* address);

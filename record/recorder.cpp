@@ -15,16 +15,22 @@ constexpr double kSecondsPerDay = 86'400;
 /// The line that ends the log of a request: `>> 1.25Sec`.
 constexpr std::u16string_view kElapsedHead = u">> ";
 constexpr std::u16string_view kElapsedTail = u"Sec\n";
+/// Follows it when the call that signals the result fails.
+constexpr std::u16string_view kFailedCallHead = u">>IoHelper.";
 
 /// Where the hundredths of seconds of that line stand in `log`, and what they are.
 struct Elapsed {
   std::size_t position;
+  std::size_t length;
   std::int64_t hundredths;
 };
 
 std::optional<Elapsed> FindElapsed(std::u16string_view log) {
-  if (!log.ends_with(kElapsedTail)) return std::nullopt;
-  const std::u16string_view number_and_before = log.substr(0, log.size() - kElapsedTail.size());
+  const std::size_t tail = log.rfind(kElapsedTail);
+  if (tail == std::u16string_view::npos) return std::nullopt;
+  const std::u16string_view behind = log.substr(tail + kElapsedTail.size());
+  if (!behind.empty() && !behind.starts_with(kFailedCallHead)) return std::nullopt;
+  const std::u16string_view number_and_before = log.substr(0, tail);
   const std::size_t head = number_and_before.rfind(kElapsedHead);
   if (head == std::u16string_view::npos) return std::nullopt;
   const std::size_t position = head + kElapsedHead.size();
@@ -34,7 +40,7 @@ std::optional<Elapsed> FindElapsed(std::u16string_view log) {
     if (c < u'0' || c > u'9' || hundredths > 1'000'000'000) return std::nullopt;
     hundredths = hundredths * 10 + (c - u'0');
   }
-  return Elapsed{position, hundredths};
+  return Elapsed{position, tail - position, hundredths};
 }
 
 }  // namespace
@@ -68,6 +74,7 @@ int RecordingDesktop::MsgBox(int style, std::u16string_view title, std::u16strin
 void RecordingDesktop::DoEvents() {
   const std::uint8_t result_before = vars_.quorinprgresult[0];
   watchdog_ticked_ = false;
+  traffic_.BeginTurn();
   inner_.DoEvents();
   traffic_.Turned(result_before, watchdog_ticked_);
 }
@@ -90,9 +97,8 @@ std::u16string RecordingDesktop::AtStandingClock(std::u16string_view log) const 
   const std::int64_t standing = elapsed->hundredths - std::llround(passed * 100);
   if (standing < 0) return text;  // not the line of this run
   const std::string seconds = fmt::format("{}.{:02}", standing / 100, standing % 100);
-  text.resize(elapsed->position);
-  text.append(seconds.begin(), seconds.end());
-  return text.append(kElapsedTail);
+  return text.replace(elapsed->position, elapsed->length,
+                      std::u16string(seconds.begin(), seconds.end()));
 }
 
 void RecordingDesktop::StartTimer(platform::Timer& timer) {

@@ -40,6 +40,7 @@ void Traffic::Start() {
   active_ = true;
   problem_.clear();
   bulk_.reset();
+  late_.reset();
   last_times_ = turns_ = events_ = 0;
   event_lines_.clear();
 }
@@ -52,6 +53,7 @@ void Traffic::Finish() {
 
 Traffic::Watched Traffic::Watch(const Call& call) {
   CloseBulkRead();
+  if (late_) late_->Look();
   Watched watched{
       .outcome = vars_.quorinprgresult[0], .notes = {}, .indexes = {-1, -1}, .bytes = {}};
   if (!MayNote(call.operation->op)) return watched;
@@ -93,9 +95,9 @@ void Traffic::Write(const Call& call, const Answer& answer, const Watched& befor
 }
 
 void Traffic::WriteSets(const Call& call, const Watched& before) {
-  const auto set = [this](std::string_view name, std::int64_t index, const std::string& value) {
-    FlushCalls();
-    out_ += fmt::format("{} {}({}) = {}\n", kSetWord, name, index, value);
+  std::string sets = TakeLateChanges();
+  const auto set = [&sets](std::string_view name, std::int64_t index, const std::string& value) {
+    sets += fmt::format("{} {}({}) = {}\n", kSetWord, name, index, value);
   };
   for (std::size_t i = 0; i < before.indexes.size(); ++i) {
     const std::int64_t index = before.indexes[i];
@@ -105,18 +107,20 @@ void Traffic::WriteSets(const Call& call, const Watched& before) {
   if (vars_.quorinprgresult[0] != before.outcome) {
     set("quorinprgresult", 0, std::to_string(vars_.quorinprgresult[0]));
   }
-  if (!MayNote(call.operation->op)) return;
-  for (std::size_t i = 0; i < before.notes.size(); ++i) {
+  const std::size_t notes = MayNote(call.operation->op) ? before.notes.size() : 0;
+  for (std::size_t i = 0; i < notes; ++i) {
     const std::u16string_view note = Note(i);
     if (!Same(note, before.notes[i])) {
       set("quorinMainRtstr", static_cast<std::int64_t>(i), Quote(note));
     }
   }
+  PutSets(sets);
 }
 
 void Traffic::OpenBulkRead(std::span<std::uint8_t> destination, std::uint8_t& status) {
   CloseBulkRead();
   FlushCalls();
+  if (late_) late_->Look();
   turns_ = events_ = 0;
   bulk_.emplace(BulkReadInProgress{.call = BulkReadCall(vars_, destination),
                                    .destination = destination,
@@ -131,7 +135,26 @@ void Traffic::OpenBulkRead(std::span<std::uint8_t> destination, std::uint8_t& st
 
 void Traffic::FailBulkRead(const ComponentError& error) {
   Put(bulk_->call, {.hresult = Failed(*bulk_->call.operation, error)});
+  PutSets(TakeLateChanges());
   bulk_.reset();
+}
+
+/// A bulk read has been started. It ends the one before, which may have stored something in the
+/// meantime; what lies where both store is in the answer of the new one.
+void Traffic::EndLateTransfer() {
+  if (!late_) return;
+  late_->LeaveOut(bulk_->destination);
+  late_->LeaveOut({bulk_->status, 1});
+  bulk_->sets = late_->TakeChanges();
+  late_.reset();
+}
+
+/// What a transfer that was given up has stored since it was last looked at.
+std::string Traffic::TakeLateChanges() {
+  if (!late_) return {};
+  std::string changes = late_->TakeChanges();
+  if (late_->over()) late_.reset();
+  return changes;
 }
 
 /// Writes the bulk read that is open, with the events of the turns in which the library waited for
@@ -142,7 +165,11 @@ void Traffic::CloseBulkRead() {
   bulk_.reset();
   std::string events = std::exchange(event_lines_, {});
   Put(bulk.call, bulk.complete ? *bulk.complete : Transferred(bulk));
+  PutSets(bulk.sets);
   event_lines_ = std::move(events);
+  if (bulk.complete || bulk.call.target.empty()) return;
+  late_.emplace(vars_, bulk.destination, *bulk.status);
+  if (late_->over()) late_.reset();
 }
 
 /// What the transfer has done so far. Bytes at the end that are as they were before are not told,
@@ -161,9 +188,14 @@ Answer Traffic::Transferred(const BulkReadInProgress& bulk) const {
   return answer;
 }
 
+void Traffic::BeginTurn() {
+  if (late_) late_->Look();
+}
+
 void Traffic::Turned(std::uint8_t result_before, bool watchdog) {
   if (!active_) return;
   CountTurn();
+  PutSets(TakeLateChanges());
   const std::uint8_t now = vars_.quorinprgresult[0];
   if (watchdog && now == result::kTimeOut) {
     AddEvent(kWatchdog, result_before);
@@ -222,6 +254,20 @@ void Traffic::Put(const Call& call, const Answer& answer) {
   }
   ++last_times_;
   turns_ = events_ = 0;
+}
+
+/// Writes the last call with what it set, which other calls like it did not set.
+void Traffic::PutSets(std::string_view sets) {
+  if (sets.empty()) return;
+  const std::string events = std::exchange(event_lines_, {});
+  if (last_times_ > 1) {
+    --last_times_;
+    FlushCalls();
+    last_times_ = 1;
+  }
+  FlushCalls();
+  out_ += sets;
+  event_lines_ = events;
 }
 
 /// Writes the last call and the events behind it.

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "record/late_transfer.h"
 #include "record/operations.h"
 #include "shared/shared_variables.h"
 
@@ -57,9 +58,12 @@ class Traffic {
       FailBulkRead(error);
       throw;
     }
+    EndLateTransfer();
   }
 
-  /// A turn of the message loop has passed, at the beginning of which quorinprgresult(0) was
+  /// A turn of the message loop comes.
+  void BeginTurn();
+  /// The turn has passed, at the beginning of which quorinprgresult(0) was
   /// `result_before`; `watchdog` tells whether it ticked.
   void Turned(std::uint8_t result_before, bool watchdog);
 
@@ -85,6 +89,8 @@ class Traffic {
     Waits waits = Waits::kForStatus;
     /// Taken when the end mark came, before the library takes the mark out.
     std::optional<Answer> complete;
+    /// What the transfer before it stored while it was being started.
+    std::string sets{};
   };
 
   [[nodiscard]] Watched Watch(const Call& call);
@@ -94,11 +100,14 @@ class Traffic {
   void WriteSets(const Call& call, const Watched& before);
   void OpenBulkRead(std::span<std::uint8_t> destination, std::uint8_t& status);
   void FailBulkRead(const ComponentError& error);
+  void EndLateTransfer();
+  [[nodiscard]] std::string TakeLateChanges();
   void CloseBulkRead();
   [[nodiscard]] Answer Transferred(const BulkReadInProgress& bulk) const;
   void CountTurn();
   void AddEvent(std::string_view event, std::uint8_t result_before);
   void Put(const Call& call, const Answer& answer);
+  void PutSets(std::string_view sets);
   void FlushCalls();
 
   SharedVariables& vars_;
@@ -106,6 +115,8 @@ class Traffic {
   bool active_ = false;
   std::string problem_;
   std::optional<BulkReadInProgress> bulk_;
+  /// The last bulk read, when it was given up and may still store something.
+  std::optional<LateTransfer> late_;
   /// The last call and how often it was made, not written yet.
   Call last_call_;
   Answer last_answer_;

@@ -218,6 +218,16 @@ TEST_F(Recording, FailedCallReplays) {
   ExpectReplays(record);
 }
 
+TEST_F(Recording, ASignalThatFailsAfterTheElapsedTimeReplays) {
+  bench.on_call = [](Op op, const Arguments&) -> std::int32_t {
+    if (op == Op::kSignalPass) throw ComponentError("SignalPass", 0x80004005);
+    return 0;
+  };
+  const std::string record = Run();
+  EXPECT_THAT(record, HasSubstr(">> 0.00Sec\\n>>IoHelper.SignalPass failed"));
+  ExpectReplays(record);
+}
+
 TEST_F(Recording, EventsKeepTheirTurnAsAReplayCountsIt) {
   std::string out;
   Traffic traffic(*vars, out);
