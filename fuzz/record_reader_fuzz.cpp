@@ -12,8 +12,9 @@ namespace {
 
 using namespace fliglaf::record;
 
-/// Keeps what a single input may cost in bounds; larger buffers change nothing in the reader.
-constexpr std::int32_t kLongestData = 1 << 16;
+/// Keeps the time of an input that fills or compares all of the buffer in many lines short; larger
+/// buffers change nothing in the reader.
+constexpr std::int64_t kLongestDataOfAnInput = 1 << 16;
 
 }  // namespace
 
@@ -21,7 +22,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string text(data, data + size);
   std::istringstream in(text);
   try {
-    const Verdict verdict = PlayRecord(in, "f", {.keep_calls = true, .longest_data = kLongestData});
+    const Verdict verdict =
+        PlayRecord(in, "f", {.keep_calls = true, .longest_data = kLongestDataOfAnInput});
     fliglaf::fuzz::Require(!verdict.difference || verdict.difference->line != 0,
                            "a difference has its line");
   } catch (const RecordError& error) {

@@ -45,12 +45,12 @@ EqualElements TakeItem(Scanner& scanner, const SharedVariable& variable) {
   const std::int64_t first = scanner.Integer();
   const bool counted = scanner.Take('*');
   if (counted && (first < 1 || first > kMostElements)) {
-    throw TextError(fmt::format("{} is no number of elements", first));
+    throw TextError(fmt::format("{} elements; must be 1 to {}", first, kMostElements));
   }
   const std::int64_t value = counted ? scanner.Integer() : first;
   if (value < limits.least || value > limits.most) {
-    throw TextError(fmt::format("{} does not fit {}, whose elements are {} to {}", value,
-                                variable.row().name, limits.least, limits.most));
+    throw TextError(fmt::format("an element of {} cannot be {}; must be {} to {}",
+                                variable.row().name, value, limits.least, limits.most));
   }
   return {counted ? first : 1, static_cast<std::int32_t>(value)};
 }
@@ -83,7 +83,7 @@ std::pair<SharedVariable*, std::int32_t> TakeElement(Scanner& scanner,
     if (variable->row().name == name) found = variable;
   }
   if (found == nullptr) {
-    throw TextError(fmt::format("there is no shared variable \"{}\"", Excerpt(name)));
+    throw TextError(fmt::format("no shared variable is called \"{}\"", Excerpt(name)));
   }
   scanner.Expect('(');
   const auto index = static_cast<std::int32_t>(scanner.Integer(0, kMostElements, "index"));

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -25,5 +26,18 @@ inline constexpr std::string_view kSetWord = "set";
 inline constexpr std::string_view kEventWord = "event";
 /// The timer that an event can make fire: the watchdog of bulk reads.
 inline constexpr std::string_view kWatchdog = "Timer2";
+
+// What a reader accepts: far more than any device needs, and no more than a machine has.
+
+/// Of quorinbuflength(0), in bytes: 16 MiB.
+inline constexpr std::int64_t kLongestData = std::int64_t{1} << 24;
+/// In bytes: 16 MiB.
+inline constexpr std::size_t kLongestLine = std::size_t{1} << 24;
+/// In bytes: 1 GiB. A pipe or a device may have no end.
+inline constexpr std::uint64_t kLongestRecord = std::uint64_t{1} << 30;
+/// What the assignments that wait for their call, or for a data buffer, may take: 128 MiB.
+inline constexpr std::size_t kMostHeldBytes = std::size_t{1} << 27;
+/// Events that wait for a turn of the message loop.
+inline constexpr std::size_t kMostWaitingEvents = 1'000'000;
 
 }  // namespace fliglaf::record

@@ -102,7 +102,7 @@ bool Playback::Load() {
   remaining_ = current_.repeat;
   sets_.clear();
   for (Advance(); next_.kind == Item::Kind::kSet; Advance()) {
-    sets_.emplace_back(next_.line, next_.assignment);
+    if (!sets_.Add(next_)) Refuse(next_.line, "too many lines \"set\" under one call");
   }
   return true;
 }
@@ -119,10 +119,12 @@ void Playback::Advance() {
 /// The run went on before these events had a turn; they wait for the next one. An event that no
 /// turn ever comes for does not happen, on a bench as here.
 void Playback::LeaveEvents() {
-  for (; next_.kind == Item::Kind::kEvent; Advance()) waiting_.push_back(next_.event);
+  for (; next_.kind == Item::Kind::kEvent; Advance()) {
+    waiting_.push_back(next_.event);
+    if (waiting_.size() > kMostWaitingEvents) Refuse(next_.line, "too many events");
+  }
   if (next_.kind == Item::Kind::kSet) {
-    error_ = reader_.Error(next_.line, "\"set\" belongs right under the call that wrote it");
-    Stop();
+    Refuse(next_.line, "\"set\" must stand directly below the call that wrote it");
   }
 }
 
@@ -135,8 +137,7 @@ const Answer& Playback::Made() {
     try {
       Store(set);
     } catch (const TextError& error) {
-      error_ = reader_.Error(line, error.what());
-      Stop();
+      Refuse(line, error.what());
     }
   }
   if (current_.answer.hresult != 0) {
@@ -188,6 +189,11 @@ void Playback::CheckAfter() {
       throw reader_.Error(next_.line, error.what());
     }
   }
+}
+
+void Playback::Refuse(std::uint64_t line, std::string_view reason) {
+  error_ = reader_.Error(line, reason);
+  Stop();
 }
 
 void Playback::Stop() const {

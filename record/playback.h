@@ -8,7 +8,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "record/reader.h"
@@ -66,6 +65,7 @@ class Playback {
   void Differ(const Call& actual);
   void Report(std::uint64_t line, std::string expected, std::string actual);
   void CheckAfter();
+  [[noreturn]] void Refuse(std::uint64_t line, std::string_view reason);
   [[noreturn]] void Stop() const;
 
   struct Remembered {
@@ -78,11 +78,11 @@ class Playback {
   SharedVariables& vars_;
   SharedVariables* targets_ = &vars_;
   bool keep_calls_;
-  /// The call that is being answered; it has been made `remaining_` times less than it will be.
+  /// The call that is being answered; `remaining_` more calls of it are expected.
   Item current_;
   std::uint64_t remaining_ = 0;
-  /// What each making of it writes, with the lines that say so.
-  std::vector<std::pair<std::uint64_t, Assignment>> sets_;
+  /// What each making of it writes.
+  HeldAssignments sets_;
   /// The item behind `current_` and its sets.
   Item next_;
   /// Events that no turn has come for yet.

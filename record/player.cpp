@@ -144,18 +144,20 @@ class TextsFreed {
 /// The shared variables as a host opens them and a record fills them.
 class HostSide {
  public:
-  HostSide(Reader& reader, SharedVariables& vars, const PlayOptions& options)
-      : reader_(reader), vars_(vars), options_(options) {}
+  HostSide(Reader& reader, SharedVariables& vars, std::int64_t longest_data)
+      : reader_(reader), vars_(vars), longest_data_(longest_data) {}
 
   /// Fills them with the section [before]; `item` is then the item behind it.
   void Fill(Item& item) {
-    vars_.OpenMainGroup(0, [] { throw std::runtime_error("the shared variables cannot be made"); });
-    std::vector<std::pair<std::uint64_t, Assignment>> held;  // until there is a data buffer
+    vars_.OpenMainGroup(0,
+                        [] { throw std::runtime_error("the shared variables cannot be created"); });
+    HeldAssignments held;  // until there is a data buffer
     for (reader_.Next(item); item.kind == Item::Kind::kAssignment; reader_.Next(item)) {
       const Assignment& assignment = item.assignment;
       if (!data_open_ && !OfMainGroup(*assignment.variable)) {
-        held.emplace_back(item.line, assignment);
-        continue;
+        if (held.Add(item)) continue;
+        throw reader_.Error(item.line,
+                            "quorinbuflength(0) must come before this much of the data buffer");
       }
       StoreAt(item.line, assignment);
       if (assignment.variable == &vars_.quorinbuflength && assignment.index == 0) {
@@ -180,21 +182,26 @@ class HostSide {
   }
 
   void OpenData(std::uint64_t line) {
-    if (data_open_) throw reader_.Error(line, "quorinbuflength(0) has been given already");
+    if (data_open_) throw reader_.Error(line, "quorinbuflength(0) is given twice");
     const std::int64_t length = vars_.quorinbuflength[0];
     const auto refuse = [this, line, length] {
       throw reader_.Error(
-          line, fmt::format("no data buffer can be made for quorinbuflength(0) = {}", length));
+          line,
+          fmt::format("quorinbuflength(0) = {}; a data buffer of this length cannot be created",
+                      length));
     };
-    const std::int64_t bytes = vars_.DataBufferLength();
-    if (bytes < 1 || bytes > std::int64_t{options_.longest_data}) refuse();
+    if (length > longest_data_) {
+      throw reader_.Error(
+          line, fmt::format("quorinbuflength(0) = {}; must be at most {}", length, longest_data_));
+    }
+    if (vars_.DataBufferLength() < 1) refuse();
     vars_.OpenDataBuffers(vars_.DataBufferLength(), refuse);
     data_open_ = true;
   }
 
   Reader& reader_;
   SharedVariables& vars_;
-  const PlayOptions& options_;
+  std::int64_t longest_data_;
   bool data_open_ = false;
 };
 
@@ -215,13 +222,13 @@ HostCall ReadHostCall(Reader& reader, Item& item) {
 
 Verdict PlayRecord(std::istream& in, const std::string& name, const PlayOptions& options) {
   if (clsMemMapped().findnum() != 0) {
-    throw std::runtime_error(name + ": the shared variables of instance 0 are in use");
+    throw std::runtime_error("the shared variables of instance 0 are in use");
   }
   SharedVariables vars;
   Reader reader(in, name, vars);
   Item item;
   const TextsFreed texts_freed(vars);
-  HostSide(reader, vars, options).Fill(item);
+  HostSide(reader, vars, options.longest_data).Fill(item);
   const HostCall call = ReadHostCall(reader, item);
 
   Playback playback(reader, vars, options.keep_calls);

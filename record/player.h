@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <istream>
-#include <limits>
 #include <optional>
 #include <string>
 
@@ -13,8 +12,8 @@ namespace fliglaf::record {
 struct PlayOptions {
   /// A difference tells the calls before it.
   bool keep_calls = false;
-  /// Longest data buffer that a record may ask for, in bytes.
-  std::int32_t longest_data = std::numeric_limits<std::int32_t>::max();
+  /// Largest quorinbuflength(0) that a record may ask for, in bytes.
+  std::int64_t longest_data = kLongestData;
 };
 
 struct Verdict {

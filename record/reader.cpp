@@ -12,8 +12,6 @@ namespace fliglaf::record {
 namespace {
 
 constexpr std::size_t kBlock = std::size_t{1} << 16;
-/// A line that is longer comes from no recorder and no editor.
-constexpr std::size_t kLongestLine = std::size_t{1} << 24;
 
 constexpr std::int64_t kLeastLong = std::numeric_limits<std::int32_t>::min();
 constexpr std::int64_t kMostLong = std::numeric_limits<std::int32_t>::max();
@@ -30,8 +28,9 @@ void TakeNumbers(Scanner& scanner, const Operation& operation, Arguments& argume
       const Argument kind = operation.arguments[i];
       const bool byte = kind == Argument::kByte || kind == Argument::kByteHex;
       if (value < (byte ? 0 : kLeastLong) || value > (byte ? kMostByte : kMostLong)) {
-        throw TextError(fmt::format("{} does not fit argument {} of {}, a {}", value, given + 1,
-                                    operation.name, byte ? "Byte" : "Long"));
+        throw TextError(fmt::format("argument {} of {}: {}; must be {} to {}", given + 1,
+                                    operation.name, value, byte ? 0 : kLeastLong,
+                                    byte ? kMostByte : kMostLong));
       }
       arguments[i] = static_cast<std::int32_t>(value);
     }
@@ -50,7 +49,7 @@ void TakeBulkTarget(Scanner& scanner, const SharedVariables& vars, Call& call) {
   const auto [variable, index] = TakeElement(scanner, vars);
   if (variable->type() != ElementType::kByte) {
     throw TextError(
-        fmt::format("a bulk read goes to bytes; {} holds others", variable->row().name));
+        fmt::format("a bulk read needs a variable of bytes; {} is not one", variable->row().name));
   }
   call.target = variable->row().name;
   call.arguments[0] = index;
@@ -89,17 +88,15 @@ void TakeTransfer(Scanner& scanner, std::int32_t count, Answer& answer) {
   }
   if (word == "end") {
     std::uint8_t byte = 0;
-    if (!scanner.TakeHexByte(byte)) throw TextError("two hexadecimal digits belong after \"end\"");
+    if (!scanner.TakeHexByte(byte)) throw TextError("\"end\" needs two hexadecimal digits");
     answer.end = byte;
   } else if (!word.empty()) {
-    throw TextError(
-        fmt::format("\"{}\" is not what a transfer did: data BYTES (two hexadecimal "
-                    "digits each), end BYTE",
-                    Excerpt(word)));
+    throw TextError(fmt::format(
+        "\"{}\": expected data BYTES (two hexadecimal digits each) or end BYTE", Excerpt(word)));
   }
   if (std::cmp_greater(answer.data.size(), count)) {
     throw TextError(
-        fmt::format("{} bytes were stored of {} that were asked for", answer.data.size(), count));
+        fmt::format("{} data bytes; the bulk read asks for {}", answer.data.size(), count));
   }
 }
 
@@ -137,7 +134,7 @@ Event TakeEvent(Scanner& scanner, const SharedVariables& vars) {
   TakeAssignment(scanner, vars, assignment);
   if (assignment.variable != &vars.quorinprgresult || assignment.index != 0 ||
       assignment.runs.size() != 1 || assignment.runs[0].count != 1) {
-    throw TextError("an event is \"Timer2\" or \"quorinprgresult(0) = V\"");
+    throw TextError("an event must be \"Timer2\" or \"quorinprgresult(0) = V\"");
   }
   return {.result = static_cast<std::uint8_t>(assignment.runs[0].value)};
 }
@@ -159,16 +156,32 @@ bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 }  // namespace
 
+bool HeldAssignments::Add(const Item& item) {
+  held_.emplace_back(item.line, item.assignment);
+  bytes_ += sizeof(held_.back()) + item.assignment.runs.size() * sizeof(EqualElements) +
+            item.assignment.text.size() * sizeof(char16_t);
+  return bytes_ <= kMostHeldBytes;
+}
+
+void HeldAssignments::clear() {
+  held_.clear();
+  bytes_ = 0;
+}
+
 Reader::Reader(std::istream& in, std::string name, const SharedVariables& vars)
     : in_(in), name_(std::move(name)), vars_(vars), buffer_(kBlock) {
   ReadFirstLine();
   if (!ReadItemLine() || line_ != Name(Section::kBefore)) {
-    throw Error(line_number_, fmt::format("{} belongs after the first line", kSectionNames[0]));
+    throw Error(line_number_, fmt::format("expected {} after the first line", kSectionNames[0]));
   }
 }
 
 RecordError Reader::Error(std::uint64_t line, std::string_view reason) const {
   return RecordError(fmt::format("{}:{}: {}", name_, line, reason));
+}
+
+RecordError Reader::TooLong(std::string_view what, std::uint64_t most) const {
+  return Error(line_number_ + 1, fmt::format("the {} is longer than {} MiB", what, most >> 20));
 }
 
 void Reader::ReadFirstLine() {
@@ -190,7 +203,7 @@ void Reader::Next(Item& item) {
         item.kind = Item::Kind::kAssignment;
         return TakeAssignment(scanner, vars_, item.assignment);
       case Section::kCall:
-        if (host_call_read_) throw TextError("a record holds one call; this is a second");
+        if (host_call_read_) throw TextError("[call] must hold one call; this is the second");
         host_call_read_ = true;
         item.kind = Item::Kind::kHostCall;
         item.host_call = line_;
@@ -206,7 +219,7 @@ void Reader::Next(Item& item) {
 void Reader::TakeSection(std::string_view line, Item& item) {
   const auto known = std::ranges::find(kSectionNames, line);
   if (known == kSectionNames.end()) {
-    throw Error(line_number_, fmt::format("\"{}\" is no section; those of a record are {}",
+    throw Error(line_number_, fmt::format("unknown section \"{}\"; the sections are {}",
                                           Excerpt(line), fmt::join(kSectionNames, ", ")));
   }
   const auto next = static_cast<std::size_t>(section_) + 1;
@@ -215,7 +228,7 @@ void Reader::TakeSection(std::string_view line, Item& item) {
                                           *known, fmt::join(kSectionNames, ", ")));
   }
   if (section_ == Section::kCall && !host_call_read_) {
-    throw Error(line_number_, "there is no call in [call]");
+    throw Error(line_number_, "[call] must hold one call");
   }
   section_ = static_cast<Section>(next);
   item.kind = Item::Kind::kSection;
@@ -257,7 +270,7 @@ void Reader::TakeCall(Scanner& scanner, Item& item) {
   item.call.operation = FindOperation(name);
   if (item.call.operation == nullptr) {
     throw TextError(name == "datstr" ? std::string("datstr is computed, never recorded")
-                                     : fmt::format("there is no operation \"{}\"",
+                                     : fmt::format("unknown operation \"{}\"",
                                                    Excerpt(name.empty() ? line_ : name)));
   }
   scanner.Expect('(');
@@ -282,6 +295,7 @@ bool Reader::ReadLine() {
     if (found != nullptr) {
       const auto length =
           static_cast<std::size_t>(static_cast<const char*>(found) - buffer_.data()) - begin_;
+      if (length > kLongestLine) throw TooLong("line", kLongestLine);
       line_ = {buffer_.data() + begin_, length};
       begin_ += length + 1;
       if (line_.ends_with('\r')) line_.remove_suffix(1);
@@ -289,7 +303,7 @@ bool Reader::ReadLine() {
       return true;
     }
     const std::size_t held = end_ - begin_;
-    if (held > kLongestLine) throw Error(line_number_ + 1, "the line is longer than 16 MiB");
+    if (held > kLongestLine) throw TooLong("line", kLongestLine);
     if (!Refill()) break;
     searched = begin_ + held;
   }
@@ -304,9 +318,11 @@ bool Reader::Refill() {
   begin_ = 0;
   if (end_ == buffer_.size()) buffer_.resize(buffer_.size() * 2);
   in_.read(buffer_.data() + end_, static_cast<std::streamsize>(buffer_.size() - end_));
-  if (in_.bad()) throw Error(line_number_ + 1, "the file cannot be read any further");
+  if (in_.bad()) throw Error(line_number_ + 1, "the rest of the file cannot be read");
   const auto got = static_cast<std::size_t>(in_.gcount());
   end_ += got;
+  bytes_read_ += got;
+  if (bytes_read_ > kLongestRecord) throw TooLong("record", kLongestRecord);
   return got > 0;
 }
 

@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "record/assignment.h"
@@ -54,6 +55,20 @@ struct Item {
   Event event;
 };
 
+/// Assignments that wait, each with its line.
+class HeldAssignments {
+ public:
+  /// False when they take more than kMostHeldBytes.
+  [[nodiscard]] bool Add(const Item& item);
+  void clear();
+  [[nodiscard]] auto begin() const { return held_.begin(); }
+  [[nodiscard]] auto end() const { return held_.end(); }
+
+ private:
+  std::vector<std::pair<std::uint64_t, Assignment>> held_;
+  std::size_t bytes_ = 0;
+};
+
 class Reader {
  public:
   /// Reads the first line and the heading of the first section. `name` stands in messages; names
@@ -69,6 +84,7 @@ class Reader {
   [[nodiscard]] const std::string& name() const { return name_; }
 
  private:
+  [[nodiscard]] RecordError TooLong(std::string_view what, std::uint64_t most) const;
   bool ReadLine();
   bool ReadItemLine();
   bool Refill();
@@ -87,6 +103,7 @@ class Reader {
   std::size_t end_ = 0;
   std::string_view line_;
   std::uint64_t line_number_ = 0;
+  std::uint64_t bytes_read_ = 0;
   Section section_ = Section::kBefore;
   bool host_call_read_ = false;
 };

@@ -75,8 +75,8 @@ std::u16string Utf16(std::string_view bytes) {
 
 void Scanner::Expect(char character) {
   if (Take(character)) return;
-  throw TextError(AtEnd() ? fmt::format("the line ends where '{}' belongs", character)
-                          : fmt::format("'{}' belongs before \"{}\"", character, Excerpt(rest_)));
+  throw TextError(AtEnd() ? fmt::format("the line ends; expected '{}'", character)
+                          : fmt::format("expected '{}' before \"{}\"", character, Excerpt(rest_)));
 }
 
 void Scanner::ExpectEnd() {
@@ -108,8 +108,8 @@ std::int64_t Scanner::Integer() {
     throw TextError(fmt::format("the number \"{}\" is too large", Excerpt(start)));
   }
   if (error != std::errc{} || (end != first + rest_.size() && IsWordCharacter(*end))) {
-    throw TextError(start.empty() ? std::string("the line ends where an integer belongs")
-                                  : fmt::format("\"{}\" is no integer (decimal, or hexadecimal "
+    throw TextError(start.empty() ? std::string("the line ends; expected an integer")
+                                  : fmt::format("\"{}\" is not an integer (decimal, or hexadecimal "
                                                 "after 0x)",
                                                 Excerpt(start)));
   }
@@ -120,7 +120,7 @@ std::int64_t Scanner::Integer() {
 std::int64_t Scanner::Integer(std::int64_t least, std::int64_t most, std::string_view what) {
   const std::int64_t value = Integer();
   if (value < least || value > most) {
-    throw TextError(fmt::format("{} {} is not within {} to {}", what, value, least, most));
+    throw TextError(fmt::format("{} {}; must be {} to {}", what, value, least, most));
   }
   return value;
 }
@@ -147,7 +147,7 @@ std::u16string Scanner::QuotedText() {
         if (escape.letter == letter) c = escape.character;
       }
       if (c == 0) {
-        throw TextError(R"(a backslash in a text stands before ", \, n, r or t only)");
+        throw TextError(R"(in a text, a backslash must be followed by ", \, n, r or t)");
       }
       rest_.remove_prefix(1);
     }

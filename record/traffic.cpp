@@ -83,7 +83,7 @@ std::u16string_view Traffic::Note(std::size_t i) const {
 std::uint32_t Traffic::Failed(const Operation& operation, const ComponentError& error) {
   const std::uint32_t code = FailureCode(operation, error);
   if (std::string_view(Failure(operation, code).what()) != error.what()) {
-    problem_ = fmt::format("{} failed in a way that a record cannot tell: {}", operation.name,
+    problem_ = fmt::format("{} failed in a way that a record cannot hold: {}", operation.name,
                            error.what());
   }
   return code;
@@ -129,7 +129,7 @@ void Traffic::OpenBulkRead(std::span<std::uint8_t> destination, std::uint8_t& st
                                    .waits = BulkReadInProgress::Waits::kForStatus,
                                    .complete = {}});
   if (bulk_->call.target.empty()) {
-    problem_ = "a bulk read went to memory that is no shared variable";
+    problem_ = "a bulk read went to memory that is not part of a shared variable";
   }
 }
 

@@ -273,7 +273,7 @@ TEST_F(Recording, AMissingTransferLibraryIsToldFromOtherFailures) {
   };
   EXPECT_THROW(programmer.EndRun(), ComponentError);
   EXPECT_EQ(traffic.problem(),
-            "EndRun failed in a way that a record cannot tell: IoHelper is missing");
+            "EndRun failed in a way that a record cannot hold: IoHelper is missing");
   traffic.Finish();
 }
 

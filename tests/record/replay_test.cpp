@@ -201,38 +201,42 @@ TEST(Replay, DamageIsNamedWithItsLine) {
   };
   for (const Damage& damage : {
            Damage{"record 1", "record 2", "f:1: \"fliglaf run record 2\" is not the first line"},
-           Damage{"[call]", "[calls]", "f:11: \"[calls]\" is no section"},
+           Damage{"[call]", "[calls]", "f:11: unknown section \"[calls]\"; the sections are"},
            Damage{"[call]", "[after]", "f:11: [after] cannot stand here"},
-           Damage{"runMpu4Prg(-1)\n", "", "f:12: there is no call in [call]"},
+           Damage{"runMpu4Prg(-1)\n", "", "f:12: [call] must hold one call"},
            Damage{"runMpu4Prg(-1)", "runMpu5Prg(-1)", "f:12: the host object has no method"},
-           Damage{"runMpu4Prg(-1)", "mpu4warn(256)", "f:12: argument 256 is not within 0 to 255"},
-           Damage{"quorinbvcc(", "quorinbvdd(", "f:4: there is no shared variable \"quorinbvdd\""},
+           Damage{"runMpu4Prg(-1)", "mpu4warn(256)", "f:12: argument 256; must be 0 to 255"},
+           Damage{"quorinbvcc(", "quorinbvdd(", "f:4: no shared variable is called \"quorinbvdd\""},
            Damage{"quorinbvcc(0)", "quorinbvcc(4)", "f:4: there is no quorinbvcc(4)"},
            Damage{"quorinibuffer(3) = 5", "quorinibuffer(3) = 213*5",
                   "f:10: there is no "
                   "quorinibuffer(217)"},
-           Damage{"= 500", "= 40000", "f:4: 40000 does not fit quorinbvcc"},
-           Damage{"= 500", "= 5OO", "f:4: \"5OO\" is no integer"},
-           Damage{"= 0 1", "= 0 256", "f:3: 256 does not fit"},
-           Damage{"= 500", "= \"x\"", "f:4: \"\"x\"\" is no integer"},
+           Damage{"= 500", "= 40000",
+                  "f:4: an element of quorinbvcc cannot be 40000; must be -32768"},
+           Damage{"= 500", "= 5OO", "f:4: \"5OO\" is not an integer"},
+           Damage{"= 0 1", "= 0 256",
+                  "f:3: an element of quorinprgresult cannot be 256; must be 0 to 255"},
+           Damage{"= 500", "= \"x\"", "f:4: \"\"x\"\" is not an integer"},
            Damage{">>start\\n\"", ">>start\\n", "f:8: the text has no closing quote"},
-           Damage{"old\\n", "old\\q", "f:8: a backslash"},
+           Damage{"old\\n", "old\\q", "f:8: in a text, a backslash"},
            Damage{"old", "\xC3old", "f:8: byte 0xC3 is not UTF-8"},
-           Damage{"= 16", "= -300",
-                  "f:9: no data buffer can be made for quorinbuflength(0) = -300"},
-           Damage{"SetFigMode(0)", "SetFugMode(0)", "f:15: there is no operation \"SetFugMode\""},
-           Damage{"SetFigMode(0)", "SetFigMode(256)", "f:15: 256 does not fit argument 1"},
+           Damage{"= 16", "= -300", "f:9: quorinbuflength(0) = -300; a data buffer"},
+           Damage{"= 16", "= 16777217",
+                  "f:9: quorinbuflength(0) = 16777217; must be at most 16777216"},
+           Damage{"SetFigMode(0)", "SetFugMode(0)", "f:15: unknown operation \"SetFugMode\""},
+           Damage{"SetFigMode(0)", "SetFigMode(256)",
+                  "f:15: argument 1 of SetFigMode: 256; must be 0 to 255"},
            Damage{"SetFigMode(0)", "SetFigMode(0, 1)", "f:15: SetFigMode takes 1 argument, not 2"},
            Damage{"SetFigMode(0)", "SetFigMode()", "f:15: SetFigMode takes 1 argument, not 0"},
-           Damage{"SetFigMode(0)", "SetFigMode(0) ! 5", "f:15: HRESULT 5 is not within"},
+           Damage{"SetFigMode(0)", "SetFigMode(0) ! 5", "f:15: HRESULT 5; must be"},
            Damage{"SetFigMode(0)", "0 * SetFigMode(0)", "f:15: number of calls 0"},
            Damage{"SetFigMode(0)", "SetFigMode(0) x", "f:15: \"x\" does not belong here"},
-           Damage{"30 01", "30 0G", "f:21: ')' belongs before \"0G"},
+           Damage{"30 01", "30 0G", "f:21: expected ')' before \"0G"},
            Damage{"set quorinibuffer(15)", "set quorinibuffer(216)",
                   "f:52: there is no quorinibuffer(216)"},
            Damage{"SignalPass(0)", "event Timer2\nset quorinibuffer(0) = 1",
-                  "f:54: \"set\" belongs"},
-           Damage{"SignalPass(0)", "event Timer1", "f:53: there is no shared variable \"Timer1\""},
+                  "f:54: \"set\" must stand directly below"},
+           Damage{"SignalPass(0)", "event Timer1", "f:53: no shared variable is called \"Timer1\""},
            Damage{"= 0x02", "= 0x102030405", "f:45: result"},
        }) {
     const Outcome outcome = ReplayText(Replaced(kRun, damage.what, damage.by));
@@ -271,6 +275,34 @@ TEST(Replay, ExplainTellsTheCallsBeforeAndThePlace) {
   EXPECT_EQ(std::ranges::count(out, '\n'), 12);
   EXPECT_THAT(ReplayText(Replaced(kRun, "5 2*9 9*0", "5 2*9 8*0 1"), {.explain = true}).out,
               HasSubstr("  in quorinibuffer(14)\n"));
+}
+
+TEST(Replay, AReportIsShortAndSafeForATerminal) {
+  // ESC, a C1 control and an override of the direction; what is written from left to right stays.
+  const std::string hostile = "\x1B[2J\xC2\x9B\xE2\x80\xAE\u00e9";
+  const std::string shown = "\uFFFD[2J\uFFFD\uFFFD\u00e9";
+  EXPECT_THAT(ReplayText(Replaced(kRun, "Warning!", hostile), {.explain = true}).out,
+              HasSubstr("expected MsgBox(50, \"" + shown + " Device"));
+  EXPECT_THAT(ReplayText(Replaced(kRun, "EndRun()", "Mad" + hostile)).err,
+              HasSubstr("unknown operation \"Mad\""));
+  std::ostringstream err;
+  EXPECT_EQ(Replay({{fs::path(hostile)}}, {}, err, err), kUnreadable);
+  EXPECT_EQ(err.str(), shown + ": cannot be opened for reading\n");
+
+  // Of long values the report shows where they differ.
+  const std::string log = std::string(500'000, 'x') + "\\n";
+  const std::string out = ReplayText(Replaced(Replaced(kRun, "= \"old\\n", "= \"" + log),
+                                              "old\\n>>start\\n>> 0.00", log + ">>start\\n>> 0.01"),
+                                     {.explain = true})
+                              .out;
+  EXPECT_LT(out.size(), 3'000U);
+  EXPECT_THAT(out, HasSubstr("x\\n>>start\\n>> 0.01Sec\\n\", got ...xxx"));
+}
+
+TEST(Replay, AFileWithoutEndIsRefused) {
+  std::ostringstream err;
+  EXPECT_EQ(Replay({{"/dev/zero"}}, {}, err, err), kUnreadable);
+  EXPECT_EQ(err.str(), "/dev/zero:1: the line is longer than 16 MiB\n");
 }
 
 /// A sample in which the bulk read behind line `find` is answered by `answer` for good.
