@@ -169,28 +169,6 @@ TEST_F(Recording, VerifyThatFailsReplaysWithItsNotes) {
   ExpectReplays(record);
 }
 
-/// Every turn of a bulk read at which the user can press Stop, from before it to after it: 1 is the
-/// turn at the start of the operation, 2 to 5 wait for the bulk read.
-class Stopping : public Recording, public ::testing::WithParamInterface<int> {};
-
-TEST_P(Stopping, ReplaysWhereverTheRequestComes) {
-  ResultAtTurn(GetParam(), result::kStopped);
-  const std::string record = Run();
-  EXPECT_THAT(record, HasSubstr("event quorinprgresult(0) = 2\n"));
-  EXPECT_EQ(vars->quorinprgresult[0], result::kStopped);
-  ExpectReplays(record);
-}
-INSTANTIATE_TEST_SUITE_P(Turns, Stopping, ::testing::Range(1, 6));
-
-TEST_F(Recording, ProgrammingStoppedAfterItsFirstPageReplays) {
-  vars->quorinprgresult[1] = 6;
-  vars->quorintlength[0] = 512;
-  ResultAtTurn(2, result::kStopped);
-  const std::string record = Run();
-  EXPECT_THAT(record, HasSubstr("QueueDelay(0)\nFlushQueue()\nevent quorinprgresult(0) = 2\n"));
-  ExpectReplays(record);
-}
-
 TEST_F(Recording, TimeOutsAndFailedTransfersReplay) {
   bench.turns_to_end_mark = 0;  // never
   int transfers = 0;
