@@ -86,7 +86,7 @@ class Parser {
 
   void AddData(std::uint32_t offset, std::span<const std::uint8_t> data) {
     const std::uint64_t room = in_segment_ ? kSegmentSize - offset : kAddresses - (base_ + offset);
-    const std::size_t ahead = std::min<std::uint64_t>(data.size(), room);
+    const auto ahead = static_cast<std::size_t>(std::min<std::uint64_t>(data.size(), room));
     builder_.Add(base_ + offset, data.first(ahead), lines_.number());
     builder_.Add(in_segment_ ? base_ : 0, data.subspan(ahead), lines_.number());
   }

@@ -1,8 +1,8 @@
 #include "platform/portable/file_attributes.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <sys/stat.h>
 #include <sys/types.h>
@@ -18,8 +18,7 @@ constexpr const char* kAccessControlList = "system.posix_acl_access";
 
 /// Of an attribute that this user may not set, or that the file system does not have.
 bool IsRefusal(int error) {
-  return error == EPERM || error == EACCES || error == ENOTSUP || error == EINVAL ||
-         error == ENODATA;
+  return error == EPERM || error == EACCES || error == ENOTSUP || error == EINVAL;
 }
 
 /// The permissions of a file for a new owner, or group. Bits that act in the name of the owner are
@@ -35,28 +34,32 @@ mode_t TakeOwner(const struct stat& file, int to) {
   return ModeWithoutOwner(file.st_mode, same_group);
 }
 
-/// What `call(buffer, size)` of the xattr family gives, which first tells the size with no buffer.
+/// What `call(buffer, size)` of the xattr family gives, which without a buffer gives the size;
+/// nullopt when this user may not read it.
 template <typename Call>
-std::string Fetch(Call call) {
+std::optional<std::string> Fetch(Call call) {
   std::string value;
   for (;;) {
     const ssize_t size = call(nullptr, std::size_t{0});
-    if (size < 0) return {};
+    if (size < 0) return std::nullopt;
     value.resize(static_cast<std::size_t>(size));
     const ssize_t got = call(value.data(), value.size());
     if (got < 0 && errno == ERANGE) continue;  // it has grown
-    value.resize(static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+    if (got < 0) return std::nullopt;
+    value.resize(static_cast<std::size_t>(got));
     return value;
   }
 }
 
 void CopyExtendedAttributes(int from, int to) {
-  const std::string names =
+  const auto names =
       Fetch([&](char* buffer, std::size_t size) { return flistxattr(from, buffer, size); });
-  for (const char* name = names.c_str(); *name != '\0'; name += std::strlen(name) + 1) {
-    const std::string value =
+  if (!names) return;
+  for (const char* name = names->c_str(); *name != '\0'; name += std::strlen(name) + 1) {
+    const auto value =
         Fetch([&](char* buffer, std::size_t size) { return fgetxattr(from, name, buffer, size); });
-    if (fsetxattr(to, name, value.data(), value.size(), 0) != 0 && !IsRefusal(errno)) ThrowErrno();
+    if (!value || fsetxattr(to, name, value->data(), value->size(), 0) == 0) continue;
+    if (!IsRefusal(errno)) ThrowErrno();
   }
 }
 

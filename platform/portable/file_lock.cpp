@@ -49,7 +49,7 @@ std::string NameOf(int process) {
   throw FileInUse(name.empty() ? message : message + " (" + name + ")");
 }
 
-/// To write where that is allowed: NFS gives an exclusive lock on nothing else.
+/// For writing where that is allowed: NFS grants an exclusive lock on no other file.
 Descriptor Open(const std::filesystem::path& file) {
   constexpr int kFlags = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
   Descriptor opened(open(file.c_str(), O_RDWR | kFlags));
