@@ -33,6 +33,16 @@ class NamedFiles : public fliglaf::test::ProgramTest {
   int RunShell(const std::string& line) {
     return Wait(StartCommand("env F='" FLIGLAF_PROGRAM "' sh -c '" + line + "'"));
   }
+  /// Waits until a process catches SIGINT.
+  static void AwaitHandler(pid_t process) {
+    const fs::path status = "/proc/" + std::to_string(process) + "/status";
+    const auto catches = [&] {
+      const std::string text = ReadText(status);
+      const std::size_t mask = text.find("SigCgt:\t");
+      return mask != std::string::npos && (std::stoull(text.substr(mask + 8, 16), nullptr, 16) & 2);
+    };
+    for (int i = 0; i < 1000 && !catches(); ++i) Sleep(10);
+  }
   /// Waits until the program has printed `text` as progress.
   void AwaitProgress(const char* text) {
     for (int i = 0; i < 1000 && ReadText(folder_ / "err").find(text) == std::string::npos; ++i) {
@@ -130,11 +140,18 @@ TEST_F(NamedFiles, AKilledRunLeavesTheOldFilesOrTheNewOnes) {
 
 TEST_F(NamedFiles, AStopEndsEveryWait) {
   mkfifo((folder_ / "pipe").c_str(), 0600);
-  for (const char* const arguments :
-       {"program isp51-8k pipe", "program isp51-8k random.bin --vcd pipe",
-        "program isp51-8k random.bin --record pipe --chip c"}) {
+  struct Case {
+    const char* arguments;
+    const char* progress;  ///< before it
+  };
+  for (const auto& [arguments, progress] :
+       {Case{"program isp51-8k pipe", ""}, Case{"program isp51-8k random.bin --vcd pipe", ""},
+        Case{"program isp51-8k random.bin --record pipe --chip c", "Verify 75 %"}}) {
+    fs::remove(folder_ / "err");
     const pid_t run = Start(arguments);
-    Sleep(300);
+    AwaitProgress(progress);
+    AwaitHandler(run);
+    Sleep(200);
     kill(run, SIGINT);
     EXPECT_EQ(Wait(run), 130) << arguments << err_;
     EXPECT_THAT(err_, HasSubstr("stopped\n"));
