@@ -1,10 +1,7 @@
 // Dumps of runs, read by the decoders of sigrok-cli: what they find is what the algorithm meant. It
 // ends with status 0 whatever becomes of it, so only what it prints counts.
 #include <algorithm>
-#include <array>
-#include <bitset>
 #include <regex>
-#include <utility>
 #include <vector>
 
 #include "tests/cli/program_fixture.h"
@@ -59,79 +56,6 @@ class Waveforms : public test::ProgramTest {
   }
 };
 
-/// A serial device: the line that frames its instructions, by name, level and port register.
-struct SerialCase {
-  const char* device;
-  const char* select;
-  bool active_high;
-  std::size_t port;
-  int bit;
-  std::size_t image_bytes;
-};
-
-/// The bytes that a record has the shifter send to a selected device: 0 where it captures the
-/// answer.
-struct Exchange {
-  std::string sent;
-  std::vector<bool> captures;
-};
-
-Exchange RecordedExchange(const std::string& record, const SerialCase& device) {
-  static const std::regex call(R"((?:(\d+) \* )?(\w+)\((\w+), (\w+)\).*)");
-  std::array<int, 12> ports;
-  ports.fill(0xFF);
-  Exchange exchange;
-  const auto write = [&](int value, std::size_t number) {
-    if (number < ports.size()) ports[number] = value;
-    if (number != 0x8E && number != 0x8F) return;
-    const bool high = (ports[device.port] & device.bit) != 0;
-    if (high != device.active_high) return;
-    exchange.captures.push_back(number == 0x8F);
-    exchange.sent += static_cast<char>(number == 0x8E ? value : 0);
-  };
-  std::vector<std::pair<int, std::size_t>> queue;
-  std::istringstream lines(record.substr(record.find("[traffic]")));
-  std::smatch part;
-  for (std::string line; std::getline(lines, line);) {
-    if (line == "FlushQueue()") {
-      for (const auto& [value, number] : queue) write(value, number);
-      queue.clear();
-    }
-    if (!std::regex_match(line, part, call)) continue;
-    const int times = part[1].matched ? std::stoi(part[1]) : 1;
-    for (int i = 0; i < times; ++i) {
-      const std::pair entry(std::stoi(part[3], nullptr, 0), std::stoul(part[4], nullptr, 0));
-      if (part[2] == "QueueRegisterWrite") queue.push_back(entry);
-      if (part[2] == "WriteRegister" || part[2] == "WriteLatch") write(entry.first, entry.second);
-    }
-  }
-  return exchange;
-}
-
-TEST_F(Waveforms, SerialFamiliesSendWhatTheRecordSays) {
-  for (const SerialCase& device : {SerialCase{"isp51-tiny", "reset", true, 2, 0x08, 256},
-                                   SerialCase{"fam2-tiny", "reset", true, 2, 0x08, 48},
-                                   SerialCase{"fam3-tiny", "reset", false, 2, 0x08, 64},
-                                   SerialCase{"fam13-tiny", "reset", false, 2, 0x08, 64},
-                                   SerialCase{"fam14-tiny", "reset", false, 2, 0x08, 64},
-                                   SerialCase{"fam15-tiny", "cs", false, 0, 0x04, 64}}) {
-    const std::string image = ReadText(folder_ / "random.bin").substr(0, device.image_bytes);
-    std::ofstream(folder_ / "image.bin", std::ios::binary) << image;
-    Dump("program " + std::string(device.device) + " image.bin");
-    const std::string spi = "-P spi:clk=sck:mosi=mosi:miso=miso:cs=" + std::string(device.select) +
-                            (device.active_high ? ":cs_polarity=active-high" : "");
-    const auto [sent, captures] = RecordedExchange(ReadText(folder_ / "run"), device);
-    EXPECT_TRUE(Sigrok(spi + " -B spi=mosi") == sent) << device.device;
-    const std::string answers = Sigrok(spi + " -B spi=miso");
-    ASSERT_EQ(answers.size(), sent.size()) << device.device;
-    std::string captured;
-    for (std::size_t i = 0; i < answers.size(); ++i) {
-      if (captures[i]) captured += answers[i];
-    }
-    EXPECT_NE(captured.find(image), std::string::npos) << device.device << " is verified";
-  }
-}
-
 /// Families 4 to 7: the host walks TMS and TCK.
 TEST_F(Waveforms, ScansThatTheHostWalks) {
   Dump("signature fam5-small");
@@ -164,41 +88,6 @@ TEST_F(Waveforms, ScansThatTheProgrammerWalks) {
                           "IR 0x4082/16", "DR 0x310/10 0x0", "IR 0x4083/16", "DR 0x312/10 0x0",
                           "IR 0x4082/16", "DR 0x310/10 0x0", "IR 0x4083/16", "DR 0x334/10 0x0",
                           "IR 0x4082/16", "DR 0x310/10 0x0", "IR 0x4083/16", "DR 0x356/10 0x0"));
-}
-
-/// The bits that a record puts on the data line, and those that it captured there.
-std::string RecordedBits(const std::string& record) {
-  static const std::regex call(
-      R"((?:(\d+) \* )?(QueueRegisterWrite|WriteRegister)\((\w+), 0x(C9|CB|C8)\)|ReadRegister\(0x21\) = (\w+))");
-  std::string bits;
-  for (std::sregex_iterator found(record.begin(), record.end(), call), end; found != end; ++found) {
-    const auto& part = *found;
-    const int times = part[1].matched ? std::stoi(part[1]) : 1;
-    if (part[5].matched) {
-      bits += std::bitset<8>(std::stoul(part[5], nullptr, 0)).to_string();
-    }
-    const unsigned value =
-        part[3].matched ? static_cast<unsigned>(std::stoul(part[3], nullptr, 0)) : 0;
-    for (int i = 0; i < times && part[4] == "C9"; ++i) bits += value == 0 ? '0' : '1';
-    for (int bit = 0; bit < 8 && part[4] == "CB"; ++bit)
-      bits += (value >> bit & 1) == 0 ? '0' : '1';
-  }
-  return bits;
-}
-
-TEST_F(Waveforms, TwoLineFamiliesShowEveryBitOfAFrame) {
-  Dump("signature fam12-tiny");
-  const std::string text = Sigrok("-P spi:clk=clk:mosi=data:wordsize=16 -A spi=mosi-data");
-  std::string bits;
-  static const std::regex word(R"(spi-1: ([0-9A-F]+))");
-  for (std::sregex_iterator found(text.begin(), text.end(), word), end; found != end; ++found) {
-    bits += std::bitset<16>(std::stoul(found->str(1), nullptr, 16)).to_string();
-  }
-  const std::string recorded = RecordedBits(ReadText(folder_ / "run"));
-  const std::size_t start = bits.find(recorded.substr(0, 60));  // behind the clocks of the power-up
-  ASSERT_NE(start, std::string::npos) << bits;
-  EXPECT_EQ(bits.substr(start), recorded.substr(0, bits.size() - start));
-  EXPECT_GT(bits.size() - start + 16, recorded.size());
 }
 
 }  // namespace

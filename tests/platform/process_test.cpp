@@ -14,9 +14,6 @@
 namespace fliglaf::platform {
 namespace {
 
-using ::testing::HasSubstr;
-using ::testing::StartsWith;
-
 using Process = test::FolderTest;
 
 const std::vector<std::uint8_t> kNew{'n', 'e', 'w'};
@@ -32,33 +29,6 @@ int InChild(auto work, int signal = 0) {
   int status = 0;
   waitpid(child, &status, 0);
   return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-}
-
-/// What a process that locks `file` is told; empty when it got the lock.
-std::string Refusal(const std::filesystem::path& file) {
-  try {
-    const FileLock lock(file);
-    return {};
-  } catch (const FileInUse& error) {
-    return error.what();
-  }
-}
-
-TEST_F(Process, HasAFileForItself) {
-  const auto file = Write("file", "old");
-  const std::string expected =
-      file.string() + ": in use by process " + std::to_string(getpid()) + " (platform_test)";
-  const auto refused_in_child = [&] {
-    return InChild([&] { return Refusal(file) == expected ? 1 : 0; }) == 1;
-  };
-  {
-    FileLock lock(file);
-    EXPECT_TRUE(refused_in_child()) << expected << "\n" << Refusal(file);
-    WriteFileWhole(file, kNew, &lock);
-    EXPECT_TRUE(refused_in_child()) << "after it was replaced: " << Refusal(file);
-  }
-  EXPECT_EQ(Refusal(file), "");
-  EXPECT_THROW(FileLock(File("none")), std::system_error);
 }
 
 // While one process replaces the file again and again, no two have it at a time.
@@ -127,18 +97,6 @@ TEST_F(Process, LeavesIgnoredSignalsIgnored) {
   };
   EXPECT_EQ(ends_with(SIGHUP), 0);
   EXPECT_EQ(ends_with(SIGINT), 1);
-}
-
-TEST_F(Process, OpensStreamsThatWereClosed) {
-  const auto file = File("file");
-  const int first = InChild([&] {
-    for (const int number : {STDIN_FILENO, STDERR_FILENO}) close(number);
-    OpenStandardStreams();
-    char byte = 0;
-    if (read(STDIN_FILENO, &byte, 1) != 0 || write(STDERR_FILENO, &byte, 1) != 1) return 0;
-    return open(file.c_str(), O_WRONLY | O_CREAT, 0600);
-  });
-  EXPECT_GT(first, STDERR_FILENO);
 }
 
 }  // namespace
