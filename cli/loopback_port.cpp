@@ -20,7 +20,7 @@ namespace {
 constexpr int kStopCheck = 50;
 
 /// Waits until `events` are there. False at a stop signal.
-bool WaitFor(const Descriptor& descriptor, short events) {
+bool WaitFor(const platform::Descriptor& descriptor, short events) {
   pollfd entry{descriptor.number(), events, 0};
   while (!platform::StopRequested()) {
     if (poll(&entry, 1, kStopCheck) > 0) return true;
@@ -30,15 +30,6 @@ bool WaitFor(const Descriptor& descriptor, short events) {
 
 }  // namespace
 
-void Descriptor::Open(int number) {
-  Close();
-  number_ = number;
-}
-
-void Descriptor::Close() {
-  if (number_ >= 0) close(std::exchange(number_, -1));
-}
-
 LoopbackPort::LoopbackPort(std::uint16_t number) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
@@ -47,12 +38,12 @@ LoopbackPort::LoopbackPort(std::uint16_t number) {
   socklen_t length = sizeof(address);
   auto* const generic = reinterpret_cast<sockaddr*>(&address);
   const int on = 1;
-  listener_.Open(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  listener_ = platform::Descriptor(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
   const int socket = listener_.number();
   setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on));
   if (bind(socket, generic, length) != 0 || listen(socket, 1) != 0 ||
       getsockname(socket, generic, &length) != 0) {
-    throw UsageError("port " + std::to_string(number) + " cannot be had: " +
+    throw UsageError("port " + std::to_string(number) + " is not available: " +
                      std::generic_category().message(errno) + "; 0 takes one that is free");
   }
   number_ = ntohs(address.sin_port);
@@ -60,12 +51,13 @@ LoopbackPort::LoopbackPort(std::uint16_t number) {
 
 bool LoopbackPort::Accept() {
   if (!WaitFor(listener_, POLLIN)) return false;
-  client_.Open(accept4(listener_.number(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
-  listener_.Close();
+  client_ = platform::Descriptor(
+      accept4(listener_.number(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+  listener_ = platform::Descriptor();
   // An answer is a single byte that somebody waits for.
   const int on = 1;
   setsockopt(client_.number(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
-  return client_.number() >= 0;
+  return client_.is_open();
 }
 
 std::string_view LoopbackPort::Receive() {

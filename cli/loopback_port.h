@@ -4,24 +4,9 @@
 #include <cstdint>
 #include <string_view>
 
+#include "platform/portable/descriptor.h"
+
 namespace fliglaf::cli {
-
-/// A file descriptor that is closed with its owner.
-class Descriptor {
- public:
-  Descriptor() = default;
-  explicit Descriptor(int number) : number_(number) {}
-  ~Descriptor() { Close(); }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  void Open(int number);
-  void Close();
-  [[nodiscard]] int number() const { return number_; }
-
- private:
-  int number_ = -1;
-};
 
 /// A TCP port for one client, of this machine only. What waits comes back at a stop signal as if
 /// the client had gone; CatchStopSignals has been called before.
@@ -40,8 +25,8 @@ class LoopbackPort {
   [[nodiscard]] bool Send(std::string_view bytes);
 
  private:
-  Descriptor listener_;
-  Descriptor client_;
+  platform::Descriptor listener_;
+  platform::Descriptor client_;
   std::uint16_t number_ = 0;
   std::array<char, 4096> received_{};
 };

@@ -15,6 +15,7 @@ void WaitUntilReady(int descriptor, short events);
 /// Closes its descriptor; -1 is none.
 class Descriptor {
  public:
+  Descriptor() = default;
   explicit Descriptor(int number) : number_(number) {}
   Descriptor(Descriptor&& other) noexcept : number_(other.Release()) {}
   Descriptor& operator=(Descriptor&& other) noexcept {
@@ -28,7 +29,7 @@ class Descriptor {
   [[nodiscard]] int Release() { return std::exchange(number_, -1); }
 
  private:
-  int number_;
+  int number_ = -1;
 };
 
 }  // namespace fliglaf::platform
