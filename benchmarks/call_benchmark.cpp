@@ -2,7 +2,7 @@
 #include <benchmark/benchmark.h>
 
 #include "benchmarks/counting_sink.h"
-#include "usb/forwarding_programmer.h"
+#include "usb/components/forwarding_programmer.h"
 
 namespace fliglaf {
 namespace {

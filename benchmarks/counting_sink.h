@@ -1,6 +1,6 @@
 #pragma once
 
-#include "usb/programmer.h"
+#include "usb/components/programmer.h"
 
 namespace fliglaf {
 

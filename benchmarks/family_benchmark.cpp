@@ -12,8 +12,8 @@
 #include "devices/device_catalogue.h"
 #include "devices/memory_layout.h"
 #include "platform/portable/portable_desktop.h"
-#include "usb/forwarding_programmer.h"
-#include "usb/operation.h"
+#include "usb/components/forwarding_programmer.h"
+#include "usb/request/operation.h"
 
 namespace fliglaf {
 namespace {

@@ -12,7 +12,7 @@
 #include "devices/device_catalogue.h"
 #include "host/cls_mpu.h"
 #include "platform/portable/portable_desktop.h"
-#include "usb/operation.h"
+#include "usb/request/operation.h"
 
 namespace fliglaf {
 namespace {

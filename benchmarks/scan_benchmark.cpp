@@ -10,7 +10,7 @@
 #include "families/avr_jtag.h"
 #include "families/jtag_lines.h"
 #include "platform/portable/portable_desktop.h"
-#include "usb/run.h"
+#include "usb/request/run.h"
 
 namespace fliglaf {
 namespace {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "benchmarks/counting_sink.h"
-#include "usb/forwarding_programmer.h"
+#include "usb/components/forwarding_programmer.h"
 
 namespace fliglaf {
 

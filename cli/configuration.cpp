@@ -13,7 +13,7 @@
 #include "cli/usage_error.h"
 #include "devices/nearest_names.h"
 #include "platform/terminal.h"
-#include "usb/operation.h"
+#include "usb/request/operation.h"
 
 namespace fliglaf::cli {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "cli/usage_error.h"
 #include "shared/text.h"
-#include "usb/operation.h"
+#include "usb/request/operation.h"
 
 namespace fliglaf::cli {
 namespace {

@@ -10,7 +10,7 @@
 #include "images/whole_file.h"
 #include "platform/terminal.h"
 #include "shared/utf8.h"
-#include "usb/run.h"
+#include "usb/request/run.h"
 
 namespace fliglaf::cli {
 namespace {

@@ -13,7 +13,7 @@
 #include "cli/operation_run.h"
 #include "cli/report.h"
 #include "cli/usage_error.h"
-#include "usb/operation.h"
+#include "usb/request/operation.h"
 
 namespace fliglaf::cli {
 namespace {

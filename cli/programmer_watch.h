@@ -1,6 +1,6 @@
 #pragma once
 
-#include "usb/forwarding_programmer.h"
+#include "usb/components/forwarding_programmer.h"
 
 namespace fliglaf::cli {
 

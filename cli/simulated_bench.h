@@ -10,7 +10,7 @@
 #include "devices/device_profile.h"
 #include "platform/file_lock.h"
 #include "simulator/bench.h"
-#include "usb/programmer.h"
+#include "usb/components/programmer.h"
 
 namespace fliglaf::cli {
 

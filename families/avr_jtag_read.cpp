@@ -5,7 +5,7 @@
 #include "families/avr_jtag_steps.h"
 #include "families/jtag_lines.h"
 #include "families/read_pass.h"
-#include "usb/bits.h"
+#include "usb/components/bits.h"
 
 namespace fliglaf {
 namespace {

@@ -5,7 +5,7 @@
 #include <initializer_list>
 #include <optional>
 
-#include "usb/run.h"
+#include "usb/request/run.h"
 
 namespace fliglaf::avr_jtag {
 

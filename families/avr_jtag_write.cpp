@@ -4,8 +4,8 @@
 #include "families/avr_jtag_steps.h"
 #include "families/jtag_lines.h"
 #include "families/read_pass.h"
-#include "usb/bits.h"
-#include "usb/notes.h"
+#include "usb/components/bits.h"
+#include "usb/request/notes.h"
 
 namespace fliglaf {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "usb/run.h"
+#include "usb/request/run.h"
 
 namespace fliglaf::flash_register {
 

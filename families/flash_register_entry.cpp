@@ -5,7 +5,7 @@
 #include "families/flash_register.h"
 #include "families/flash_register_access.h"
 #include "families/jtag_lines.h"
-#include "usb/latches.h"
+#include "usb/request/latches.h"
 
 namespace fliglaf {
 namespace {

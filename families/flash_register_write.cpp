@@ -4,7 +4,7 @@
 #include "families/flash_register_access.h"
 #include "families/jtag_lines.h"
 #include "families/read_pass.h"
-#include "usb/notes.h"
+#include "usb/request/notes.h"
 
 namespace fliglaf {
 namespace {

@@ -4,7 +4,7 @@
 #include <array>
 
 #include "families/serial_lines.h"
-#include "usb/bits.h"
+#include "usb/components/bits.h"
 
 namespace fliglaf {
 namespace {

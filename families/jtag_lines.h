@@ -8,7 +8,7 @@
 
 #include <cstdint>
 
-#include "usb/run.h"
+#include "usb/request/run.h"
 
 namespace fliglaf {
 

@@ -5,9 +5,9 @@
 #include <string>
 
 #include "families/power_up.h"
-#include "usb/bits.h"
-#include "usb/bulk_read.h"
-#include "usb/notes.h"
+#include "usb/components/bits.h"
+#include "usb/request/bulk_read.h"
+#include "usb/request/notes.h"
 
 namespace fliglaf {
 namespace {

@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdint>
 
-#include "usb/run.h"
+#include "usb/request/run.h"
 
 namespace fliglaf {
 

@@ -3,7 +3,7 @@
 #include "families/read_pass.h"
 #include "families/serial_isp.h"
 #include "families/serial_lines.h"
-#include "usb/notes.h"
+#include "usb/request/notes.h"
 
 namespace fliglaf {
 namespace {

@@ -6,7 +6,7 @@
 #include <initializer_list>
 #include <span>
 
-#include "usb/run.h"
+#include "usb/request/run.h"
 
 namespace fliglaf::serial {
 

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "usb/run.h"
+#include "usb/request/run.h"
 
 namespace fliglaf {
 

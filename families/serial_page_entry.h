@@ -1,7 +1,7 @@
 // How the serial families with page-wise flash enter programming mode.
 #pragma once
 
-#include "usb/run.h"
+#include "usb/request/run.h"
 
 namespace fliglaf {
 

@@ -6,7 +6,7 @@
 #include <span>
 #include <string_view>
 
-#include "usb/run.h"
+#include "usb/request/run.h"
 
 namespace fliglaf::serial_page {
 

@@ -6,7 +6,7 @@
 
 #include "families/serial_lines.h"
 #include "families/two_wire.h"
-#include "usb/latches.h"
+#include "usb/request/latches.h"
 
 namespace fliglaf {
 namespace {

@@ -1,6 +1,6 @@
 #include "families/two_wire_frames.h"
 
-#include "usb/bits.h"
+#include "usb/components/bits.h"
 
 namespace fliglaf::two_wire {
 namespace {

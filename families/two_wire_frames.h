@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "usb/run.h"
+#include "usb/request/run.h"
 
 namespace fliglaf::two_wire {
 

@@ -5,7 +5,7 @@
 #include "families/read_pass.h"
 #include "families/two_wire.h"
 #include "families/two_wire_frames.h"
-#include "usb/notes.h"
+#include "usb/request/notes.h"
 
 namespace fliglaf {
 namespace {

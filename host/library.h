@@ -9,7 +9,7 @@
 #include "editors/edit_figmpu41.h"
 #include "platform/desktop.h"
 #include "shared/shared_variables.h"
-#include "usb/programmer.h"
+#include "usb/components/programmer.h"
 
 namespace fliglaf {
 

@@ -5,7 +5,7 @@
 #include <initializer_list>
 #include <span>
 
-#include "usb/latches.h"
+#include "usb/request/latches.h"
 
 namespace fliglaf::parallel {
 namespace {

@@ -1,9 +1,9 @@
 #include "parallel/config_word_writer.h"
 
 #include "parallel/config_mode.h"
+#include "parallel/config_word.h"
 #include "parallel/start_programmer.h"
-#include "usb/bits.h"
-#include "usb/config_word.h"
+#include "usb/components/bits.h"
 
 namespace fliglaf::parallel {
 namespace {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "usb/engine_run.h"
+#include "usb/request/engine_run.h"
 
 namespace fliglaf::parallel {
 

@@ -1,7 +1,7 @@
 #include "parallel/device_id.h"
 
 #include "parallel/start_programmer.h"
-#include "usb/signature_notes.h"
+#include "usb/request/signature_notes.h"
 
 namespace fliglaf::parallel {
 namespace {

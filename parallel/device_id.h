@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "usb/engine_run.h"
+#include "usb/request/engine_run.h"
 
 namespace fliglaf::parallel {
 

@@ -7,9 +7,9 @@
 #include "parallel/page_operations.h"
 #include "parallel/start_programmer.h"
 #include "resources/string_table.h"
-#include "usb/notes.h"
-#include "usb/operation.h"
-#include "usb/request.h"
+#include "usb/request/notes.h"
+#include "usb/request/operation.h"
+#include "usb/request/request.h"
 
 namespace fliglaf {
 namespace {

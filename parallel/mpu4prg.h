@@ -6,8 +6,8 @@
 #include "platform/desktop.h"
 #include "platform/form.h"
 #include "shared/shared_variables.h"
-#include "usb/engine_run.h"
-#include "usb/programmer.h"
+#include "usb/components/programmer.h"
+#include "usb/request/engine_run.h"
 
 namespace fliglaf {
 

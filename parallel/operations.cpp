@@ -3,7 +3,7 @@
 #include "parallel/config_word_writer.h"
 #include "parallel/page_operations.h"
 #include "parallel/start_programmer.h"
-#include "usb/operation.h"
+#include "usb/request/operation.h"
 
 namespace fliglaf::parallel {
 namespace {

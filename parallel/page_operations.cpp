@@ -3,8 +3,8 @@
 #include <string>
 
 #include "parallel/start_programmer.h"
-#include "usb/byte_check.h"
-#include "usb/notes.h"
+#include "usb/request/byte_check.h"
+#include "usb/request/notes.h"
 
 namespace fliglaf::parallel {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "record/assignment.h"
 #include "record/format.h"
-#include "usb/programmer.h"
+#include "usb/components/programmer.h"
 
 namespace fliglaf::record {
 

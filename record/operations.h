@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "shared/shared_variables.h"
-#include "usb/programmer.h"
+#include "usb/components/programmer.h"
 
 namespace fliglaf::record {
 

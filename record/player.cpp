@@ -10,11 +10,11 @@
 #include <fmt/format.h>
 
 #include "host/cls_mpu.h"
-#include "record/funnel_programmer.h"
 #include "resources/string_table.h"
 #include "shared/cls_mem_mapped.h"
 #include "shared/text.h"
 #include "shared/utf8.h"
+#include "usb/components/funnel_programmer.h"
 
 namespace fliglaf::record {
 namespace {

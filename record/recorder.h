@@ -10,11 +10,11 @@
 #include <utility>
 
 #include "platform/desktop.h"
-#include "record/funnel_programmer.h"
 #include "record/snapshot.h"
 #include "record/traffic.h"
 #include "shared/shared_variables.h"
-#include "usb/programmer.h"
+#include "usb/components/funnel_programmer.h"
+#include "usb/components/programmer.h"
 
 namespace fliglaf::record {
 

@@ -9,7 +9,7 @@
 #include "record/assignment.h"
 #include "record/format.h"
 #include "record/text.h"
-#include "usb/run.h"
+#include "usb/request/run.h"
 
 namespace fliglaf::record {
 namespace {

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "simulator/usb_timing.h"
-#include "usb/programmer.h"
+#include "usb/components/programmer.h"
 
 namespace fliglaf::simulator {
 namespace {

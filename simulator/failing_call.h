@@ -3,7 +3,7 @@
 #include <string>
 #include <utility>
 
-#include "usb/forwarding_programmer.h"
+#include "usb/components/forwarding_programmer.h"
 
 namespace fliglaf::simulator {
 

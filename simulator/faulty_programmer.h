@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "platform/portable/time_source.h"
-#include "usb/forwarding_programmer.h"
+#include "usb/components/forwarding_programmer.h"
 
 namespace fliglaf::simulator {
 

@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-#include "usb/byte_check.h"
+#include "usb/request/byte_check.h"
 
 namespace fliglaf::simulator {
 

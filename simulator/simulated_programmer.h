@@ -12,7 +12,7 @@
 #include "simulator/socket.h"
 #include "simulator/wires.h"
 #include "simulator/write_queue.h"
-#include "usb/programmer.h"
+#include "usb/components/programmer.h"
 
 namespace fliglaf::simulator {
 

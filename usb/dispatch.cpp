@@ -9,8 +9,8 @@
 #include "families/serial_isp.h"
 #include "families/serial_page.h"
 #include "families/two_wire.h"
-#include "usb/notes.h"
-#include "usb/operation.h"
+#include "usb/request/notes.h"
+#include "usb/request/operation.h"
 
 namespace fliglaf {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "usb/run.h"
+#include "usb/request/run.h"
 
 namespace fliglaf {
 

@@ -8,7 +8,7 @@
 #include "families/serial_lines.h"
 #include "families/serial_page.h"
 #include "families/two_wire.h"
-#include "usb/signature_notes.h"
+#include "usb/request/signature_notes.h"
 
 namespace fliglaf {
 namespace {

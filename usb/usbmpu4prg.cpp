@@ -5,8 +5,8 @@
 #include "families/power_up.h"
 #include "resources/string_table.h"
 #include "usb/dispatch.h"
-#include "usb/notes.h"
-#include "usb/request.h"
+#include "usb/request/notes.h"
+#include "usb/request/request.h"
 #include "usb/signature.h"
 
 namespace fliglaf {

@@ -6,8 +6,8 @@
 #include "platform/desktop.h"
 #include "platform/form.h"
 #include "shared/shared_variables.h"
-#include "usb/programmer.h"
-#include "usb/run.h"
+#include "usb/components/programmer.h"
+#include "usb/request/run.h"
 
 namespace fliglaf {
 

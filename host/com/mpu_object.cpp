@@ -8,7 +8,7 @@
 #include "host/com/late_binding.h"
 #include "platform/win32/module.h"
 #include "shared/cls_mem_mapped.h"
-#include "usb/run.h"
+#include "usb/request/run.h"
 
 namespace fliglaf {
 namespace {

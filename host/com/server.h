@@ -4,9 +4,9 @@
 
 #include <memory>
 
+#include "host/com/components.h"
 #include "host/com/request_recorder.h"
 #include "host/library.h"
-#include "platform/win32/components.h"
 #include "platform/win32/win32_desktop.h"
 
 namespace fliglaf {
@@ -17,7 +17,7 @@ namespace fliglaf {
 struct Session {
   Session();
 
-  platform::Components components;
+  Components components;
   platform::Win32Desktop desktop;
   Library library{components, desktop};
 };

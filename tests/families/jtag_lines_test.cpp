@@ -11,9 +11,9 @@
 #include <gtest/gtest.h>
 
 #include "platform/portable/portable_desktop.h"
-#include "record/funnel_programmer.h"
 #include "simulator/tap.h"
-#include "usb/bits.h"
+#include "usb/components/bits.h"
+#include "usb/components/funnel_programmer.h"
 
 namespace fliglaf {
 namespace {

@@ -1,6 +1,6 @@
 // Configuration words over the bit-serial interface, in every socket that there is, and what the
 // log tells of them.
-#include "usb/config_word.h"
+#include "parallel/config_word.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

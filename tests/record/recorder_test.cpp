@@ -14,7 +14,7 @@
 #include "host/cls_mpu.h"
 #include "platform/portable/portable_desktop.h"
 #include "record/player.h"
-#include "usb/engine_run.h"
+#include "usb/request/engine_run.h"
 
 namespace fliglaf::record {
 namespace {

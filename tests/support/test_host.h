@@ -12,7 +12,7 @@
 #include "host/cls_mpu.h"
 #include "platform/portable/portable_desktop.h"
 #include "simulator/bench.h"
-#include "usb/forwarding_programmer.h"
+#include "usb/components/forwarding_programmer.h"
 
 namespace fliglaf::test {
 

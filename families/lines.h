@@ -32,8 +32,8 @@ struct JtagLines {
   }
 };
 
-/// Clock and data line of families 12 and 16, on the port of JtagLines and with its fixedBitsA: what
-/// a reset pulse drives.
+/// Clock and data line of families 12 and 16, on the port of JtagLines and with its fixedBitsA:
+/// what a reset pulse drives.
 struct TwoWireLines {
   /// What each line adds to the port: 0 or its bit.
   std::uint8_t clockState = 0;

@@ -1,4 +1,4 @@
-#include "usb/engine_run.h"
+#include "usb/request/engine_run.h"
 
 #include <algorithm>
 #include <limits>

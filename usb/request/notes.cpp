@@ -1,4 +1,4 @@
-#include "usb/notes.h"
+#include "usb/request/notes.h"
 
 #include <algorithm>
 #include <array>

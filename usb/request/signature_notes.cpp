@@ -1,4 +1,4 @@
-#include "usb/signature_notes.h"
+#include "usb/request/signature_notes.h"
 
 #include "resources/string_table.h"
 

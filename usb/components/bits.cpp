@@ -1,4 +1,4 @@
-#include "usb/bits.h"
+#include "usb/components/bits.h"
 
 #include <algorithm>
 #include <array>

@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <initializer_list>
 
-#include "usb/engine_run.h"
-#include "usb/line_fields.h"
+#include "families/lines.h"
+#include "usb/request/engine_run.h"
 
 namespace fliglaf {
 

@@ -8,7 +8,7 @@
 #include "platform/desktop.h"
 #include "platform/form.h"
 #include "shared/shared_variables.h"
-#include "usb/programmer.h"
+#include "usb/components/programmer.h"
 
 namespace fliglaf {
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "usb/engine_run.h"
+#include "usb/request/engine_run.h"
 
 namespace fliglaf {
 

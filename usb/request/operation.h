@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <functional>
 
-#include "usb/engine_run.h"
+#include "usb/request/engine_run.h"
 
 namespace fliglaf::operation {
 

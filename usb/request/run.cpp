@@ -1,4 +1,4 @@
-#include "usb/run.h"
+#include "usb/request/run.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "usb/config_word.h"
+#include "parallel/config_word.h"
 
 #include <array>
 #include <string>

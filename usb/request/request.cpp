@@ -1,12 +1,12 @@
-#include "usb/request.h"
+#include "usb/request/request.h"
 
 #include <exception>
 #include <new>
 #include <string_view>
 
 #include "shared/text.h"
-#include "usb/notes.h"
-#include "usb/operation.h"
+#include "usb/request/notes.h"
+#include "usb/request/operation.h"
 
 namespace fliglaf {
 namespace {

@@ -1,6 +1,6 @@
-#include "usb/operation.h"
+#include "usb/request/operation.h"
 
-#include "usb/notes.h"
+#include "usb/request/notes.h"
 
 namespace fliglaf {
 

@@ -10,9 +10,9 @@
 #include <type_traits>
 
 #include "platform/win32/com_object.h"
-#include "usb/programmer.h"
+#include "usb/components/programmer.h"
 
-namespace fliglaf::platform {
+namespace fliglaf {
 
 /// Finds each component on first use and keeps it until it is destroyed. A component that is not
 /// installed makes the call that needs it throw ComponentError ("qdnio.dll is missing").
@@ -65,8 +65,8 @@ class Components : public Programmer {
   void NeedParallelLibrary();
 
   /// The helper object: by its own interface, or by names where it does not know that one.
-  ComPtr<_IoHelper> helper_;
-  ComPtr<IDispatch> helper_by_name_;
+  platform::ComPtr<_IoHelper> helper_;
+  platform::ComPtr<IDispatch> helper_by_name_;
   std::map<std::string_view, DISPID> names_;
 
   LoadedLibrary usb_library_;
@@ -77,4 +77,4 @@ class Components : public Programmer {
   void(__stdcall* datstr_)(char* text, std::int32_t value, std::int32_t digits) = nullptr;
 };
 
-}  // namespace fliglaf::platform
+}  // namespace fliglaf

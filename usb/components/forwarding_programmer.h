@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "usb/programmer.h"
+#include "usb/components/programmer.h"
 
 namespace fliglaf {
 

@@ -1,4 +1,4 @@
-#include "platform/win32/components.h"
+#include "host/com/components.h"
 
 #include <array>
 #include <string>
@@ -7,7 +7,7 @@
 #include "platform/win32/variant.h"
 #include "shared/text.h"
 
-namespace fliglaf::platform {
+namespace fliglaf {
 namespace {
 
 constexpr wchar_t kIoHelper[] = L"IoHelper.IoHelper";
@@ -27,7 +27,7 @@ HMODULE Load(const std::string& name) {
   if (HMODULE found = LoadLibraryW(file.c_str())) return found;
   const DWORD error = GetLastError();
   if (error == ERROR_MOD_NOT_FOUND) {
-    const std::wstring module = ModulePath();
+    const std::wstring module = platform::ModulePath();
     const std::wstring beside = module.substr(0, module.rfind(L'\\') + 1) + file;
     if (HMODULE found = LoadLibraryExW(beside.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH)) {
       return found;
@@ -57,7 +57,7 @@ std::int32_t Components::Call(const char* name,
                               HRESULT (STDMETHODCALLTYPE _IoHelper::*method)(Parameters...),
                               Values... values) {
   NeedIoHelper();
-  Variant result;
+  platform::Variant result;
   HRESULT status = S_OK;
   if (!helper_) {
     std::array<VARIANT, sizeof...(values)> arguments{};
@@ -98,11 +98,11 @@ HRESULT Components::CallByName(const char* name, std::span<VARIANT> arguments, V
 
 void Components::NeedIoHelper() {
   if (helper_ || helper_by_name_) return;
-  std::wstring prog_id = EnvironmentText(kIoHelperVariable);
+  std::wstring prog_id = platform::EnvironmentText(kIoHelperVariable);
   if (prog_id.empty()) prog_id = kIoHelper;
   CLSID id = {};
   HRESULT status = CLSIDFromProgID(prog_id.c_str(), &id);
-  ComPtr<IDispatch> object;
+  platform::ComPtr<IDispatch> object;
   if (SUCCEEDED(status)) {
     status = CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&object));
   }
@@ -233,4 +233,4 @@ std::u16string Components::datstr(std::int32_t value, std::int32_t digits) {
   return Widen(text);
 }
 
-}  // namespace fliglaf::platform
+}  // namespace fliglaf

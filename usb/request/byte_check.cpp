@@ -1,7 +1,7 @@
-#include "usb/byte_check.h"
+#include "usb/request/byte_check.h"
 
 #include "resources/string_table.h"
-#include "usb/engine_run.h"
+#include "usb/request/engine_run.h"
 
 namespace fliglaf {
 

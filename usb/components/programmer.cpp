@@ -1,4 +1,4 @@
-#include "usb/programmer.h"
+#include "usb/components/programmer.h"
 
 #include <array>
 #include <cstdio>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "record/operations.h"
-#include "usb/programmer.h"
+#include "usb/components/programmer.h"
 
 namespace fliglaf::record {
 

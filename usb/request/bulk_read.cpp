@@ -1,4 +1,4 @@
-#include "usb/bulk_read.h"
+#include "usb/request/bulk_read.h"
 
 #include <span>
 
