@@ -48,10 +48,10 @@ class Job {
       : session_(cli::HostSession::FreeInstance(), device, cli::Engine::kUsb),
         bench_(device, session_.instance(), {.faults = {}}),
         desktop_(bench_.bench()) {
-    const MemoryLayout layout = LayoutOf(device);
+    const ImageLayout layout = LayoutOf(device);
     std::mt19937 random(1);
-    for (std::int32_t i = 0; i < layout.main_bytes; ++i) Fill(i, random());
-    for (std::int32_t i = 0; i < layout.data_bytes; ++i) Fill(layout.data_start + i, random());
+    for (std::int64_t i = 0; i < layout.main_bytes; ++i) Fill(i, random());
+    for (std::int64_t i = 0; i < layout.data_bytes; ++i) Fill(layout.data_start + i, random());
   }
 
   /// The result, after programming and verifying through `programmer`.
@@ -68,7 +68,7 @@ class Job {
  private:
   static constexpr std::uint8_t kCodes[] = {operation::kProgram};
 
-  void Fill(std::int32_t index, std::uint_fast32_t value) {
+  void Fill(std::int64_t index, std::uint_fast32_t value) {
     session_.image()[static_cast<std::size_t>(index)] = static_cast<std::uint8_t>(value);
   }
 

@@ -27,7 +27,7 @@ class Scans {
   /// `sink`: takes the scans in the bench's place.
   explicit Scans(Programmer* sink = nullptr)
       : run_(session_.variables(), sink != nullptr ? *sink : bench_.programmer(), desktop_, window_,
-             watchdog_) {
+             watchdog_, lines_) {
     run_.io.OpenProgrammer();
     run_.io.SetVcc(device_.supply * 10);
     for (const std::uint8_t pin : device_.vcc_pins) run_.io.SetVccPin(pin, 1);
@@ -61,6 +61,7 @@ class Scans {
   platform::PortableDesktop desktop_{bench_.bench()};
   platform::Form window_;
   platform::Timer watchdog_{desktop_, "none", [] {}};
+  WindowLines lines_;
   Run run_;
 };
 

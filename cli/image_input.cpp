@@ -6,12 +6,13 @@
 #include <fmt/format.h>
 
 #include "cli/usage_error.h"
+#include "devices/memory_layout.h"
 
 namespace fliglaf::cli {
 
 ImageInput::ImageInput(const Options& options, const DeviceProfile& device)
     : layout_(LayoutOf(device)), image_bytes_(device.image_bytes) {
-  const auto& [main_bytes, data_start, data_bytes] = layout_;
+  const auto& [main_bytes, data_start, data_bytes, config, config_start] = layout_;
   if (!options.image_file.empty()) {
     Add(options.image_file, 0, device.image_bytes, "image", device.name);
   }
@@ -33,7 +34,7 @@ ImageInput::ImageInput(const Options& options, const DeviceProfile& device)
 
 /// Takes a file whose addresses count from `start` of the image; `what` and `device` name the
 /// memory in messages.
-void ImageInput::Add(const std::filesystem::path& file, std::int32_t start, std::int32_t bytes,
+void ImageInput::Add(const std::filesystem::path& file, std::int64_t start, std::int64_t bytes,
                      std::string_view what, const std::string& device) {
   const auto size = static_cast<std::uint64_t>(bytes);
   for (Segment& segment : ReadImage(file).segments) {
@@ -53,7 +54,7 @@ void ImageInput::CopyTo(std::span<std::uint8_t> image) const {
   }
 }
 
-std::vector<ImageInput::Range> ImageInput::Within(std::int32_t start, std::int32_t end) const {
+std::vector<ImageInput::Range> ImageInput::Within(std::int64_t start, std::int64_t end) const {
   std::vector<Range> found;
   for (const Segment& segment : segments_) {
     const Range range{std::max<std::uint64_t>(segment.address, static_cast<std::uint64_t>(start)),
@@ -69,7 +70,7 @@ bool ImageInput::is_whole() const {
 
 std::string ImageInput::others() const {
   std::vector<std::string> ranges;
-  const auto add = [&](std::int32_t start, std::int32_t end) {
+  const auto add = [&](std::int64_t start, std::int64_t end) {
     for (const auto& [first, behind] : Within(start, end)) {
       ranges.push_back(fmt::format("0x{:04X} to 0x{:04X}", first, behind - 1));
     }

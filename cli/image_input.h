@@ -10,7 +10,7 @@
 
 #include "cli/options.h"
 #include "devices/device_profile.h"
-#include "devices/memory_layout.h"
+#include "image_layout/image_layout.h"
 #include "images/image.h"
 
 namespace fliglaf::cli {
@@ -34,17 +34,17 @@ class ImageInput {
   [[nodiscard]] std::string others() const;
 
  private:
-  void Add(const std::filesystem::path& file, std::int32_t start, std::int32_t bytes,
+  void Add(const std::filesystem::path& file, std::int64_t start, std::int64_t bytes,
            std::string_view what, const std::string& device);
 
   struct Range {
     std::uint64_t first;
     std::uint64_t end;
   };
-  [[nodiscard]] std::vector<Range> Within(std::int32_t start, std::int32_t end) const;
+  [[nodiscard]] std::vector<Range> Within(std::int64_t start, std::int64_t end) const;
 
-  MemoryLayout layout_;
-  std::int32_t image_bytes_;
+  ImageLayout layout_;
+  std::int64_t image_bytes_;
   std::vector<Segment> segments_;  ///< by image address
   std::size_t bytes_ = 0;
 };

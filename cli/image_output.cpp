@@ -11,7 +11,7 @@
 namespace fliglaf::cli {
 
 ImageOutput::ImageOutput(const Options& options, const DeviceProfile& device) {
-  const MemoryLayout layout = LayoutOf(device);
+  const ImageLayout layout = LayoutOf(device);
   if (!options.eeprom_file.empty() && layout.data_bytes == 0) {
     throw UsageError(device.name + " has no data memory for --eeprom");
   }
@@ -24,7 +24,7 @@ ImageOutput::ImageOutput(const Options& options, const DeviceProfile& device) {
   }
 }
 
-void ImageOutput::Add(const std::filesystem::path& path, std::int32_t start, std::int32_t bytes) {
+void ImageOutput::Add(const std::filesystem::path& path, std::int64_t start, std::int64_t bytes) {
   if (path.empty()) return;
   const auto format = FormatOfName(path);
   if (!format) {

@@ -31,13 +31,13 @@ class ImageOutput {
   struct File {
     std::filesystem::path path;
     ImageFormat format;
-    std::int32_t start;  ///< in the image
-    std::int32_t bytes;
+    std::int64_t start;  ///< in the image
+    std::int64_t bytes;
   };
 
   [[nodiscard]] static std::span<const std::uint8_t> Part(const File& file,
                                                           std::span<const std::uint8_t> image);
-  void Add(const std::filesystem::path& path, std::int32_t start, std::int32_t bytes);
+  void Add(const std::filesystem::path& path, std::int64_t start, std::int64_t bytes);
 
   std::vector<File> files_;
 };

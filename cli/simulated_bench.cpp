@@ -20,7 +20,7 @@ std::optional<simulator::ConfigWordPart> ConfigWords(const DeviceProfile& device
 
 simulator::ChipDescription Describe(const DeviceProfile& device) {
   const Signature signature = device.signature.value_or(Signature{});
-  const MemoryLayout memory = LayoutOf(device);
+  const ImageLayout memory = LayoutOf(device);
   return {.family = device.family,
           .option = device.option,
           .flash_bytes = static_cast<std::uint32_t>(memory.main_bytes),

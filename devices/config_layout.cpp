@@ -26,22 +26,22 @@ constexpr std::array kFramedHazards{
 };
 
 std::vector<ConfigByte> PageFamilyBytes(const DeviceProfile& device) {
-  const std::int32_t end = 2 * device.size;
+  const std::int64_t start = LayoutOf(device).config_start;
   const bool one_fuse = device.family == 13 && device.option == kOneFuseByte;
   std::vector<ConfigByte> bytes;
-  bytes.push_back({"low", end - 32, static_cast<std::uint8_t>(one_fuse ? 0x7F : 0xFF), true});
+  bytes.push_back({"low", start, static_cast<std::uint8_t>(one_fuse ? 0x7F : 0xFF), true});
   if (!one_fuse) {
-    bytes.push_back({"calibration", end - 31, 0xFF, false});
-    bytes.push_back({"high", end - 30, 0xFF, true});
+    bytes.push_back({"calibration", start + 1, 0xFF, false});
+    bytes.push_back({"high", start + 2, 0xFF, true});
   }
-  bytes.push_back({"lock", end - 29, kLockBits, true});
-  if (device.family == 14) bytes.push_back({"extended", end - 28, 0xFF, true});
+  bytes.push_back({"lock", start + 3, kLockBits, true});
+  if (device.family == 14) bytes.push_back({"extended", start + 4, 0xFF, true});
   return bytes;
 }
 
 /// Bit 6 of the high fuses, which keeps the interface open, is not the user's to choose.
 std::vector<ConfigByte> AvrJtagBytes(const DeviceProfile& device) {
-  const std::int32_t start = 2 * device.size - 32;
+  const std::int64_t start = LayoutOf(device).config_start;
   std::vector<ConfigByte> bytes{{"low", start, 0xFF, true},
                                 {"calibration", start + 1, 0xFF, false},
                                 {"high", start + 2, 0xBF, true},
@@ -52,7 +52,7 @@ std::vector<ConfigByte> AvrJtagBytes(const DeviceProfile& device) {
 
 /// The two bytes behind the main memory. Family 11 has no operation that writes them.
 std::vector<ConfigByte> FlashRegisterBytes(const DeviceProfile& device) {
-  const std::int32_t start = LayoutOf(device).main_bytes;
+  const std::int64_t start = LayoutOf(device).config_start;
   return {{"write-lock", start, 0xFF, true}, {"read-lock", start + 1, 0xFF, true}};
 }
 
@@ -86,9 +86,11 @@ std::vector<ConfigByte> ConfigBytesOf(const DeviceProfile& device) {
       return PageFamilyBytes(device);
     case 12:
     case 16:
-      return {{"lock", LayoutOf(device).main_bytes, 0xFF, true}};
-    case 15:
-      return {{"fuse", device.size - 32, 0x0F, true}, {"lock", device.size - 31, 0x03, true}};
+      return {{"lock", LayoutOf(device).config_start, 0xFF, true}};
+    case 15: {
+      const std::int64_t start = LayoutOf(device).config_start;
+      return {{"fuse", start, 0x0F, true}, {"lock", start + 1, 0x03, true}};
+    }
     default:
       return {};
   }

@@ -12,7 +12,7 @@ namespace fliglaf {
 /// A configuration byte of a device, as it stands in the image.
 struct ConfigByte {
   std::string_view name;
-  std::int32_t image_byte;
+  std::int64_t image_byte;
   /// Bits that the device really has: the others may read otherwise than they were written.
   std::uint8_t bits;
   bool writable;

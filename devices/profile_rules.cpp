@@ -111,7 +111,7 @@ bool HasConfigSocket(const DeviceProfile& device) {
   return std::ranges::find(kPins, device.pin_count) != kPins.end();
 }
 
-bool WholeBlocks(std::int32_t bytes) {
+bool WholeBlocks(std::int64_t bytes) {
   constexpr std::int32_t kBlock = 16'384;
   constexpr std::int32_t kLargest = 131'072;  // 16 address bits, words
   return bytes >= kBlock && bytes <= kLargest && bytes % kBlock == 0;

@@ -32,9 +32,8 @@ constexpr int kNoLock = 0;
 constexpr std::uint8_t kFreeLockBits = 0x80;
 constexpr std::uint8_t kFreeExtendedBits = 0xE0;
 
-/// What parts of family 13 get: they have no extended fuses.
-constexpr std::uint8_t kOneExtendedFamily = 13;
-constexpr std::uint8_t kFixedExtended = 0x07;
+/// What parts without extended fuses get.
+constexpr std::uint8_t kNoExtended = 0x07;
 
 /// The bit of the write/erase lock byte that is stored as 1 whatever its list says.
 constexpr std::uint8_t kOpenBlock = 0x80;
@@ -56,16 +55,10 @@ void FilterHexadecimal(platform::TextBox& box) {
   };
 }
 
-/// Where the bytes lie in the data buffer.
-std::int64_t FuseArea(const SharedVariables& vars) {
-  return std::int64_t{vars.quorintlength[0]} * 2 - 32;
-}
-std::int64_t SecurityArea(const SharedVariables& vars) {
-  return std::int64_t{vars.quorintlength[0]} - vars.quorinbvcch[0] - vars.quorinpagelength[0] - 2;
-}
-
 /// From the start of the fuse area.
-enum FuseByte : std::uint8_t { kLow, kCalibration, kHigh, kLock, kExtended, kFuseBytes };
+enum FuseByte : std::uint8_t { kLow, kCalibration, kHigh, kLock, kExtended };
+constexpr std::int64_t kFuseBytes = 5;
+constexpr std::int64_t kSecurityBytes = 2;
 
 }  // namespace
 
@@ -135,32 +128,21 @@ void edit_figmpu40::Design() {
   Text3.text = u"FFFFFF";
 }
 
-edit_figmpu40::Page edit_figmpu40::PageOf(std::uint8_t mode) {
-  switch (mode) {
-    case 4:
-    case 5:
-    case 6:
-    case 7:
-    case 13:
-    case 14:
-      return Page::kFuses;
-    case 8:
-    case 9:
-    case 10:
-    case 11:
-      return Page::kSecurity;
-    default:
-      return Page::kNone;
-  }
+bool edit_figmpu40::Serves(std::uint8_t mode) {
+  const ConfigArea area = ConfigPageOf(mode).area;
+  return area == ConfigArea::kFuses || area == ConfigArea::kBlockLocks;
+}
+
+std::span<std::uint8_t> edit_figmpu40::Bytes(ConfigArea page) {
+  const ImageLayout layout = LayoutOf(vars().quorinprgmode[0], SizesOf(vars()));
+  const std::int64_t bytes = page == ConfigArea::kFuses ? kFuseBytes : kSecurityBytes;
+  return vars().quorinibuffer.Range(layout.config_start, bytes);
 }
 
 void edit_figmpu40::Form_Load() {
-  const Page page = PageOf(vars().quorinprgmode[0]);
-  if (page == Page::kFuses) {
-    static_cast<void>(vars().quorinibuffer.Range(FuseArea(vars()), kFuseBytes));
-  } else if (page == Page::kSecurity) {
-    static_cast<void>(vars().quorinibuffer.Range(SecurityArea(vars()), 2));
-  }
+  const bool serves = Serves(vars().quorinprgmode[0]);
+  const ConfigArea page = serves ? ConfigPageOf(vars().quorinprgmode[0]).area : ConfigArea::kNone;
+  if (serves) static_cast<void>(Bytes(page));
   page_ = page;
   rows_.clear();
   Design();
@@ -170,9 +152,9 @@ void edit_figmpu40::Form_Load() {
   Frame1.top = kPageTop;
   OKButton.caption = Text(resources::text::kOk);
   CancelButton.caption = Text(resources::text::kCancel);
-  if (page == Page::kSecurity) {
+  if (page == ConfigArea::kBlockLocks) {
     LoadSecurity();
-  } else if (page == Page::kFuses) {
+  } else if (page == ConfigArea::kFuses) {
     LoadFuses();
   }
 }
@@ -196,7 +178,7 @@ void edit_figmpu40::LoadSecurity() {
   }
   for (std::size_t i = 0; i < Label7.size(); ++i) Label7[i].caption = Label6[i].caption;
 
-  const auto bytes = vars().quorinibuffer.Range(SecurityArea(vars()), 2);
+  const auto bytes = Bytes(ConfigArea::kBlockLocks);
   ShowBits(Combo6, bytes[0]);
   ShowBits(Combo7, bytes[1]);
   Text8[0].text = HexDigits(bytes[0], 2);
@@ -219,7 +201,7 @@ void edit_figmpu40::LoadFuses() {
   Label2[1].visible = false;
   Combo3[5].visible = false;
 
-  const auto bytes = vars().quorinibuffer.Range(FuseArea(vars()), kFuseBytes);
+  const auto bytes = Bytes(ConfigArea::kFuses);
   Text1.text = services().datstr(bytes[kCalibration], 2);
   const auto mode =
       std::ranges::find(kLockModes, static_cast<std::uint8_t>(bytes[kLock] & kLockModeBits));
@@ -275,29 +257,29 @@ void edit_figmpu40::LayOut(platform::Frame& frame) {
 
 /// The host may have turned to another device meanwhile: only the page that is shown is stored.
 void edit_figmpu40::Store() {
-  if (PageOf(vars().quorinprgmode[0]) != page_) return;
-  if (page_ == Page::kSecurity) {
+  if (ConfigPageOf(vars().quorinprgmode[0]).area != page_) return;
+  if (page_ == ConfigArea::kBlockLocks) {
     StoreSecurity();
-  } else if (page_ == Page::kFuses) {
+  } else if (page_ == ConfigArea::kFuses) {
     StoreFuses();
   }
 }
 
 void edit_figmpu40::StoreSecurity() {
-  const auto bytes = vars().quorinibuffer.Range(SecurityArea(vars()), 2);
+  const auto bytes = Bytes(ConfigArea::kBlockLocks);
   const bool four = vars().quorinwoption[0] == kFourBlockVariant;
   bytes[0] = BitsOf(Combo6) | (four ? kOpenBlockOfFour : kOpenBlock);
   bytes[1] = BitsOf(Combo7);
 }
 
 void edit_figmpu40::StoreFuses() {
-  const auto bytes = vars().quorinibuffer.Range(FuseArea(vars()), kFuseBytes);
-  const bool fixed = vars().quorinprgmode[0] == kOneExtendedFamily;
+  const auto bytes = Bytes(ConfigArea::kFuses);
+  const bool has_extended = ConfigPageOf(vars().quorinprgmode[0]).has_extended_fuses;
   bytes[kLow] = BitsOf(Combo1);
   bytes[kHigh] = BitsOf(Combo4);
   bytes[kLock] = kFreeLockBits | BitsOf(std::span(Combo3).subspan(1), 2) |
                  kLockModes[static_cast<std::size_t>(Combo3[0].chosen)];
-  bytes[kExtended] = fixed ? kFixedExtended : kFreeExtendedBits | BitsOf(Combo5);
+  bytes[kExtended] = has_extended ? kFreeExtendedBits | BitsOf(Combo5) : kNoExtended;
 }
 
 }  // namespace fliglaf

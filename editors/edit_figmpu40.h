@@ -2,8 +2,10 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 
 #include "editors/configuration_editor.h"
+#include "image_layout/image_layout.h"
 #include "platform/form.h"
 
 namespace fliglaf {
@@ -15,7 +17,7 @@ class edit_figmpu40 : public ConfigurationEditor {
   explicit edit_figmpu40(EditorServices services);
 
   /// Whether it has a page for a device family.
-  [[nodiscard]] static bool Serves(std::uint8_t mode) { return PageOf(mode) != Page::kNone; }
+  [[nodiscard]] static bool Serves(std::uint8_t mode);
 
   // Fuse page.
   platform::Frame Frame1;
@@ -41,9 +43,6 @@ class edit_figmpu40 : public ConfigurationEditor {
   std::array<platform::ComboBox, 8> Combo7;
 
  private:
-  enum class Page : std::uint8_t { kNone, kFuses, kSecurity };
-  static Page PageOf(std::uint8_t mode);
-
   void Form_Load() override;
   void Store() override;
 
@@ -56,10 +55,12 @@ class edit_figmpu40 : public ConfigurationEditor {
   void StoreFuses();
   void StoreSecurity();
   void LayOut(platform::Frame& frame);
+  /// The configuration bytes of the page in the data buffer. Throws RangeError where it has none.
+  [[nodiscard]] std::span<std::uint8_t> Bytes(ConfigArea page);
 
   std::vector<PageRow> fuse_rows_;
   std::vector<PageRow> security_rows_;
-  Page page_ = Page::kNone;
+  ConfigArea page_ = ConfigArea::kNone;
 };
 
 }  // namespace fliglaf

@@ -15,10 +15,6 @@ namespace {
 using platform::kTwipsPerPixel;
 using platform::Size;
 
-/// The families of the two pages.
-constexpr std::uint8_t kLockByteMode = 12;
-constexpr std::uint8_t kBitsMode = 15;
-
 /// Where frames of other pages are put.
 constexpr int kOutOfView = 1000 * kTwipsPerPixel;
 /// Between a frame and what is below it.
@@ -41,8 +37,9 @@ int HexDigit(char16_t character) {
   return -1;
 }
 
-std::int64_t LockByteIndex(const SharedVariables& vars) {
-  return std::int64_t{vars.quorintlength[0]} - vars.quorinpagelength[0] - 1;
+/// The lock byte, or the first of fuse and lock bits, in the data buffer.
+std::int64_t ConfigStart(const SharedVariables& vars) {
+  return LayoutOf(vars.quorinprgmode[0], SizesOf(vars)).config_start;
 }
 
 /// Twips for the outer size of a window around `length` twips.
@@ -52,7 +49,10 @@ int Outer(int length, int pixels_more) {
 
 }  // namespace
 
-bool edit_figmpu41::Serves(std::uint8_t mode) { return mode == kLockByteMode || mode == kBitsMode; }
+bool edit_figmpu41::Serves(std::uint8_t mode) {
+  const ConfigArea area = ConfigPageOf(mode).area;
+  return area == ConfigArea::kLockByte || area == ConfigArea::kFuseAndLock;
+}
 
 std::int32_t edit_figmpu41::ParseHex(std::u16string_view text) {
   std::int64_t value = 0;
@@ -109,16 +109,15 @@ void edit_figmpu41::Text1_LostFocus() {
 }
 
 void edit_figmpu41::Form_Load() {
-  const std::uint8_t mode = vars().quorinprgmode[0];
-  const std::int64_t fuse_index = std::int64_t{vars().quorintlength[0]} - 32;
-  if (mode == kLockByteMode) {
-    static_cast<void>(vars().quorinibuffer[LockByteIndex(vars())]);
-  } else if (mode == kBitsMode) {
-    static_cast<void>(vars().quorinibuffer.Range(fuse_index, 2));
+  const ConfigArea page = ConfigPageOf(vars().quorinprgmode[0]).area;
+  const std::int64_t start = ConfigStart(vars());
+  if (page == ConfigArea::kLockByte) {
+    static_cast<void>(vars().quorinibuffer[start]);
+  } else if (page == ConfigArea::kFuseAndLock) {
+    static_cast<void>(vars().quorinibuffer.Range(start, 2));
   }
-  mode_ = mode;
-  fuse_index_ = fuse_index;
-  lock_index_ = fuse_index + 1;
+  page_ = page;
+  bits_start_ = start;
   rows_.clear();
   form_.caption = Text(resources::text::kEditConfiguration);
   OKButton.caption = Text(resources::text::kOk);
@@ -127,15 +126,15 @@ void edit_figmpu41::Form_Load() {
     frame->left = kOutOfView;
     frame->visible = false;
   }
-  if (mode == kLockByteMode) {
+  if (page == ConfigArea::kLockByte) {
     LoadLockByte();
-  } else if (mode == kBitsMode) {
+  } else if (page == ConfigArea::kFuseAndLock) {
     LoadBits();
   }
 }
 
 void edit_figmpu41::LoadLockByte() {
-  const std::int64_t index = LockByteIndex(vars());
+  const std::int64_t index = ConfigStart(vars());
   Frame1.caption = u"Lock Byte Editor";
   Label1[0].caption = u"Address \"" + HexNumber(index) + u"\" Value: ";
   Text1[0].text = HexDigits(vars().quorinibuffer[index], 2);
@@ -154,8 +153,8 @@ void edit_figmpu41::LoadBits() {
   Label3[1].caption = u"Bit 1 Lock Bit 2";
   Fill(Combo2, {u"0 Enable", u"1 Disable"}, 1);
   Fill(Combo3, {u"0 Locked", u"1 Unlocked"}, 1);
-  ShowBits(Combo2, vars().quorinibuffer[fuse_index_]);
-  ShowBits(Combo3, vars().quorinibuffer[lock_index_]);
+  ShowBits(Combo2, vars().quorinibuffer[bits_start_]);
+  ShowBits(Combo3, vars().quorinibuffer[bits_start_ + 1]);
   Combo2[0].enabled = false;
   rows_ = bit_rows_;
   LayOut(Frame2, &Frame3);
@@ -192,14 +191,14 @@ void edit_figmpu41::LayOut(platform::Frame& page, platform::Frame* below) {
 
 /// The host may have turned to another device meanwhile: only the page that is shown is stored.
 void edit_figmpu41::Store() {
-  if (vars().quorinprgmode[0] != mode_) return;
-  if (mode_ == kLockByteMode) {
+  if (ConfigPageOf(vars().quorinprgmode[0]).area != page_) return;
+  if (page_ == ConfigArea::kLockByte) {
     const std::int32_t value = ParseHex(Text1[0].text);
     const bool is_byte = value >= 0 && value <= 0xFF;
-    vars().quorinibuffer[LockByteIndex(vars())] =
+    vars().quorinibuffer[ConfigStart(vars())] =
         is_byte ? static_cast<std::uint8_t>(value) : kErased;
-  } else if (mode_ == kBitsMode) {
-    const auto bytes = vars().quorinibuffer.Range(fuse_index_, 2);
+  } else if (page_ == ConfigArea::kFuseAndLock) {
+    const auto bytes = vars().quorinibuffer.Range(bits_start_, 2);
     bytes[0] = BitsOf(Combo2) ^ kFreeFuseBits;
     bytes[1] = BitsOf(Combo3) ^ kFreeLockBits;
   }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "editors/configuration_editor.h"
+#include "image_layout/image_layout.h"
 #include "platform/form.h"
 
 namespace fliglaf {
@@ -24,12 +25,12 @@ class edit_figmpu41 : public ConfigurationEditor {
   /// The value of a hexadecimal text, 0 for an empty one; one beyond 2^31 - 1 as that.
   [[nodiscard]] static std::int32_t ParseHex(std::u16string_view text);
 
-  // Family 12.
+  // Page of the lock byte.
   platform::Frame Frame1;
   std::array<platform::Label, 1> Label1;
   std::array<platform::TextBox, 1> Text1;  ///< lock byte
 
-  // Family 15.
+  // Page of fuse and lock bits.
   platform::Frame Frame2;
   std::array<platform::Label, 4> Label2;
   std::array<platform::ComboBox, 4> Combo2;  ///< fuse byte, bit i in element i
@@ -51,10 +52,9 @@ class edit_figmpu41 : public ConfigurationEditor {
 
   std::vector<PageRow> lock_byte_rows_;
   std::vector<PageRow> bit_rows_;
-  std::uint8_t mode_ = 0;
-  // Of family 15, from load to OK.
-  std::int64_t fuse_index_ = 0;
-  std::int64_t lock_index_ = 0;
+  ConfigArea page_ = ConfigArea::kNone;
+  /// Of fuse and lock bits, from load to OK.
+  std::int64_t bits_start_ = 0;
 };
 
 }  // namespace fliglaf

@@ -54,4 +54,11 @@ struct FlashRegs {
   std::int16_t addressWidth = 0;
 };
 
+/// The lines of the window, which all families share: what one loads stays for the next.
+struct WindowLines {
+  JtagLines jtag;
+  TwoWireLines two_wire;
+  FlashRegs flash;
+};
+
 }  // namespace fliglaf

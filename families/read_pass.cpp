@@ -4,7 +4,6 @@
 #include <stdexcept>
 #include <string>
 
-#include "families/power_up.h"
 #include "usb/components/bits.h"
 #include "usb/request/bulk_read.h"
 #include "usb/request/notes.h"
@@ -86,7 +85,7 @@ void VerifyProgrammed(Run& run, void (*read_pass)(Run&, std::int16_t)) {
 void VerifyPoweredAnew(Run& run, void (*read_pass)(Run&, std::int16_t)) {
   SendClosingPacket(run);
   run.io.EndRun();
-  static_cast<void>(powerUpTarget(run));  // a target that is not there fails the verify
+  run.power_up();  // a target that is not there fails the verify
   VerifyProgrammed(run, read_pass);
 }
 

@@ -24,8 +24,8 @@ void CheckDevice(const DeviceProfile& device) {
           "the range lies in the device");
   Require(Excerpt(device.description, 200) == device.description,
           "a description is shown as it is");
-  const MemoryLayout layout = LayoutOf(device);
-  const std::int32_t data_end = layout.data_start + layout.data_bytes;
+  const ImageLayout layout = LayoutOf(device);
+  const std::int64_t data_end = layout.data_start + layout.data_bytes;
   Require(layout.main_bytes > 0 && layout.main_bytes <= layout.data_start,
           "the main memory ends before the data memory");
   Require(layout.data_bytes >= 0 && data_end <= device.image_bytes,

@@ -5,13 +5,13 @@
 #include <cstdint>
 #include <initializer_list>
 
+#include "image_layout/image_layout.h"
+
 namespace fliglaf {
 namespace {
 
 /// Bytes from the first configuration byte to the end of the image, and one more.
 constexpr std::int64_t kAreaBytes = 33;
-/// The first configuration byte lies this far below the end of the image.
-constexpr std::int64_t kAreaStart = 32;
 
 struct Fuses {
   std::initializer_list<std::uint8_t> variants;
@@ -36,9 +36,12 @@ constexpr std::array kFactoryFuses{
 };
 // clang-format on
 
+std::int64_t ConfigStart(const SharedVariables& vars) {
+  return LayoutOf(vars.quorinprgmode[0], SizesOf(vars)).config_start;
+}
+
 void PresetFuses(SharedVariables& vars) {
-  const auto area =
-      vars.quorinibuffer.Range(std::int64_t{vars.quorintlength[0]} * 2 - kAreaStart, kAreaBytes);
+  const auto area = vars.quorinibuffer.Range(ConfigStart(vars), kAreaBytes);
   std::ranges::fill(area, std::uint8_t{0xFF});
   for (const Fuses& fuses : kFactoryFuses) {
     if (std::ranges::find(fuses.variants, vars.quorinwoption[0]) == fuses.variants.end()) continue;
@@ -49,16 +52,13 @@ void PresetFuses(SharedVariables& vars) {
   }
 }
 
-/// The two lock bytes between the main array and its last page.
-void PresetFlashLock(SharedVariables& vars) {
-  const std::int64_t first =
-      std::int64_t{vars.quorintlength[0]} - vars.quorinbvcch[0] - vars.quorinpagelength[0] - 2;
-  std::ranges::fill(vars.quorinibuffer.Range(first, 2), std::uint8_t{0xFF});
+void PresetBlockLocks(SharedVariables& vars) {
+  const auto locks = vars.quorinibuffer.Range(BlockLocksStart(SizesOf(vars)), 2);
+  std::ranges::fill(locks, std::uint8_t{0xFF});
 }
 
 void PresetFuseAndLock(SharedVariables& vars) {
-  const auto area =
-      vars.quorinibuffer.Range(std::int64_t{vars.quorintlength[0]} - kAreaStart, kAreaBytes);
+  const auto area = vars.quorinibuffer.Range(ConfigStart(vars), kAreaBytes);
   std::ranges::fill(area, std::uint8_t{0xFF});
   area[0] = 0xFE;
 }
@@ -66,23 +66,15 @@ void PresetFuseAndLock(SharedVariables& vars) {
 }  // namespace
 
 void PresetConfiguration(SharedVariables& vars) {
-  switch (vars.quorinprgmode[0]) {
-    case 4:
-    case 5:
-    case 6:
-    case 7:
-    case 13:
-    case 14:
+  switch (ConfigPageOf(vars.quorinprgmode[0]).area) {
+    case ConfigArea::kFuses:
       return PresetFuses(vars);
-    case 8:
-    case 9:
-    case 10:
-    case 11:
-    case 12:
-      return PresetFlashLock(vars);
-    case 15:
+    case ConfigArea::kBlockLocks:
+    case ConfigArea::kLockByte:  // two bytes below its lock byte, as if it had block locks
+      return PresetBlockLocks(vars);
+    case ConfigArea::kFuseAndLock:
       return PresetFuseAndLock(vars);
-    default:
+    case ConfigArea::kNone:
       return;
   }
 }

@@ -57,14 +57,17 @@ void mpu4prg::wmpu0() {
 void mpu4prg::Request() {
   Form_Load();
   switch (parallel::StartProgrammer(run_)) {
-    case 1:  // no programmer, or no supply
+    case StartResult::kNotFound:
       return run_.io.ReportStartupFailure();
-    case 2:  // no adapter; a supply that says so has been switched on, too
+    case StartResult::kAborted:
       return;
     default:
       break;
   }
-  if (vars_->quorinchipidtestmode[0] != 0 && parallel::CheckDeviceId(run_) == 1) return;
+  if (vars_->quorinchipidtestmode[0] != 0 &&
+      parallel::CheckDeviceId(run_) == SignatureOutcome::kAbort) {
+    return;
+  }
   RunRequest(run_, [this](std::int16_t code) { RunOperation(code); });
 }
 

@@ -36,28 +36,22 @@ std::uint8_t TakeByte(EngineRun& run) {
   return static_cast<std::uint8_t>(run.io.ReadRegister(reg::kCaptured));
 }
 
-std::int32_t StartProgrammer(EngineRun& run) {
+StartResult StartProgrammer(EngineRun& run) {
   const SharedVariables& vars = run.vars;
   Programmer& io = run.io;
-  if (io.OpenProgrammer() == kNoProgrammer) return kNoProgrammer;
-  if (io.SetFigMode(vars.quorinfigmode[0]) == kAdapterAbort) return kAdapterAbort;
-  const std::int32_t supply = io.SetVcc(vars.quorinbvcc[0] * 10);
-  if (supply == kSupplyFailed) return kSupplyFailed;
+  if (io.OpenProgrammer() == kNoProgrammer) return StartResult::kNotFound;
+  if (io.SetFigMode(vars.quorinfigmode[0]) == kAdapterAbort) return StartResult::kAborted;
+  const std::int32_t supply = io.SetVcc(Millivolts(vars.quorinbvcc[0]));
+  if (supply == kSupplyFailed) return StartResult::kNotFound;
 
-  io.SetGndPin(vars.quorinbgndpin[0], 1);
-  if (vars.quorinbgndpin[1] != 0) io.SetGndPin(vars.quorinbgndpin[1], 1);
-  io.DelayMs(500);
-  io.SetOutputs(0);
-  io.SetVccPin(vars.quorinbvccpin[0], 1);
-  if (vars.quorinbvccpin[1] != 0) io.SetVccPin(vars.quorinbvccpin[1], 1);
-
+  SwitchSupplyPins(run);
   if (ReachesDevice(run)) {
     EnableProgramming(run);
   } else {
     io.ResetInterface();
   }
   io.DelayMs(100);
-  return supply;
+  return StartResult{supply};
 }
 
 }  // namespace fliglaf::parallel

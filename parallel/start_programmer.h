@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 
 #include "usb/request/engine_run.h"
+#include "usb/request/socket_supply.h"
 
 namespace fliglaf::parallel {
 
@@ -18,9 +20,8 @@ void SendInstruction(EngineRun& run, std::initializer_list<std::int32_t> bytes);
 /// Clocks a byte in.
 [[nodiscard]] std::uint8_t TakeByte(EngineRun& run);
 
-/// Opens the programmer, powers the socket and has the device enable its programming. Returns 1
-/// when no programmer or no supply is there, 2 without the adapter; another result of SetVcc is
-/// handed on after the whole start.
-[[nodiscard]] std::int32_t StartProgrammer(EngineRun& run);
+/// Opens the programmer, powers the socket and has the device enable its programming. A supply that
+/// answers as a missing adapter does has been switched on, too.
+[[nodiscard]] StartResult StartProgrammer(EngineRun& run);
 
 }  // namespace fliglaf::parallel

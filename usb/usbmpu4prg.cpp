@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "families/power_up.h"
 #include "resources/string_table.h"
 #include "usb/dispatch.h"
+#include "usb/power_up.h"
 #include "usb/request/notes.h"
 #include "usb/request/request.h"
 #include "usb/signature.h"
@@ -26,7 +26,8 @@ usbmpu4prg::usbmpu4prg(std::shared_ptr<SharedVariables> variables, Programmer& p
       programmer_(programmer),
       Timer1(desktop, "Timer1", [this] { Timer1_Timer(); }),
       Timer2(desktop, "Timer2", [this] { Timer2_Timer(); }),
-      run_(*vars_, programmer, desktop, form_, Timer2) {
+      run_(*vars_, programmer, desktop, form_, Timer2, lines_) {
+  run_.power_up = [this] { static_cast<void>(powerUpTarget(run_, lines_)); };
   pexit.on_click = [this] { vars_->quorinprgresult[0] = result::kStopped; };
 }
 
@@ -59,15 +60,16 @@ void usbmpu4prg::Request() {
   SharedVariables& vars = *vars_;
   Form_Load();
   vars.quorinubuflg[0] = kUsbEngineMark;
-  switch (powerUpTarget(run_)) {
-    case kNoProgrammer:
+  switch (powerUpTarget(run_, lines_)) {
+    case StartResult::kNotFound:
       return programmer_.ReportStartupFailure();
-    case kAdapterAbort:
+    case StartResult::kAborted:
       return;
     default:
       break;
   }
-  if (vars.quorinchipidtestmode[0] != 0 && (CheckSignature(run_) == 1 || run_.stopped())) {
+  if (vars.quorinchipidtestmode[0] != 0 &&
+      (CheckSignature(run_, lines_) == SignatureOutcome::kAbort || run_.stopped())) {
     return programmer_.EndRun();
   }
 
@@ -77,7 +79,7 @@ void usbmpu4prg::Request() {
   const std::int32_t write_time = vars.quorinpwte[0];
   run_.PwteOffset = write_time > kPlainWriteTime ? write_time - kPlainWriteTime : 1;
 
-  RunRequest(run_, [this](std::int16_t code) { RunOperation(run_, code); });
+  RunRequest(run_, [this](std::int16_t code) { RunOperation(run_, lines_, code); });
   programmer_.EndRun();
 }
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "families/lines.h"
 #include "platform/desktop.h"
 #include "platform/form.h"
 #include "shared/shared_variables.h"
@@ -44,6 +45,7 @@ class usbmpu4prg {
   platform::Form form_;
   platform::Timer Timer1;
   platform::Timer Timer2;
+  WindowLines lines_;
   Run run_;
 };
 

@@ -138,7 +138,8 @@ class JtagLinesTest : public testing::Test {
   platform::PortableDesktop desktop_{time_};
   platform::Form window_;
   platform::Timer watchdog_{desktop_, "none", [] {}};
-  fliglaf::Run run_{vars_, io_, desktop_, window_, watchdog_};
+  WindowLines lines_;
+  fliglaf::Run run_{vars_, io_, desktop_, window_, watchdog_, lines_};
 };
 
 TEST_F(JtagLinesTest, ScansCarryTheirBitsInBothWalkModes) {

@@ -5,9 +5,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "families/power_up.h"
 #include "simulator/chips/serial_page_chip.h"
 #include "tests/support/test_host.h"
+#include "usb/power_up.h"
 
 namespace fliglaf {
 namespace {
@@ -308,10 +308,11 @@ TEST(SerialPageConfig, BitsOfTheFramedFamilyComeIntoTheImage) {
   TestHost host(Device(kVariants[4]));
   platform::Form window;
   platform::Timer watchdog(host.desktop, "", [] {});
-  fliglaf::Run run(host.vars, host.tap, host.desktop, window, watchdog);
+  WindowLines lines;
+  fliglaf::Run run(host.vars, host.tap, host.desktop, window, watchdog, lines);
   host.cells("fuses")[0] = 0x05;
   host.cells("lock")[0] = 0x02;
-  ASSERT_EQ(powerUpTarget(run), 0);
+  ASSERT_EQ(powerUpTarget(run, lines), StartResult::kReady);
   host.tap.calls.clear();
   config15(run, "neither");
   EXPECT_TRUE(host.tap.calls.empty());

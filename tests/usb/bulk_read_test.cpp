@@ -61,7 +61,8 @@ class BulkReadTest : public testing::Test {
                            timer_.Disable();
                            host_.vars.quorinprgresult[0] = result::kTimeOut;
                          }};
-  fliglaf::Run run_{host_.vars, programmer_, desktop_, form_, timer_};
+  WindowLines lines_;
+  fliglaf::Run run_{host_.vars, programmer_, desktop_, form_, timer_, lines_};
 };
 
 TEST_F(BulkReadTest, IntoTheDataBufferPutsTheSavedByteBack) {

@@ -21,7 +21,11 @@ inline constexpr std::uint8_t kReadBackFails = 3;
 inline constexpr std::uint8_t kTimeOut = 5;  ///< transient, between the watchdog and the bulk read
 }  // namespace result
 
-/// What a read-type pass does with each byte of the device.
+/// What a read-type pass does with each byte of the device: the operation code - 2. The codes 0 and
+/// 1, which a host may ask for, give modes without a name, in which every byte is accepted.
+enum class CheckMode : std::int16_t { kRead = 0, kVerify = 1, kBlankCheck = 2, kCompare = 3 };
+
+/// The same as numbers, for families that have no class yet.
 namespace check_mode {
 inline constexpr std::int16_t kRead = 0;
 inline constexpr std::int16_t kVerify = 1;

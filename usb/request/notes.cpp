@@ -4,20 +4,19 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
-#include <limits>
 #include <string>
 
 #include "resources/string_table.h"
 #include "shared/text.h"
+#include "usb/request/socket_supply.h"
 
 namespace fliglaf {
 namespace {
 
 constexpr std::size_t kLongestLogKept = 500;  // UTF-16 units
 constexpr double kSecondsPerDay = 86'400;
-/// Seconds by which a clock that is being kept right may go back.
+/// Largest backward clock adjustment tolerated, in seconds.
 constexpr double kClockSetBack = 60;
-constexpr double kMarginStep = 0.05;
 
 /// Elements of quorinprgnote.
 namespace note {
@@ -56,15 +55,6 @@ std::u16string Volts(std::int32_t hundredths) {
     if (fraction % 10 != 0) text += static_cast<char>('0' + fraction % 10);
   }
   return Widen(text);
-}
-
-/// The supply of a verify pass in units of 10 mV, halves to the even neighbour.
-std::int32_t MarginSupply(const EngineRun& run, double sign) {
-  const double margin = sign * run.vars.quorinwlverifyvcc[0] * kMarginStep;
-  const double supply = std::nearbyint(run.vars.quorinbvcc[0] * (1 + margin));
-  // Kept to what times 10 still is a Long.
-  constexpr std::int32_t kLargest = std::numeric_limits<std::int32_t>::max() / 10;
-  return static_cast<std::int32_t>(std::clamp<double>(supply, -kLargest, kLargest));
 }
 
 }  // namespace
@@ -108,9 +98,7 @@ void NoteListing(EngineRun& run) {
 void prgnote1(EngineRun& run, std::uint8_t pass) {
   std::u16string supply;
   if (pass == 1 || pass == 2) {
-    const std::int32_t v = MarginSupply(run, pass == 1 ? 1 : -1);
-    run.io.SetVcc(v * 10);
-    supply = u"(VCC:" + Volts(v) + u"V) ";
+    supply = u"(VCC:" + Volts(SetMarginSupply(run, pass == 1 ? 1 : -1)) + u"V) ";
   }
   run.io.DelayMs(100);
   run.vars.quorinprgmode[1] = 0;

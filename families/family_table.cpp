@@ -1,0 +1,118 @@
+#include "families/family_table.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "families/avr_jtag.h"
+#include "families/flash_register.h"
+#include "families/serial_entry.h"
+#include "families/serial_isp.h"
+#include "families/serial_lines.h"
+#include "families/serial_page.h"
+#include "families/serial_page_entry.h"
+#include "families/two_wire.h"
+
+namespace fliglaf {
+namespace {
+
+using Routine = void (*)(Run&);
+
+/// A family whose routines have no class yet.
+struct Routines {
+  Routine enter;
+  void (*read_pass)(Run&, std::int16_t mode);
+  Routine program;
+  Routine code8 = nullptr;
+  Routine code9 = nullptr;
+  Routine code10 = nullptr;
+  Routine code11 = nullptr;
+  Signature (*signature)(Run&) = nullptr;
+  bool has_signature = true;
+};
+
+template <auto& kRoutines>
+class RoutineFamily : public Family {
+ public:
+  explicit RoutineFamily(Run& request) : Family(request) {}
+  void Enter() override { kRoutines.enter(run); }
+  void ReadPass(CheckMode mode) override {
+    kRoutines.read_pass(run, static_cast<std::int16_t>(mode));
+  }
+  void Program() override { kRoutines.program(run); }
+  void Code8() override { Call(kRoutines.code8); }
+  void Code9() override { Call(kRoutines.code9); }
+  void Code10() override { Call(kRoutines.code10); }
+  void Code11() override { Call(kRoutines.code11); }
+  bool HasSignature() const override { return kRoutines.has_signature; }
+  Signature ReadSignature() override {
+    return kRoutines.signature != nullptr ? kRoutines.signature(run) : Signature{};
+  }
+
+ private:
+  void Call(Routine routine) {
+    if (routine != nullptr) routine(run);
+  }
+};
+
+template <auto& kRoutines>
+std::unique_ptr<Family> Make(Run& run, WindowLines& /*lines*/) {
+  return std::make_unique<RoutineFamily<kRoutines>>(run);
+}
+
+template <std::uint8_t kSelector>
+void LockLevels(Run& run) {
+  ispWriteLockLevels(run, kSelector);
+}
+template <std::uint8_t kBits>
+void Fam2Lock(Run& run) {
+  ispFam2Lock(run, kBits);
+}
+template <std::int32_t kBits>
+void LockBits(Run& run) {
+  ispWriteLockBits(run, kBits);
+}
+template <void (*kConfig)(Run&, std::string_view direction)>
+void WriteConfig(Run& run) {
+  kConfig(run, "input");
+}
+
+// clang-format off
+constexpr Routines kFamily1{enterIspFam1, ispFam1ReadPass, ispFam1Program, LockLevels<0>, LockLevels<1>, LockLevels<2>, ispFam1Op11, ispFam1Signature};
+constexpr Routines kFamily2{enterIspFam2, ispFam2ReadPass, ispFam2Program, Fam2Lock<3>, Fam2Lock<1>, Fam2Lock<0>, ispFam2Op11, nullptr, false};
+constexpr Routines kFamily3{enterIspFam3, ispFam3ReadPass, ispFam3Program, LockBits<2>, LockBits<0>, ispFam3Op10, nullptr, serial::WordFamilySignature};
+constexpr Routines kFamily4{enterAvrJtag, jtagAReadPass, jtagAProgram, jtagAErase, jtagWriteConfig, nullptr, nullptr, avrJtagSignature};
+constexpr Routines kFamily5{enterAvrJtag, jtagBReadPass, jtagBProgram, jtagBErase, jtagWriteConfig, nullptr, nullptr, avrJtagSignature};
+constexpr Routines kFamily8{enterFlashRegister, flashDataOp8, flashProgram8, flashErase8, flashWriteLock, nullptr, nullptr, flashRegisterSignature};
+constexpr Routines kFamily9{enterFlashRegister, flashDataOp9, flashProgram9, flashErase9, flashWriteLock, nullptr, nullptr, flashRegisterSignature};
+constexpr Routines kFamily10{enterFlashRegister, flashDataOp10, flashProgram10, flashErase10, flashWriteLock, nullptr, nullptr, flashRegisterSignature};
+constexpr Routines kFamily11{enterFlashRegister, flashDataOp10, flashProgram10, flashErase10, nullptr, nullptr, nullptr, flashRegisterSignature};
+constexpr Routines kFamily12{enterTwoWire12, dataOp12, program12, erase12, writeLock12, nullptr, nullptr, fam12Signature};
+constexpr Routines kFamily13{enterSerialPage, dataOp13, program13, erase13, WriteConfig<config13>, nullptr, nullptr, serial::WordFamilySignature};
+constexpr Routines kFamily14{enterSerialPage, dataOp14, program14, erase14, WriteConfig<config14>, nullptr, nullptr, serial::WordFamilySignature};
+constexpr Routines kFamily15{enterFramedPage, dataOp15, program15, erase15, WriteConfig<config15>, nullptr, nullptr, fam15Signature};
+constexpr Routines kFamily16{enterTwoWire16, dataOp12, program12, erase12, writeLock12};
+// clang-format on
+
+struct FamilyRow {
+  std::uint8_t code;
+  std::unique_ptr<Family> (*make)(Run&, WindowLines&);
+};
+
+constexpr std::array kFamilies{
+    FamilyRow{1, Make<kFamily1>},   FamilyRow{2, Make<kFamily2>},   FamilyRow{3, Make<kFamily3>},
+    FamilyRow{4, Make<kFamily4>},   FamilyRow{5, Make<kFamily5>},   FamilyRow{6, Make<kFamily5>},
+    FamilyRow{7, Make<kFamily5>},   FamilyRow{8, Make<kFamily8>},   FamilyRow{9, Make<kFamily9>},
+    FamilyRow{10, Make<kFamily10>}, FamilyRow{11, Make<kFamily11>}, FamilyRow{12, Make<kFamily12>},
+    FamilyRow{13, Make<kFamily13>}, FamilyRow{14, Make<kFamily14>}, FamilyRow{15, Make<kFamily15>},
+    FamilyRow{16, Make<kFamily16>},
+};
+
+}  // namespace
+
+std::unique_ptr<Family> MakeFamily(std::uint8_t code, Run& run, WindowLines& lines) {
+  const auto row = std::ranges::find(kFamilies, code, &FamilyRow::code);
+  return row == kFamilies.end() ? nullptr : row->make(run, lines);
+}
+
+}  // namespace fliglaf
