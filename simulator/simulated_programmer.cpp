@@ -194,36 +194,36 @@ std::optional<std::uint8_t> SimulatedProgrammer::Execute(std::uint8_t value,
                                                          std::uint8_t register_number) {
   switch (register_number) {
     case reg::kShiftOut:
-      shifter_.OutHighFirst(shifter_bytes(), value);
+      shifter_.OutHighFirst(shifter_config(), value);
       return std::nullopt;
     case reg::kCapture:
-      return shifter_.In(shifter_bytes());
+      return shifter_.In(shifter_config());
     case reg::kShiftLow:
-      shifter_.OutLowFirst(shifter_bytes(), value);
+      shifter_.OutLowFirst(shifter_config(), value);
       return std::nullopt;
     case reg::kLastBit:
-      shifter_.OutLast(shifter_bytes(), value, 1);
+      shifter_.OutLast(shifter_config(), value, 1);
       return std::nullopt;
     case reg::kLastTwoBits:
-      shifter_.OutLast(shifter_bytes(), value, 2);
+      shifter_.OutLast(shifter_config(), value, 2);
       return std::nullopt;
     case reg::kLastByte:
-      shifter_.OutLast(shifter_bytes(), value, 8);
+      shifter_.OutLast(shifter_config(), value, 8);
       return std::nullopt;
     case reg::kTmsHighLow:
-      shifter_.Walk(shifter_bytes(), 1);
+      shifter_.Walk(shifter_config(), 1);
       return std::nullopt;
     case reg::kTmsHighLowLow:
-      shifter_.Walk(shifter_bytes(), 2);
+      shifter_.Walk(shifter_config(), 2);
       return std::nullopt;
     case reg::kFrameBit:
-      shifter_.OutLowBits(shifter_bytes(), value >> 7, 1);
+      shifter_.OutLowBits(shifter_config(), value >> 7, 1);
       return std::nullopt;
     case reg::kFrameByte:
-      shifter_.OutLowBits(shifter_bytes(), value, 8);
+      shifter_.OutLowBits(shifter_config(), value, 8);
       return std::nullopt;
     case reg::kFrameIn:
-      return shifter_.In(shifter_bytes());
+      return shifter_.In(shifter_config());
     default:
       break;
   }
@@ -236,13 +236,13 @@ std::optional<std::uint8_t> SimulatedProgrammer::Execute(std::uint8_t value,
   return std::nullopt;
 }
 
-ShifterBytes SimulatedProgrammer::shifter_bytes() {
-  if (register_setup_) return std::bit_cast<ShifterBytes>(*register_setup_);
-  std::array<std::uint8_t, sizeof(ShifterBytes)> bytes{};
+ShifterConfig SimulatedProgrammer::shifter_config() {
+  if (register_setup_) return std::bit_cast<ShifterConfig>(*register_setup_);
+  std::array<std::uint8_t, sizeof(ShifterConfig)> bytes{};
   if (vars_.quorinubuf1.block().BaseAddress() != nullptr) {
     std::ranges::copy(vars_.quorinubuf1.Range(kFirstShifterByte, std::ssize(bytes)), bytes.begin());
   }
-  return std::bit_cast<ShifterBytes>(bytes);
+  return std::bit_cast<ShifterConfig>(bytes);
 }
 
 // Packets, captures, judgement

@@ -81,7 +81,7 @@ class SimulatedProgrammer : public Programmer {
  private:
   /// Lets a call's time on the USB wire and the work it starts pass, then delivers what is due.
   void Spend(std::int64_t nanoseconds);
-  [[nodiscard]] ShifterBytes shifter_bytes();
+  [[nodiscard]] ShifterConfig shifter_config();
   std::optional<std::uint8_t> Execute(std::uint8_t value, std::uint8_t register_number);
   void PresetLines();
   void OpenBlocks();
@@ -99,7 +99,7 @@ class SimulatedProgrammer : public Programmer {
   std::uint8_t captured_ = 0;
   bool lines_come_up_high_ = true;
   /// What registers 0x36 to 0x3E set, in the place of the shared block's bytes.
-  std::optional<std::array<std::uint8_t, sizeof(ShifterBytes)>> register_setup_;
+  std::optional<std::array<std::uint8_t, sizeof(ShifterConfig)>> register_setup_;
 };
 
 }  // namespace fliglaf::simulator

@@ -78,7 +78,7 @@ class Probe : public JtagChip {
 /// A programmer's shifter on a chip.
 class JtagLinesOfAChip : public testing::Test {
  protected:
-  static constexpr ShifterBytes kBytes{0, 8, 0x10, 0xA0, 0x02, 0x01, 0, 6, 8, 0, 0xA0, 0x04};
+  static constexpr ShifterConfig kBytes{0, 8, 0x10, 0xA0, 0x02, 0x01, 0, 6, 8, 0, 0xA0, 0x04};
 
   JtagLinesOfAChip() {
     socket.SetSupply(5000);
@@ -164,7 +164,7 @@ TEST_F(JtagLinesOfAChip, NothingPassesAClosedBuffer) {
   shifter.Walk(kBytes, 2);
   wires.Write(0, 0x80);
   EXPECT_FALSE(tdo_driven());
-  ShifterBytes closed = kBytes;
+  ShifterConfig closed = kBytes;
   closed.fixed = 0x80;
   shifter.OutLast(closed, 0xFF, 8);
   shifter.Walk(closed, 1);

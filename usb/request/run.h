@@ -6,6 +6,7 @@
 #include <initializer_list>
 
 #include "families/lines.h"
+#include "usb/components/shifter_config.h"
 #include "usb/request/engine_run.h"
 
 namespace fliglaf {
@@ -37,6 +38,10 @@ class Run : public EngineRun {
 
   /// Puts `head` into the first bytes of the command buffer and sends `length` bytes of it.
   void SendPacket(std::initializer_list<std::uint8_t> head, std::int32_t length);
+
+  /// Puts the first `length` bytes of `config` into the command buffer, where every long packet
+  /// carries them along.
+  void ConfigureShifter(const ShifterConfig& config, ShifterLength length);
 };
 
 /// Lengths of USB packets.
