@@ -4,6 +4,7 @@
 
 #include "host/factory_settings.h"
 #include "host/memory_map.h"
+#include "usb/request/engine_run.h"
 
 namespace fliglaf {
 namespace {
@@ -27,6 +28,10 @@ clsMPU::~clsMPU() { library_.Forget(this); }
 
 void clsMPU::runMpu4Prg(std::int16_t& usbenable) noexcept {
   Quietly([this, usbenable] { library_.RunRequest(vars_, usbenable); });
+}
+
+void clsMPU::Stop() noexcept {
+  Quietly([this] { vars_->quorinprgresult[0] = result::kStopped; });
 }
 
 void clsMPU::mpu4warn(std::uint8_t& no) noexcept {

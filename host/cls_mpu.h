@@ -29,6 +29,9 @@ class clsMPU {
   /// already.
   void runMpu4Prg(std::int16_t& usbenable) noexcept;
 
+  /// Asks the request that this object runs to stop, as the host does through the shared variables.
+  void Stop() noexcept;
+
   /// Clears bit 7 of `no`, then shows the memory map that belongs to it: 30 or 31, none for others.
   void mpu4warn(std::uint8_t& no) noexcept;
 

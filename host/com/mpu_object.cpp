@@ -1,14 +1,10 @@
 #include "host/com/mpu_object.h"
 
 #include <exception>
-#include <string>
 #include <system_error>
-#include <utility>
 
 #include "host/com/late_binding.h"
 #include "platform/win32/module.h"
-#include "shared/cls_mem_mapped.h"
-#include "usb/request/run.h"
 
 namespace fliglaf {
 namespace {
@@ -70,23 +66,11 @@ HRESULT MpuObject::runMpu4Prg(VARIANT_BOOL* usbenable) noexcept {
     mpu_.runMpu4Prg(*usbenable);
     return S_OK;
   }
-  desktop.on_quit = [this] { RequestStop(); };
+  desktop.on_quit = [this] { mpu_.Stop(); };
   mpu_.runMpu4Prg(*usbenable);
   desktop.on_quit = nullptr;
   desktop.PassQuitOn();
   return S_OK;
-}
-
-/// The way of the host: through the shared block, whichever window runs the request.
-void MpuObject::RequestStop() noexcept {
-  if (!instance_) return;
-  try {
-    clsMemMapped block;
-    if (block.OpenAndMapMemoryBlock("quorinprgresult" + std::to_string(*instance_), 1)) {
-      *static_cast<std::uint8_t*>(block.BaseAddress()) = result::kStopped;
-    }
-  } catch (const std::exception&) {  // NOLINT: the run goes on and ends by itself
-  }
 }
 
 HRESULT MpuObject::mpu4warn(unsigned char* no) noexcept {
@@ -106,7 +90,6 @@ HRESULT MpuObject::bufcommpu4(SHORT* num) noexcept {
   if (num == nullptr) return RefuseNull(L"bufcommpu4: num is a null reference");
   const ComPtr<MpuObject> alive(this);  // a box about a block that fails turns the message loop
   mpu_.bufcommpu4(*num);
-  instance_ = *num;
   return S_OK;
 }
 

@@ -4,7 +4,6 @@
 
 #include <fliglaf_type_library.h>
 #include <ocidl.h>
-#include <optional>
 
 #include "host/cls_mpu.h"
 #include "host/com/server.h"
@@ -42,11 +41,8 @@ class MpuObject final : public platform::ComObject<_clsMPU, ISupportErrorInfo> {
   STDMETHODIMP InterfaceSupportsErrorInfo(REFIID iid) noexcept override;
 
  private:
-  void RequestStop() noexcept;
-
   SessionUse session_;
   clsMPU mpu_;
-  std::optional<SHORT> instance_;
 };
 
 }  // namespace fliglaf

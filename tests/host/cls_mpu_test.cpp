@@ -83,6 +83,17 @@ TEST(Object, CallsFromWithinARunWaitOrReturnAtOnce) {
   platform::CloseHandle(block);
 }
 
+TEST(Object, StopsItsRunEvenWhenAskedForAnotherInstance) {
+  TestHost host;
+  host.desktop.on_turn = [&] {
+    std::int16_t instance = 9;
+    host.mpu->bufcommpu4(instance);
+    host.mpu->Stop();
+    return true;
+  };
+  EXPECT_EQ(host.Run(4), 2);
+}
+
 TEST(Object, MayBeReleasedDuringARun) {
   TestHost host;
   auto second = std::make_unique<clsMPU>(host.library);
