@@ -31,18 +31,17 @@ class ConfigurationEditor {
   ConfigurationEditor(const ConfigurationEditor&) = delete;
   ConfigurationEditor& operator=(const ConfigurationEditor&) = delete;
 
-  /// Loads the form from the buffer, or loads it anew, but for one whose OK still waits: what the
-  /// user has chosen in it goes before. The variables are kept open until it is
-  /// unloaded. Throws RangeError when the buffer does not hold the bytes; the form is then as it
-  /// was.
+  /// Loads or reloads the form from the buffer, unless its OK is still waiting: then what the user
+  /// has chosen comes first. The variables are kept open until it is unloaded. Throws RangeError
+  /// when the buffer does not hold the bytes; the form then stays as it was.
   void Open(const std::shared_ptr<SharedVariables>& variables);
 
   [[nodiscard]] platform::Form& form() { return form_; }
-  /// What the page that is shown consists of, hidden rows included.
+  /// The rows of the page shown, hidden ones included.
   [[nodiscard]] std::span<const PageRow> rows() const { return rows_; }
 
-  /// Stores the bytes and unloads the form; keeps it, with a message box, when the buffer does not
-  /// hold them any more.
+  /// Stores the bytes and unloads the form. If the buffer no longer holds them, a message box says
+  /// so and the form stays.
   platform::Button OKButton;
   /// Unloads the form.
   platform::Button CancelButton;
@@ -60,7 +59,7 @@ class ConfigurationEditor {
   [[nodiscard]] const EditorServices& services() const { return services_; }
   /// A text of the user's language.
   [[nodiscard]] std::u16string Text(int number);
-  /// Puts a frame with its rows on the form; rows without a control are left out.
+  /// Puts a frame with its rows on the form, without rows that have no control.
   void Add(platform::Frame& frame, std::span<const PageRow> rows);
 
   platform::Form form_;

@@ -20,7 +20,7 @@ class edit_figmpu41 : public ConfigurationEditor {
   /// Whether it has a page for a device family.
   [[nodiscard]] static bool Serves(std::uint8_t mode);
 
-  /// What ParseHex gives for a text that is no hexadecimal number.
+  /// What ParseHex returns for a text that is not a hexadecimal number.
   static constexpr std::int32_t kNoNumber = -1;
   /// The value of a hexadecimal text, 0 for an empty one; one beyond 2^31 - 1 as that.
   [[nodiscard]] static std::int32_t ParseHex(std::u16string_view text);

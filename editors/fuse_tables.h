@@ -11,8 +11,7 @@
 
 namespace fliglaf {
 
-/// Captions that several variants share, bit 0 first; those of bits that all of them hide are left
-/// out.
+/// Captions that several variants share, bit 0 first; empty for bits that all of them hide.
 struct FuseCaptions {
   std::array<std::u16string_view, 8> low;
   std::array<std::u16string_view, 8> high;
@@ -66,7 +65,7 @@ inline constexpr std::array kFuseVariants{
     FuseVariant{16, &kGroupD, 0x00, 0x00, 0x18, 0xA0, true,  true},
 };
 
-/// A caption that a variant has in the place of its group's.
+/// A variant's own caption, which replaces its group's.
 struct OwnCaption {
   enum class Of : std::uint8_t { kLow, kHigh, kExtended };
   std::uint8_t variant;

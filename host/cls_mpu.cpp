@@ -16,7 +16,7 @@ template <class Body>
 void Quietly(const Body& body) noexcept {
   try {
     body();
-  } catch (const std::exception&) {  // NOLINT: the host is told by results and log only
+  } catch (const std::exception&) {  // NOLINT: the host learns it from result and log
   }
 }
 

@@ -10,11 +10,11 @@
 namespace fliglaf {
 
 /// The library's one public object. Everything but its two data members passes through the shared
-/// variables. No method throws; a failed request is told by quorinprgresult(0) and the log.
+/// variables. No method throws: quorinprgresult(0) and the log say that a request failed.
 class clsMPU {
  public:
   explicit clsMPU(Library& library);
-  /// Releases the variables; those of a running request when it has ended.
+  /// Releases the variables. Those of a running request go when it has ended.
   ~clsMPU();
   clsMPU(const clsMPU&) = delete;
   clsMPU& operator=(const clsMPU&) = delete;
@@ -39,8 +39,8 @@ class clsMPU {
   /// need be, the object; one that is open comes to the front. During a request: when it has ended.
   void editfigmpu40() noexcept;
 
-  /// Opens the shared variables of instance `num`, the data buffers included; opens them anew when
-  /// they are open. During a request: when it has ended.
+  /// Opens the shared variables of instance `num`, the data buffers included; closes those that are
+  /// open first. During a request: when it has ended.
   void bufcommpu4(std::int16_t& num) noexcept;
 
   /// Releases the data buffers. During a request: when it has ended.

@@ -58,7 +58,7 @@ EditorServices Library::ServicesForEditors() {
   const auto datstr = [this](std::int32_t value, std::int32_t digits) {
     try {
       return programmer_.datstr(value, digits);
-    } catch (const ComponentError&) {  // a missing component is no reason not to edit
+    } catch (const ComponentError&) {  // editing does not need the component
       return HexDigits(value, digits);
     }
   };
@@ -86,7 +86,7 @@ void Library::EndRequest() {
     waiting_.erase(waiting_.begin());
     try {
       waiting.action();
-    } catch (const std::exception&) {  // NOLINT: the others wait, too
+    } catch (const std::exception&) {  // NOLINT: the next ones still have to run
     }
   }
 }

@@ -39,7 +39,7 @@ class Library {
   void RunRequest(const std::shared_ptr<SharedVariables>& variables, std::int16_t usbenable);
 
   /// Shows the configuration editor of the device family, if there is one: a window that works on
-  /// these variables and keeps them open. One that is open already is loaded anew and comes to the
+  /// these variables and keeps them open. One that is open already is reloaded and comes to the
   /// front. Throws RangeError when the buffer does not hold the bytes.
   void EditConfiguration(const std::shared_ptr<SharedVariables>& variables);
   /// The editors that are open, or null.

@@ -14,10 +14,11 @@ using AutomationString = std::uint32_t;
 /// A new string; the caller owns it. The empty text gives 0.
 [[nodiscard]] AutomationString AllocateString(std::u16string_view text);
 
-/// Frees a string. 0 and a reference that is none are let pass.
+/// Frees a string. Does nothing for 0 and for what is not a reference.
 void FreeString(AutomationString string) noexcept;
 
-/// The text, valid until the string is freed or appended to. Empty for 0 and for no reference.
+/// The text, valid until the string is freed or appended to. Empty for 0 and for what is not a
+/// reference.
 [[nodiscard]] std::u16string_view StringText(AutomationString string);
 
 /// Lengthens a string; what `string` held before is freed when the reference changes.

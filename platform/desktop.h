@@ -78,7 +78,7 @@ class Desktop {
   /// One turn of the message loop: handles every message that is waiting, timers included.
   virtual void DoEvents() = 0;
 
-  /// The text with that number of the library's own string table; empty when there is none.
+  /// The text with that number in the library's own string table; empty for an unknown number.
   [[nodiscard]] virtual std::u16string LoadText(std::int64_t number) = 0;
 
   /// The local time of day in seconds with fractions, 0 to below 86,400.

@@ -140,7 +140,7 @@ class FormView {
 };
 
 struct Form {
-  /// What a window's frame and title bar take of its size.
+  /// How much of a window's size its frame and title bar take.
   static constexpr Size kBorder = {6 * kTwipsPerPixel, 25 * kTwipsPerPixel};
 
   std::u16string caption;
@@ -149,7 +149,7 @@ struct Form {
   std::vector<Control*> controls;
   /// Outer size; what is left inside the border is InnerSize().
   Size size;
-  /// The control that has the focus, if the form has been shown or told.
+  /// The control that has the focus, once the form has been shown or SetFocus called.
   Control* focus = nullptr;
   bool loaded = false;
   /// None for a form in memory.
@@ -159,7 +159,7 @@ struct Form {
     return {size.width - kBorder.width, size.height - kBorder.height};
   }
 
-  /// Moves the focus; the text box that had it is told.
+  /// Moves the focus; a text box that had it gets on_lost_focus.
   void SetFocus(Control& control);
   void Unload();
 };

@@ -91,13 +91,14 @@ class SharedVariables {
   [[nodiscard]] std::span<SharedVariable* const> main_group() const;
 
   /// Opens the main group under an instance number, -32,768 to 32,767. `on_failure` is called for
-  /// each block that can be neither opened nor created; the others are opened all the same.
+  /// each block that can be neither opened nor created; the others are opened regardless.
   void OpenMainGroup(std::int16_t instance, const std::function<void()>& on_failure);
   /// Opens the data-buffer group; `length` is bytes and elements of quorinibuffer.
   void OpenDataBuffers(std::int32_t length, const std::function<void()>& on_failure);
   /// Length of quorinibuffer for the data length in quorinbuflength(0), in bytes.
   [[nodiscard]] std::int32_t DataBufferLength() const;
-  /// Empties every text, for the side that made the blocks: they do not free what they refer to.
+  /// Empties every text, for the side that made the blocks: closing a block does not free the texts
+  /// that it refers to.
   void EmptyTexts();
   void ReleaseMainGroup();
   void ReleaseDataBuffers();

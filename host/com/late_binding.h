@@ -9,13 +9,13 @@
 
 namespace fliglaf {
 
-/// Numbers of a member (first) and of the arguments named after it. DISP_E_UNKNOWNNAME when one of
-/// the names is none.
+/// Numbers of a member (first) and of the arguments named after it. DISP_E_UNKNOWNNAME for an
+/// unknown name.
 [[nodiscard]] HRESULT FindNames(LPOLESTR* names, UINT count, DISPID* ids);
 
 /// Calls a member of `object`. DISP_E_TYPEMISMATCH and DISP_E_OVERFLOW for a value that the
-/// argument cannot take, with its place in `argument_error`. runMpu4Prg takes any 16-bit integer as
-/// it stands, since only -1 is true to it.
+/// argument cannot take, with its place in `argument_error`. runMpu4Prg gets any 16-bit integer
+/// unchanged: only -1 means true to it.
 [[nodiscard]] HRESULT InvokeMember(_clsMPU& object, DISPID id, WORD kind,
                                    const DISPPARAMS& parameters, VARIANT* result,
                                    UINT* argument_error);

@@ -14,7 +14,7 @@ namespace fliglaf {
 /// clsMPU as COM sees it: the dual interface and its late-bound side.
 class MpuObject final : public platform::ComObject<_clsMPU, ISupportErrorInfo> {
  public:
-  /// For the class factory; what fails is told by the HRESULT.
+  /// For the class factory; the HRESULT says what failed.
   static HRESULT Create(REFIID iid, void** object) noexcept;
 
   MpuObject() : mpu_(session_->library) {}

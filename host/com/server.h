@@ -11,9 +11,9 @@
 
 namespace fliglaf {
 
-/// What all objects of the loaded DLL share. It begins with the first object and ends with the
-/// last, or with the last window: the components are released then, and not when the process
-/// unloads the DLL, where releasing a COM object is no longer safe.
+/// What all objects of the loaded DLL share, from the first object to the last object or window.
+/// The components are released then: when the process unloads the DLL it is too late to release a
+/// COM object safely.
 struct Session {
   Session();
 

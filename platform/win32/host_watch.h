@@ -8,8 +8,8 @@
 
 namespace fliglaf::platform {
 
-/// While it lives, the message boxes of its thread are answered instead of shown, and the turns of
-/// the thread's message loop are told. One at a time in a thread.
+/// While it lives, it answers the message boxes of its thread instead of showing them, and reports
+/// the turns of the thread's message loop. One at a time in a thread.
 class HostWatch {
  public:
   /// One of `box_style` with the texts of the box; the answer is the button that closes it. Must

@@ -9,11 +9,11 @@ namespace fliglaf::platform {
 
 [[nodiscard]] HINSTANCE ThisModule();
 
-/// Full path of the module's file; empty when Windows does not tell.
+/// Full path of the module's file; empty if Windows cannot say.
 [[nodiscard]] std::wstring ModulePath();
 
-/// From here on the module stays loaded, though its last user may unload it, until it is let go.
-/// For windows, which a host may leave open when it has done with COM.
+/// Keeps the module loaded until it is let go, even if its last user unloads it: a host may leave a
+/// window open after it has finished with COM.
 void KeepModuleLoaded();
 /// To be called while a user has it loaded: nothing may run in it when it goes.
 void LetModuleGo();

@@ -42,7 +42,7 @@ int ClosingAnswer(int style) {
 
 }  // namespace
 
-/// Made with the first timer: most objects never need it, and it is the dearest part of making one.
+/// Made with the first timer: most objects never need it, and it costs most of making one.
 void Win32Desktop::NeedWindow() {
   if (window_ != nullptr) return;
   WNDCLASSEXW window_class = {};

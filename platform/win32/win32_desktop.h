@@ -23,18 +23,18 @@ class Win32Desktop : public Desktop {
   Win32Desktop() = default;
   ~Win32Desktop() override;
 
-  /// Called when the program has been told to end while a turn of the message loop was under way.
+  /// Called when the program is asked to end during a turn of the message loop.
   std::function<void()> on_quit;
   /// Passes a request to end, which a turn took off the queue, on to the host's own message loop.
   void PassQuitOn();
 
-  /// What must last as long as a window is open, if anything.
+  /// Kept alive as long as a window is open.
   std::function<std::shared_ptr<void>()> hold;
 
   /// The box belongs to the active window of the calling thread.
   int MsgBox(int style, std::u16string_view title, std::u16string_view prompt) override;
-  /// Whoever turns the loop again at once, waiting for something to happen, is put to sleep for a
-  /// millisecond when no message is there.
+  /// A caller that turns the loop again at once is waiting for something: it sleeps for a
+  /// millisecond when there is no message.
   void DoEvents() override;
   [[nodiscard]] std::u16string LoadText(std::int64_t number) override;
   [[nodiscard]] double SecondsSinceMidnight() override;

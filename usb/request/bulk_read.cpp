@@ -23,8 +23,8 @@ std::span<std::uint8_t> Target(SharedVariables& vars, std::int16_t mode, std::in
 /// True when data and end mark have come; false when the transfer failed, timed out or was stopped.
 bool WaitForEndMark(Run& run, const std::uint8_t& end_mark) {
   const std::uint8_t& status = run.vars.quorinusbpip2readresult[0];
-  // A host that writes results of its own in the turn in which the watchdog ticks must not make the
-  // wait one without end.
+  // A host that overwrites the result in the turn in which the watchdog fires must not leave us
+  // waiting for ever.
   const auto given_up = [&run] {
     return run.outcome() == result::kStopped || run.outcome() == result::kTimeOut ||
            !run.watchdog.enabled();

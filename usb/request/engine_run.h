@@ -73,8 +73,8 @@ class EngineRun {
 };
 
 /// Throws RangeError when the indexes from `first` to `last` are more than the data buffer has and
-/// more than any device has. Passes that only look at a device ask before they begin: they would
-/// else go through whatever range the host wrote, for hours.
+/// more than any device has. Passes that only look at a device ask before they begin. Otherwise a
+/// nonsensical range would keep them busy for hours.
 void RequireData(const EngineRun& run, std::int64_t first, std::int64_t last);
 
 /// Writes the progress of an operation that has come to `address` of the device.

@@ -12,8 +12,7 @@ namespace fliglaf {
 /// name (20 and above).
 void NoteStart(EngineRun& run, std::int16_t code);
 
-/// The line that tells how operation `code` ended, by the result; none for other results than 0
-/// to 2.
+/// The line that says how operation `code` ended. Results other than 0 to 2 have none.
 void NoteResult(EngineRun& run, std::int16_t code);
 
 /// The line for result::kReadBackFails, which only the USB engine has.

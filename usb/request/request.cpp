@@ -48,13 +48,13 @@ void RunSequence(EngineRun& run, const std::function<void(std::int16_t)>& run_op
   }
 }
 
-/// Ends a run that cannot go on, each step whatever became of the one before it: the socket must
-/// not be left powered.
+/// Ends a run that cannot go on. Each step is tried even if the one before it failed: the socket
+/// must not be left powered.
 void Abandon(EngineRun& run, std::string_view reason) noexcept {
   const auto attempt = [](const auto& step) {
     try {
       step();
-    } catch (const std::exception&) {  // NOLINT: nobody is left to tell
+    } catch (const std::exception&) {  // NOLINT: there is nobody to report it to
     }
   };
   attempt([&run] {

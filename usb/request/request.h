@@ -12,7 +12,7 @@ namespace fliglaf {
 void CarryOut(EngineRun& run, const std::function<void()>& request);
 
 /// Runs what the host asks for, operation after operation by `run_operation`, notes the time it
-/// took, and tells by a signal whether it went well.
+/// took, and signals whether it passed.
 void RunRequest(EngineRun& run, const std::function<void(std::int16_t code)>& run_operation);
 
 }  // namespace fliglaf
