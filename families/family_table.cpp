@@ -6,8 +6,9 @@
 
 #include "families/avr_jtag.h"
 #include "families/flash_register.h"
-#include "families/serial_entry.h"
-#include "families/serial_isp.h"
+#include "families/isp_fam1.h"
+#include "families/isp_fam2.h"
+#include "families/isp_fam3.h"
 #include "families/serial_lines.h"
 #include "families/serial_page.h"
 #include "families/serial_page_entry.h"
@@ -28,7 +29,6 @@ struct Routines {
   Routine code10 = nullptr;
   Routine code11 = nullptr;
   Signature (*signature)(Run&) = nullptr;
-  bool has_signature = true;
 };
 
 template <auto& kRoutines>
@@ -44,7 +44,6 @@ class RoutineFamily : public Family {
   void Code9() override { Call(kRoutines.code9); }
   void Code10() override { Call(kRoutines.code10); }
   void Code11() override { Call(kRoutines.code11); }
-  bool HasSignature() const override { return kRoutines.has_signature; }
   Signature ReadSignature() override {
     return kRoutines.signature != nullptr ? kRoutines.signature(run) : Signature{};
   }
@@ -60,27 +59,12 @@ std::unique_ptr<Family> Make(Run& run, WindowLines& /*lines*/) {
   return std::make_unique<RoutineFamily<kRoutines>>(run);
 }
 
-template <std::uint8_t kSelector>
-void LockLevels(Run& run) {
-  ispWriteLockLevels(run, kSelector);
-}
-template <std::uint8_t kBits>
-void Fam2Lock(Run& run) {
-  ispFam2Lock(run, kBits);
-}
-template <std::int32_t kBits>
-void LockBits(Run& run) {
-  ispWriteLockBits(run, kBits);
-}
 template <void (*kConfig)(Run&, std::string_view direction)>
 void WriteConfig(Run& run) {
   kConfig(run, "input");
 }
 
 // clang-format off
-constexpr Routines kFamily1{enterIspFam1, ispFam1ReadPass, ispFam1Program, LockLevels<0>, LockLevels<1>, LockLevels<2>, ispFam1Op11, ispFam1Signature};
-constexpr Routines kFamily2{enterIspFam2, ispFam2ReadPass, ispFam2Program, Fam2Lock<3>, Fam2Lock<1>, Fam2Lock<0>, ispFam2Op11, nullptr, false};
-constexpr Routines kFamily3{enterIspFam3, ispFam3ReadPass, ispFam3Program, LockBits<2>, LockBits<0>, ispFam3Op10, nullptr, serial::WordFamilySignature};
 constexpr Routines kFamily4{enterAvrJtag, jtagAReadPass, jtagAProgram, jtagAErase, jtagWriteConfig, nullptr, nullptr, avrJtagSignature};
 constexpr Routines kFamily5{enterAvrJtag, jtagBReadPass, jtagBProgram, jtagBErase, jtagWriteConfig, nullptr, nullptr, avrJtagSignature};
 constexpr Routines kFamily8{enterFlashRegister, flashDataOp8, flashProgram8, flashErase8, flashWriteLock, nullptr, nullptr, flashRegisterSignature};
@@ -100,7 +84,7 @@ struct FamilyRow {
 };
 
 constexpr std::array kFamilies{
-    FamilyRow{1, Make<kFamily1>},   FamilyRow{2, Make<kFamily2>},   FamilyRow{3, Make<kFamily3>},
+    FamilyRow{1, MakeIspFam1},      FamilyRow{2, MakeIspFam2},      FamilyRow{3, MakeIspFam3},
     FamilyRow{4, Make<kFamily4>},   FamilyRow{5, Make<kFamily5>},   FamilyRow{6, Make<kFamily5>},
     FamilyRow{7, Make<kFamily5>},   FamilyRow{8, Make<kFamily8>},   FamilyRow{9, Make<kFamily9>},
     FamilyRow{10, Make<kFamily10>}, FamilyRow{11, Make<kFamily11>}, FamilyRow{12, Make<kFamily12>},

@@ -1,14 +1,84 @@
 #include "families/serial_lines.h"
 
 #include <algorithm>
+#include <array>
 
-namespace fliglaf::serial {
+#include "usb/request/latches.h"
+
+namespace fliglaf {
 namespace {
 
-constexpr int kFirstShifterByte = 4;
+// Latches come in pairs: an even one drives a port, the odd one above it is its input mask.
+constexpr std::uint8_t kLineMaskLatch = 1;
+constexpr std::uint8_t kResetLatch = 2;
+constexpr std::uint8_t kResetMaskLatch = 3;
+
+// Bits of the line latch.
+constexpr std::uint8_t kDataOut = 0x01;  ///< to the device
+constexpr std::uint8_t kDataIn = 0x02;   ///< from the device
+constexpr std::uint8_t kClock = 0x10;
+
 constexpr std::uint8_t kReadSignature = 0x30;
 
 }  // namespace
+
+void SerialLines::SetUp(ResetLevel level) {
+  DriveReset(level);
+  WriteLatches(run_, std::array{Latch{kDataIn, kLineMaskLatch}, Latch{kIdleOutputs, kLineLatch}});
+}
+
+void SerialLines::DriveReset(ResetLevel level) {
+  run_.io.WriteLatch(0x00, kResetMaskLatch);
+  SetReset(level);
+}
+
+void SerialLines::SetReset(ResetLevel level) {
+  run_.io.WriteLatch(static_cast<std::uint8_t>(level), kResetLatch);
+}
+
+void SerialLines::ConfigureShifter(ShifterLength length, std::uint8_t fixed) {
+  run_.ConfigureShifter({.line_register = kLineLatch,
+                         .clock_rests_high = 8,  // it rests low: only 1 would mean high
+                         .clock = kClock,
+                         .fixed = fixed,
+                         .data_in = kDataIn,
+                         .data_out = kDataOut,
+                         .byte10 = 0,
+                         .low_bits = 8,
+                         .byte12 = 8,
+                         .line_register2 = 0,
+                         .fixed2 = 0,
+                         .mode_select = 0},
+                        length);
+}
+
+void SerialLines::Send(std::initializer_list<std::uint8_t> bytes) {
+  for (const std::uint8_t byte : bytes) run_.io.WriteRegister(byte, reg::kShiftOut);
+}
+
+void SerialLines::SendControl(std::initializer_list<std::uint8_t> bytes) {
+  Send({kControl});
+  Send(bytes);
+}
+
+std::uint8_t SerialLines::Receive() {
+  run_.io.WriteRegister(1, reg::kCapture);
+  return static_cast<std::uint8_t>(run_.io.ReadRegister(reg::kCaptured));
+}
+
+Signature SerialLines::ReadWordFamilySignature() {
+  Signature bytes{};
+  std::uint8_t address = 0;
+  for (std::uint8_t& byte : bytes) {
+    Send({kReadSignature, 0x00, address++});
+    byte = Receive();
+  }
+  return bytes;
+}
+
+namespace serial {
+
+constexpr int kFirstShifterByte = 4;
 
 void SetUpLines(Run& run, std::uint8_t reset) {
   run.io.WriteLatch(0x00, kResetMaskLatch);
@@ -41,4 +111,5 @@ std::array<std::uint8_t, 3> WordFamilySignature(Run& run) {
   return bytes;
 }
 
-}  // namespace fliglaf::serial
+}  // namespace serial
+}  // namespace fliglaf

@@ -1,4 +1,5 @@
-// What the serial families share: their lines, and instructions sent byte by byte.
+// The lines of serial programming (clock, data out, data in, reset) and the instructions sent over
+// them byte by byte.
 #pragma once
 
 #include <array>
@@ -7,8 +8,67 @@
 #include <span>
 
 #include "usb/request/run.h"
+#include "usb/request/signature_check.h"
 
-namespace fliglaf::serial {
+namespace fliglaf {
+
+/// What the latch of the reset line drives.
+enum class ResetLevel : std::uint8_t { kLow = 0x00, kHigh = 0x08 };
+
+/// Which way the configuration bytes go.
+enum class ConfigDirection : std::uint8_t {
+  kInput,  ///< from the image to the device
+  kOutput  ///< from the device to the image
+};
+
+class SerialLines {
+ public:
+  explicit SerialLines(Run& run) : run_(run) {}
+
+  /// The latch of clock and data, which is also their register in the programmer's queue.
+  static constexpr std::uint8_t kLineLatch = 0;
+  /// Its outputs while no instruction is sent.
+  static constexpr std::uint8_t kIdleOutputs = 0x80;
+
+  /// First byte of the instructions that do not address a memory: enable, erase, lock.
+  static constexpr std::uint8_t kControl = 0xAC;
+  /// Second byte of the programming enable.
+  static constexpr std::uint8_t kEnable = 0x53;
+
+  /// Sends the mode packet, which comes before the lines are set up.
+  void SelectMode(std::uint8_t mode) { run_.SendPacket({0x30, mode}, kLongPacket); }
+  /// Writes the four latches of the lines: the reset line at `level`, the other outputs idle.
+  void SetUp(ResetLevel level);
+  /// Makes the reset line an output at `level`.
+  void DriveReset(ResetLevel level);
+  /// Changes the level of the reset line, which is an output already.
+  void SetReset(ResetLevel level);
+  /// Tells the programmer's shifter how to drive the lines. `fixed` are bits of the line latch that
+  /// stay high.
+  void ConfigureShifter(ShifterLength length, std::uint8_t fixed = kIdleOutputs);
+
+  /// Sends instruction bytes at once.
+  void Send(std::initializer_list<std::uint8_t> bytes);
+  /// The same with kControl ahead of them.
+  void SendControl(std::initializer_list<std::uint8_t> bytes);
+  /// Captures one byte at once.
+  [[nodiscard]] std::uint8_t Receive();
+  /// Queues instruction bytes.
+  void QueueSend(std::initializer_list<std::uint8_t> bytes) {
+    for (const std::uint8_t byte : bytes) run_.io.QueueRegisterWrite(byte, reg::kShiftOut);
+  }
+  /// Queues the capture of one byte; it comes with the next bulk read.
+  void QueueCapture() { run_.io.QueueRegisterWrite(1, reg::kCapture); }
+
+  /// Reads the signature of parts whose flash is organised in words.
+  [[nodiscard]] Signature ReadWordFamilySignature();
+
+ private:
+  Run& run_;
+};
+
+// For families without a class.
+namespace serial {
 
 /// Latches of the serial lines: an even one drives a port, the odd one above it is its input mask.
 inline constexpr std::uint8_t kLineLatch = 0;
@@ -65,4 +125,5 @@ inline void QueueSend(Run& run, std::uint8_t byte) {
 /// Queues the capture of one byte; it comes back with the next bulk read.
 inline void QueueCapture(Run& run) { run.io.QueueRegisterWrite(1, reg::kCapture); }
 
-}  // namespace fliglaf::serial
+}  // namespace serial
+}  // namespace fliglaf

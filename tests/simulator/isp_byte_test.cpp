@@ -346,8 +346,9 @@ TEST(IspFam3Sizes, HalfAWordGoesToTheEvenNeighbour) {
     host.vars.quorinbvcch[0] = eeprom;
     return Read(host);
   };
-  EXPECT_EQ(handed_over(40, 5), Counts(2, 2 * 22 + 5));  // 2.5 words are 2
-  EXPECT_EQ(handed_over(40, 7), Counts(2, 2 * 20 + 7));  // 3.5 words are 4
+  EXPECT_EQ(handed_over(40, 5), Counts(2, 2 * 22 + 5));  // 21.5 words are 22
+  EXPECT_EQ(handed_over(40, 7), Counts(2, 2 * 20 + 7));  // 20.5 words are 20
+  EXPECT_EQ(handed_over(41, 5), Counts(2, 2 * 22 + 5));  // 22.5 words are 22
   EXPECT_EQ(handed_over(40, 0), Counts(1, 2 * 24));
   EXPECT_EQ(handed_over(16 + 8193, 0), Counts(0, 0)) << "more than one block brings back";
   EXPECT_THAT(host.log(), HasSubstr("16384 bytes at most"));
