@@ -6,6 +6,7 @@
 
 #include "families/avr_jtag.h"
 #include "families/flash_register.h"
+#include "families/framed_page.h"
 #include "families/isp_fam1.h"
 #include "families/isp_fam2.h"
 #include "families/isp_fam3.h"
@@ -74,7 +75,6 @@ constexpr Routines kFamily11{enterFlashRegister, flashDataOp10, flashProgram10, 
 constexpr Routines kFamily12{enterTwoWire12, dataOp12, program12, erase12, writeLock12, nullptr, nullptr, fam12Signature};
 constexpr Routines kFamily13{enterSerialPage, dataOp13, program13, erase13, WriteConfig<config13>, nullptr, nullptr, serial::WordFamilySignature};
 constexpr Routines kFamily14{enterSerialPage, dataOp14, program14, erase14, WriteConfig<config14>, nullptr, nullptr, serial::WordFamilySignature};
-constexpr Routines kFamily15{enterFramedPage, dataOp15, program15, erase15, WriteConfig<config15>, nullptr, nullptr, fam15Signature};
 constexpr Routines kFamily16{enterTwoWire16, dataOp12, program12, erase12, writeLock12};
 // clang-format on
 
@@ -88,7 +88,7 @@ constexpr std::array kFamilies{
     FamilyRow{4, Make<kFamily4>},   FamilyRow{5, Make<kFamily5>},   FamilyRow{6, Make<kFamily5>},
     FamilyRow{7, Make<kFamily5>},   FamilyRow{8, Make<kFamily8>},   FamilyRow{9, Make<kFamily9>},
     FamilyRow{10, Make<kFamily10>}, FamilyRow{11, Make<kFamily11>}, FamilyRow{12, Make<kFamily12>},
-    FamilyRow{13, Make<kFamily13>}, FamilyRow{14, Make<kFamily14>}, FamilyRow{15, Make<kFamily15>},
+    FamilyRow{13, Make<kFamily13>}, FamilyRow{14, Make<kFamily14>}, FamilyRow{15, MakeFramedPage},
     FamilyRow{16, Make<kFamily16>},
 };
 

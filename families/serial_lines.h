@@ -82,10 +82,6 @@ inline constexpr std::uint8_t kDataIn = 0x02;   ///< from the device
 inline constexpr std::uint8_t kClock = 0x10;
 inline constexpr std::uint8_t kIdleOutputs = 0x80;
 
-/// Select line of family 15, on the line latch: low while an instruction is sent.
-inline constexpr std::uint8_t kSelected = kIdleOutputs;
-inline constexpr std::uint8_t kReleased = kIdleOutputs | 0x04;
-
 /// Values of the reset latch.
 inline constexpr std::uint8_t kResetLow = 0x00;
 inline constexpr std::uint8_t kResetHigh = 0x08;

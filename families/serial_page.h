@@ -1,8 +1,7 @@
 // Serial families whose flash is written page by page: 13 and 14 with words of two bytes, EEPROM,
-// fuses and lock bits, 15 with instructions framed by a select line.
+// fuses and lock bits.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <string_view>
 
@@ -27,15 +26,5 @@ void erase14(Run& run);
 /// does nothing.
 void config13(Run& run, std::string_view direction);
 void config14(Run& run, std::string_view direction);
-
-// Family 15. The image: code from byte 0, fuse and lock bits in its last 32 bytes. As above, but a
-// read leaves the configuration alone.
-
-void dataOp15(Run& run, std::int16_t mode);
-void program15(Run& run);
-void erase15(Run& run);
-void config15(Run& run, std::string_view direction);
-/// The three signature bytes.
-[[nodiscard]] std::array<std::uint8_t, 3> fam15Signature(Run& run);
 
 }  // namespace fliglaf

@@ -49,19 +49,4 @@ void enterSerialPage(Run& run) {
   Send(run, {0x00});
 }
 
-void enterFramedPage(Run& run) {
-  run.SendPacket({0x30, 0x01}, kLongPacket);
-  SetUpLines(run, kResetLow);
-  run.io.ShortDelay(10);
-  run.io.WriteLatch(kResetHigh, kResetLatch);
-  run.io.WriteLatch(kReleased, kLineLatch);
-  run.io.DelayMs(20);
-  run.io.WriteLatch(kReleased, kLineLatch);
-  run.io.WriteLatch(kResetHigh, kResetLatch);
-  ConfigureShifter(run, kShifter);
-  run.io.WriteLatch(kSelected, kLineLatch);
-  Send(run, {0xAA, kEnable1, kEnable2});
-  run.io.WriteLatch(kReleased, kLineLatch);
-}
-
 }  // namespace fliglaf

@@ -10,8 +10,4 @@ namespace fliglaf {
 /// left to the operation to find.
 void enterSerialPage(Run& run);
 
-/// Family 15: reset high, then the programming enable in a frame of the select line; nothing
-/// answers.
-void enterFramedPage(Run& run);
-
 }  // namespace fliglaf

@@ -1,13 +1,10 @@
 // Families 13, 14 and 15 end to end: every variant's chip, erased, written, read back, locked,
 // waited for too little and stopped.
-#include "families/serial_page.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "simulator/chips/serial_page_chip.h"
 #include "tests/support/test_host.h"
-#include "usb/power_up.h"
 
 namespace fliglaf {
 namespace {
@@ -301,25 +298,6 @@ TEST(SerialPageConfig, CalibrationByteBelongsToTheClockSource) {
               simulator::SerialPageChip::kCalibration[which])
         << int{source};
   }
-}
-
-/// No operation reads them in family 15: the routine is called as the engine would.
-TEST(SerialPageConfig, BitsOfTheFramedFamilyComeIntoTheImage) {
-  TestHost host(Device(kVariants[4]));
-  platform::Form window;
-  platform::Timer watchdog(host.desktop, "", [] {});
-  WindowLines lines;
-  fliglaf::Run run(host.vars, host.tap, host.desktop, window, watchdog, lines);
-  host.cells("fuses")[0] = 0x05;
-  host.cells("lock")[0] = 0x02;
-  ASSERT_EQ(powerUpTarget(run, lines), StartResult::kReady);
-  host.tap.calls.clear();
-  config15(run, "neither");
-  EXPECT_TRUE(host.tap.calls.empty());
-  config15(run, "output");
-  const std::int32_t end = host.vars.quorintlength[0];
-  EXPECT_EQ(host.vars.quorinibuffer[end - kFuseLow] & 0x0F, 0x05);
-  EXPECT_EQ(host.vars.quorinibuffer[end - kFrameLock] & 0x03, 0x02);
 }
 
 TEST(SerialPageMemory, BeyondOneTransferIsRefusedBeforeAnythingIsDone) {
