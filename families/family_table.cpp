@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <string_view>
 
 #include "families/avr_jtag.h"
 #include "families/flash_register.h"
@@ -10,9 +9,8 @@
 #include "families/isp_fam1.h"
 #include "families/isp_fam2.h"
 #include "families/isp_fam3.h"
-#include "families/serial_lines.h"
-#include "families/serial_page.h"
-#include "families/serial_page_entry.h"
+#include "families/serial_page_fam13.h"
+#include "families/serial_page_fam14.h"
 #include "families/two_wire.h"
 
 namespace fliglaf {
@@ -60,11 +58,6 @@ std::unique_ptr<Family> Make(Run& run, WindowLines& /*lines*/) {
   return std::make_unique<RoutineFamily<kRoutines>>(run);
 }
 
-template <void (*kConfig)(Run&, std::string_view direction)>
-void WriteConfig(Run& run) {
-  kConfig(run, "input");
-}
-
 // clang-format off
 constexpr Routines kFamily4{enterAvrJtag, jtagAReadPass, jtagAProgram, jtagAErase, jtagWriteConfig, nullptr, nullptr, avrJtagSignature};
 constexpr Routines kFamily5{enterAvrJtag, jtagBReadPass, jtagBProgram, jtagBErase, jtagWriteConfig, nullptr, nullptr, avrJtagSignature};
@@ -73,8 +66,6 @@ constexpr Routines kFamily9{enterFlashRegister, flashDataOp9, flashProgram9, fla
 constexpr Routines kFamily10{enterFlashRegister, flashDataOp10, flashProgram10, flashErase10, flashWriteLock, nullptr, nullptr, flashRegisterSignature};
 constexpr Routines kFamily11{enterFlashRegister, flashDataOp10, flashProgram10, flashErase10, nullptr, nullptr, nullptr, flashRegisterSignature};
 constexpr Routines kFamily12{enterTwoWire12, dataOp12, program12, erase12, writeLock12, nullptr, nullptr, fam12Signature};
-constexpr Routines kFamily13{enterSerialPage, dataOp13, program13, erase13, WriteConfig<config13>, nullptr, nullptr, serial::WordFamilySignature};
-constexpr Routines kFamily14{enterSerialPage, dataOp14, program14, erase14, WriteConfig<config14>, nullptr, nullptr, serial::WordFamilySignature};
 constexpr Routines kFamily16{enterTwoWire16, dataOp12, program12, erase12, writeLock12};
 // clang-format on
 
@@ -84,12 +75,14 @@ struct FamilyRow {
 };
 
 constexpr std::array kFamilies{
-    FamilyRow{1, MakeIspFam1},      FamilyRow{2, MakeIspFam2},      FamilyRow{3, MakeIspFam3},
-    FamilyRow{4, Make<kFamily4>},   FamilyRow{5, Make<kFamily5>},   FamilyRow{6, Make<kFamily5>},
-    FamilyRow{7, Make<kFamily5>},   FamilyRow{8, Make<kFamily8>},   FamilyRow{9, Make<kFamily9>},
-    FamilyRow{10, Make<kFamily10>}, FamilyRow{11, Make<kFamily11>}, FamilyRow{12, Make<kFamily12>},
-    FamilyRow{13, Make<kFamily13>}, FamilyRow{14, Make<kFamily14>}, FamilyRow{15, MakeFramedPage},
-    FamilyRow{16, Make<kFamily16>},
+    FamilyRow{1, MakeIspFam1},          FamilyRow{2, MakeIspFam2},
+    FamilyRow{3, MakeIspFam3},          FamilyRow{4, Make<kFamily4>},
+    FamilyRow{5, Make<kFamily5>},       FamilyRow{6, Make<kFamily5>},
+    FamilyRow{7, Make<kFamily5>},       FamilyRow{8, Make<kFamily8>},
+    FamilyRow{9, Make<kFamily9>},       FamilyRow{10, Make<kFamily10>},
+    FamilyRow{11, Make<kFamily11>},     FamilyRow{12, Make<kFamily12>},
+    FamilyRow{13, MakeSerialPageFam13}, FamilyRow{14, MakeSerialPageFam14},
+    FamilyRow{15, MakeFramedPage},      FamilyRow{16, Make<kFamily16>},
 };
 
 }  // namespace

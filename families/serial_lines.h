@@ -2,7 +2,6 @@
 // them byte by byte.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <initializer_list>
 #include <span>
@@ -67,59 +66,10 @@ class SerialLines {
   Run& run_;
 };
 
-// For families without a class.
 namespace serial {
 
-/// Latches of the serial lines: an even one drives a port, the odd one above it is its input mask.
-inline constexpr std::uint8_t kLineLatch = 0;
-inline constexpr std::uint8_t kLineMaskLatch = 1;
-inline constexpr std::uint8_t kResetLatch = 2;
-inline constexpr std::uint8_t kResetMaskLatch = 3;
-
-/// Bits of the line latch.
-inline constexpr std::uint8_t kDataOut = 0x01;  ///< to the device
-inline constexpr std::uint8_t kDataIn = 0x02;   ///< from the device
-inline constexpr std::uint8_t kClock = 0x10;
-inline constexpr std::uint8_t kIdleOutputs = 0x80;
-
-/// Values of the reset latch.
-inline constexpr std::uint8_t kResetLow = 0x00;
-inline constexpr std::uint8_t kResetHigh = 0x08;
-
-/// How the programmer's shifter drives the lines, family 1 apart: bytes 4 to 14 of the command
-/// buffer. Families 2, 3, 13 and 14 leave the last two bytes of it as they are.
-// clang-format off
-inline constexpr std::array<std::uint8_t, 11> kShifter{
-    kLineLatch,    // line register
-    8,
-    kClock,        // clock bit
-    kIdleOutputs,  // bits that stay high
-    kDataIn,       // data-in bit
-    kDataOut,      // data-out bit
-    0, 8, 8, 0, 0};
-// clang-format on
-inline constexpr auto kShortShifter = std::span(kShifter).first<9>();
-
-/// Writes the four latches of the lines: the reset at `reset`, the other outputs idle.
-void SetUpLines(Run& run, std::uint8_t reset);
-/// Tells the programmer's shifter how to drive the lines: `bytes` into the command buffer from byte
-/// 4 on, which every long packet carries along.
+/// For lines without a class: `bytes` into the command buffer from byte 4 on.
 void ConfigureShifter(Run& run, std::span<const std::uint8_t> bytes);
-
-/// Sends instruction bytes at once.
-void Send(Run& run, std::initializer_list<std::uint8_t> bytes);
-/// Captures one byte at once.
-std::uint8_t Receive(Run& run);
-
-/// The three signature bytes of the families whose flash is organised in words: 3, 13 and 14.
-[[nodiscard]] std::array<std::uint8_t, 3> WordFamilySignature(Run& run);
-
-/// Queues one instruction byte.
-inline void QueueSend(Run& run, std::uint8_t byte) {
-  run.io.QueueRegisterWrite(byte, reg::kShiftOut);
-}
-/// Queues the capture of one byte; it comes back with the next bulk read.
-inline void QueueCapture(Run& run) { run.io.QueueRegisterWrite(1, reg::kCapture); }
 
 }  // namespace serial
 }  // namespace fliglaf

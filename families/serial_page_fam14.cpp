@@ -1,43 +1,54 @@
+#include "families/serial_page_fam14.h"
+
 #include <array>
 
 #include "families/serial_page.h"
-#include "families/serial_page_steps.h"
 
 namespace fliglaf {
 namespace {
 
 using namespace serial_page;
 
-constexpr Family kFam14{.flash_read_gap = 0, .eeprom_write_time = 1, .config = config14};
-
 constexpr std::array kConfigWrites{
-    ConfigWrite{below_end::kFuseLow, kWriteFuseLow},
-    ConfigWrite{below_end::kFuseHigh, kWriteFuseHigh},
-    ConfigWrite{below_end::kLock, kWriteLock},
-    ConfigWrite{below_end::kFuseExtended, kWriteFuseExtended},
+    ConfigWrite{ConfigByte::kFuseLow, kWriteFuseLow},
+    ConfigWrite{ConfigByte::kFuseHigh, kWriteFuseHigh},
+    ConfigWrite{ConfigByte::kLock, kWriteLock},
+    ConfigWrite{ConfigByte::kFuseExtended, kWriteFuseExtended},
 };
 constexpr std::array kConfigReads{
-    ConfigRead{below_end::kFuseLow, kReadFuseLow},
-    ConfigRead{below_end::kCalibration, {kReadCalibration, 0x00, 0x00}},
-    ConfigRead{below_end::kFuseHigh, kReadFuseHigh},
-    ConfigRead{below_end::kLock, kReadLock, 0x02},
-    ConfigRead{below_end::kFuseExtended, kReadFuseExtended},
+    ConfigRead{ConfigByte::kFuseLow, kReadFuseLow},
+    ConfigRead{ConfigByte::kCalibration, ReadCalibration(0)},
+    ConfigRead{ConfigByte::kFuseHigh, kReadFuseHigh},
+    ConfigRead{ConfigByte::kLock, kReadLock, 0x02},
+    ConfigRead{ConfigByte::kFuseExtended, kReadFuseExtended},
+};
+
+class SerialPageFam14 : public SerialPage {
+ public:
+  explicit SerialPageFam14(Run& request)
+      : SerialPage(request, {.code = 14, .flash_read_gap = 0, .eeprom_write = 1}) {}
+
+  void ReadPass(CheckMode mode) override { dataOp14(mode); }
+  void Program() override { program14(); }
+  void Code8() override { erase14(); }
+  void Code9() override { config14(ConfigDirection::kInput); }
+
+ private:
+  void dataOp14(CheckMode mode) { DataOp(mode); }
+  void program14() { WriteAndVerify(); }
+  void erase14() { Erase(); }
+
+  void config14(ConfigDirection direction) {
+    if (direction == ConfigDirection::kInput) return WriteConfig(kConfigWrites);
+    ReadConfig(kConfigReads);
+  }
+  void Config(ConfigDirection direction) override { config14(direction); }
 };
 
 }  // namespace
 
-void dataOp14(Run& run, std::int16_t mode) { DataOp(run, mode, kFam14); }
-
-void program14(Run& run) { Program(run, kFam14, dataOp14); }
-
-void erase14(Run& run) { Erase(run, dataOp14); }
-
-void config14(Run& run, std::string_view direction) {
-  if (direction == "input") {
-    WriteConfig(run, kConfigWrites);
-  } else if (direction == "output") {
-    ReadConfig(run, kConfigReads);
-  }
+std::unique_ptr<Family> MakeSerialPageFam14(Run& run, WindowLines& /*lines*/) {
+  return std::make_unique<SerialPageFam14>(run);
 }
 
 }  // namespace fliglaf
