@@ -13,7 +13,7 @@ constexpr std::uint8_t kWritePage = 0x50;
 constexpr std::uint8_t kReadSignature = 0x28;
 constexpr std::uint8_t kChipErase = 0x9F;
 constexpr std::uint8_t kWriteLock = 0xE0;
-constexpr std::uint8_t kAnyData = 0xFF;  ///< where the device does not look at a byte
+constexpr std::uint8_t kAnyData = 0xFF;  ///< in place of a byte that the device ignores
 
 constexpr std::uint8_t kEnableAnswer = 0x69;
 constexpr int kEnableAttempts = 25;

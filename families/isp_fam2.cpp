@@ -24,7 +24,7 @@ constexpr Opcode kWriteData{0x39, 0x06};
 
 constexpr std::uint8_t kChipErase = 0xFC;
 constexpr std::uint8_t kWriteLock = 0x1F;  ///< the lock bits are the three above it
-constexpr std::uint8_t kAnyData = 0xFF;    ///< where the device does not look at a byte
+constexpr std::uint8_t kAnyData = 0xFF;    ///< in place of a byte that the device ignores
 
 /// Bytes after which what is queued is sent.
 constexpr std::int64_t kFlushBytes = 1024;
