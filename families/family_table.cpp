@@ -65,8 +65,6 @@ constexpr Routines kFamily8{enterFlashRegister, flashDataOp8, flashProgram8, fla
 constexpr Routines kFamily9{enterFlashRegister, flashDataOp9, flashProgram9, flashErase9, flashWriteLock, nullptr, nullptr, flashRegisterSignature};
 constexpr Routines kFamily10{enterFlashRegister, flashDataOp10, flashProgram10, flashErase10, flashWriteLock, nullptr, nullptr, flashRegisterSignature};
 constexpr Routines kFamily11{enterFlashRegister, flashDataOp10, flashProgram10, flashErase10, nullptr, nullptr, nullptr, flashRegisterSignature};
-constexpr Routines kFamily12{enterTwoWire12, dataOp12, program12, erase12, writeLock12, nullptr, nullptr, fam12Signature};
-constexpr Routines kFamily16{enterTwoWire16, dataOp12, program12, erase12, writeLock12};
 // clang-format on
 
 struct FamilyRow {
@@ -80,9 +78,9 @@ constexpr std::array kFamilies{
     FamilyRow{5, Make<kFamily5>},       FamilyRow{6, Make<kFamily5>},
     FamilyRow{7, Make<kFamily5>},       FamilyRow{8, Make<kFamily8>},
     FamilyRow{9, Make<kFamily9>},       FamilyRow{10, Make<kFamily10>},
-    FamilyRow{11, Make<kFamily11>},     FamilyRow{12, Make<kFamily12>},
+    FamilyRow{11, Make<kFamily11>},     FamilyRow{12, MakeTwoWire12},
     FamilyRow{13, MakeSerialPageFam13}, FamilyRow{14, MakeSerialPageFam14},
-    FamilyRow{15, MakeFramedPage},      FamilyRow{16, Make<kFamily16>},
+    FamilyRow{15, MakeFramedPage},      FamilyRow{16, MakeTwoWire16},
 };
 
 }  // namespace
