@@ -1,5 +1,5 @@
 // Shifts and scans: what is queued, read back clock by clock as a device would see it.
-#include "families/jtag_lines.h"
+#include "families/tap.h"
 
 #include <algorithm>
 #include <functional>
@@ -10,6 +10,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "families/hardware_tap.h"
+#include "families/software_tap.h"
 #include "platform/portable/portable_desktop.h"
 #include "simulator/tap.h"
 #include "usb/components/bits.h"
@@ -105,15 +107,11 @@ std::vector<Clock> Clocks(const CallList& io) {
   return clocks;
 }
 
-class JtagLinesTest : public testing::Test {
+class TapTest : public testing::Test {
  protected:
-  JtagLinesTest() {
-    vars_.OpenMainGroup(11, [] { FAIL(); });
-    run_.jtag = kJtagPort0;
-  }
+  TapTest() { lines_.jtag = kJtagPort0; }
 
-  void Family(std::uint8_t family) {
-    vars_.quorinprgmode[0] = family;
+  void Forget() {
     io_.calls.clear();
     io_.queued.clear();
   }
@@ -140,93 +138,93 @@ class JtagLinesTest : public testing::Test {
   platform::Timer watchdog_{desktop_, "none", [] {}};
   WindowLines lines_;
   fliglaf::Run run_{vars_, io_, desktop_, window_, watchdog_, lines_};
+  SoftwareTap software_{run_, lines_.jtag};
+  HardwareTap hardware_{run_, lines_.jtag};
 };
 
-TEST_F(JtagLinesTest, ScansCarryTheirBitsInBothWalkModes) {
+TEST_F(TapTest, ScansCarryTheirBitsInBothWalks) {
   std::mt19937 random(5);
-  const auto check = [&](std::uint8_t family, std::initializer_list<std::int16_t> widths) {
+  const auto check = [&](Tap& tap, std::initializer_list<std::int16_t> widths) {
     for (const std::int16_t width : widths) {
       const auto value = static_cast<std::int32_t>(random());
       const auto bits = static_cast<std::uint32_t>(value) & (0xFFFFFFFFU >> (32 - width));
-      SCOPED_TRACE("family " + std::to_string(family) + ", width " + std::to_string(width));
-      Family(family);
-      scanDr(run_, value, width);
+      SCOPED_TRACE((&tap == &software_ ? "software, " : "hardware, ") + std::to_string(width));
+      Forget();
+      tap.scanDr(value, width);
       EXPECT_EQ(Scanned(TapState::kShiftDr, width), bits);
-      Family(family);
-      scanIr(run_, value, width);
+      Forget();
+      tap.scanIr(value, width);
       EXPECT_EQ(Scanned(TapState::kShiftIr, width), bits);
     }
   };
-  check(4, {1, 4, 8, 15, 16});
-  check(8, {1, 2, 10, 16, 17, 18, 19, 32});
+  check(software_, {1, 4, 8, 15, 16});
+  check(hardware_, {1, 2, 10, 16, 17, 18, 19, 32});
 }
 
-TEST_F(JtagLinesTest, EveryWriteIsCounted) {
-  const auto writes = [this](std::uint8_t family, const std::function<void()>& body) {
-    Family(family);
+TEST_F(TapTest, EveryWriteIsCounted) {
+  const auto writes = [this](const std::function<void()>& body) {
+    Forget();
     body();
     EXPECT_EQ(io_.calls.size(), io_.queued.size());
     return io_.calls.size();
   };
-  EXPECT_EQ(writes(7, [this] { shiftBits(run_, 0x1234, 15); }), 7U);
-  EXPECT_EQ(writes(5, [this] { shiftBits(run_, 0x1234, 12); }), 5U);  // the last bit only
-  EXPECT_EQ(writes(9, [this] { shiftBits(run_, 0x1234, 12); }), 0U);
-  EXPECT_EQ(writes(9, [this] { shiftBits(run_, -1, 32); }), 4U);
-  EXPECT_EQ(writes(12, [this] { shiftBits(run_, 1, 1); }), 0U);
-  EXPECT_EQ(writes(12, [this] { scanDr(run_, 1, 1); }), 2U);  // walks as families 8 to 11 do
-  EXPECT_EQ(writes(4, [this] { pulseTckN(run_, -3); }), 0U);
-  EXPECT_EQ(writes(4, [this] { resetTap(run_); }), 16U);
-  writes(6, [this] { scanIr(run_, 0x0C, 4); });
+  HardwareWalk walk(run_, lines_.jtag);
+  EXPECT_EQ(writes([this] { software_.shiftBits(0x1234, 15); }), 7U);
+  EXPECT_EQ(writes([this] { software_.shiftBits(0x1234, 12); }), 5U);  // the last bit only
+  EXPECT_EQ(writes([this] { hardware_.shiftBits(0x1234, 12); }), 0U);
+  EXPECT_EQ(writes([this] { hardware_.shiftBits(-1, 32); }), 4U);
+  EXPECT_EQ(writes([&] { walk.shiftBits(1, 1); }), 0U);
+  EXPECT_EQ(writes([&] { walk.scanDr(1, 1); }), 2U);
+  EXPECT_EQ(writes([this] { software_.pulseTckN(-3); }), 0U);
+  EXPECT_EQ(writes([this] { software_.resetTap(); }), 16U);
+  writes([this] { software_.scanIr(0x0C, 4); });
   EXPECT_EQ(Clocks(io_).size(), 10U);
-  EXPECT_EQ(run_.jtag.tdiState, 0);
+  EXPECT_EQ(lines_.jtag.tdiState, 0);
 }
 
-TEST_F(JtagLinesTest, APulseIsTheClockSetHighAndLow) {
-  Family(4);
-  setTdi(run_, 1);
-  setTck(run_, 1);
-  setTck(run_, 0);
+TEST_F(TapTest, APulseIsTheClockSetHighAndLow) {
+  software_.setTdi(1);
+  software_.setTck(1);
+  software_.setTck(0);
   const auto levels = io_.queued;
-  Family(4);
-  setTdi(run_, 1);
-  pulseTck(run_);
+  Forget();
+  software_.setTdi(1);
+  software_.pulseTck();
   EXPECT_EQ(io_.queued, levels);
 }
 
-TEST_F(JtagLinesTest, CapturesInSoftware) {
-  Family(4);
-  EXPECT_EQ(shiftBitsCapture(run_, 0x7300, 15), 0);
+TEST_F(TapTest, CapturesInSoftware) {
+  EXPECT_EQ(software_.shiftBitsCapture(0x7300, 15), 0);
   EXPECT_THAT(io_.calls,
               ElementsAre("QueueRegisterWrite(0x01, 0x8F)", "QueueRegisterWrite(0x33, 0x90)",
                           "QueueRegisterWrite(0xA1, 0x00)", "QueueRegisterWrite(0xA5, 0x00)",
                           "QueueRegisterWrite(0xB5, 0x00)", "QueueRegisterWrite(0xA5, 0x00)",
                           "QueueRegisterWrite(0xA4, 0x00)"));
-  Family(4);
+  Forget();
   io_.answers = {0x01};
-  EXPECT_EQ(shiftBitsCapture(run_, 0x3300, -15), 0x80);  // captured first: bit 0
+  EXPECT_EQ(software_.shiftBitsCapture(0x3300, -15), 0x80);  // captured first: bit 0
   io_.calls.resize(4);
   EXPECT_THAT(io_.calls, ElementsAre("FlushQueue()", "WriteRegister(0x01, 0x8F)",
                                      "ReadRegister(0x21)", "WriteRegister(0x33, 0x90)"));
-  Family(4);
-  EXPECT_EQ(shiftBitsCapture(run_, 0x3300, 11), 0);
+  Forget();
+  EXPECT_EQ(software_.shiftBitsCapture(0x3300, 11), 0);
   EXPECT_TRUE(io_.calls.empty());
 }
 
-TEST_F(JtagLinesTest, CapturesInHardware) {
-  Family(10);
+TEST_F(TapTest, CapturesInHardware) {
   // The bytes of the code 0x3A5C703F as they come, first bit in bit 7.
   io_.answers = {0xFC, 0x0E, 0x3A, 0x5C};
-  EXPECT_EQ(scanDrCapture(run_, 0, -32), 0x3C71F);
+  EXPECT_EQ(hardware_.ReadIdentification(), 0x3C71F);
   io_.calls.resize(6);
   EXPECT_THAT(io_.calls,
               ElementsAre("QueueRegisterWrite(0x00, 0xC6)", "FlushQueue()", "WriteLatch(0x02, 1)",
                           "DelayMs(100)", "WriteRegister(0x01, 0x8F)", "ReadRegister(0x21)"));
-  Family(10);
-  shiftBitsCapture(run_, 0, 11);
+  Forget();
+  hardware_.shiftBitsCapture(0, 11);
   EXPECT_EQ(io_.calls.size(), 6U + 1 + 3 + 1);
   EXPECT_EQ(io_.calls[6], "QueueRegisterWrite(0x01, 0x8F)");
-  Family(10);
-  EXPECT_EQ(shiftBitsCapture(run_, 0, 15), 0);
+  Forget();
+  EXPECT_EQ(hardware_.shiftBitsCapture(0, 15), 0);
   EXPECT_THAT(io_.calls, ElementsAre("DelayMs(100)"));
 }
 
