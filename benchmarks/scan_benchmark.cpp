@@ -8,7 +8,7 @@
 #include "cli/simulated_bench.h"
 #include "devices/device_catalogue.h"
 #include "families/avr_jtag.h"
-#include "families/jtag_lines.h"
+#include "families/software_tap.h"
 #include "platform/portable/portable_desktop.h"
 #include "usb/request/run.h"
 
@@ -21,7 +21,7 @@ constexpr std::int32_t kNoOperation = 0x3300;
 /// Pairs between two flushes of the queue.
 constexpr int kPairs = 100;
 
-/// A part with JTAG on the bench, and a request as a family's routine has it.
+/// A part with JTAG on the bench, and the test access port of its family.
 class Scans {
  public:
   /// `sink`: takes the scans in the bench's place.
@@ -32,14 +32,14 @@ class Scans {
     run_.io.SetVcc(device_.supply * 10);
     for (const std::uint8_t pin : device_.vcc_pins) run_.io.SetVccPin(pin, 1);
     for (const std::uint8_t pin : device_.gnd_pins) run_.io.SetGndPin(pin, 1);
-    enterAvrJtag(run_);
+    MakeAvrJtagB(run_, lines_)->Enter();
   }
 
   void Measure(benchmark::State& state) {
     for (auto _ : state) {
       for (int i = 0; i < kPairs; ++i) {
-        scanIr(run_, kProgCommands, 4);
-        scanDr(run_, kNoOperation, 15);
+        tap_.scanIr(kProgCommands, 4);
+        tap_.scanDr(kNoOperation, 15);
       }
       run_.io.FlushQueue();
     }
@@ -49,8 +49,8 @@ class Scans {
 
   /// Whether the chip is where the scans have led it: it answers with its maker's code.
   [[nodiscard]] bool InStep() {
-    scanIr(run_, kIdCode, 4);
-    return scanDrCapture(run_, 0, -15) == 0x3F;
+    tap_.scanIr(kIdCode, 4);
+    return tap_.ReadAnswerNow(0) == 0x3F;
   }
 
  private:
@@ -63,6 +63,7 @@ class Scans {
   platform::Timer watchdog_{desktop_, "none", [] {}};
   WindowLines lines_;
   Run run_;
+  SoftwareTap tap_{run_, lines_.jtag};
 };
 
 void BM_ScansIntoACountingSink(benchmark::State& state) {

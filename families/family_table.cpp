@@ -59,8 +59,6 @@ std::unique_ptr<Family> Make(Run& run, WindowLines& /*lines*/) {
 }
 
 // clang-format off
-constexpr Routines kFamily4{enterAvrJtag, jtagAReadPass, jtagAProgram, jtagAErase, jtagWriteConfig, nullptr, nullptr, avrJtagSignature};
-constexpr Routines kFamily5{enterAvrJtag, jtagBReadPass, jtagBProgram, jtagBErase, jtagWriteConfig, nullptr, nullptr, avrJtagSignature};
 constexpr Routines kFamily8{enterFlashRegister, flashDataOp8, flashProgram8, flashErase8, flashWriteLock, nullptr, nullptr, flashRegisterSignature};
 constexpr Routines kFamily9{enterFlashRegister, flashDataOp9, flashProgram9, flashErase9, flashWriteLock, nullptr, nullptr, flashRegisterSignature};
 constexpr Routines kFamily10{enterFlashRegister, flashDataOp10, flashProgram10, flashErase10, flashWriteLock, nullptr, nullptr, flashRegisterSignature};
@@ -74,9 +72,9 @@ struct FamilyRow {
 
 constexpr std::array kFamilies{
     FamilyRow{1, MakeIspFam1},          FamilyRow{2, MakeIspFam2},
-    FamilyRow{3, MakeIspFam3},          FamilyRow{4, Make<kFamily4>},
-    FamilyRow{5, Make<kFamily5>},       FamilyRow{6, Make<kFamily5>},
-    FamilyRow{7, Make<kFamily5>},       FamilyRow{8, Make<kFamily8>},
+    FamilyRow{3, MakeIspFam3},          FamilyRow{4, MakeAvrJtagA},
+    FamilyRow{5, MakeAvrJtagB},         FamilyRow{6, MakeAvrJtagB},
+    FamilyRow{7, MakeAvrJtagB},         FamilyRow{8, Make<kFamily8>},
     FamilyRow{9, Make<kFamily9>},       FamilyRow{10, Make<kFamily10>},
     FamilyRow{11, Make<kFamily11>},     FamilyRow{12, MakeTwoWire12},
     FamilyRow{13, MakeSerialPageFam13}, FamilyRow{14, MakeSerialPageFam14},

@@ -1,0 +1,422 @@
+#include "families/avr_jtag.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+
+#include "families/avr_jtag_commands.h"
+#include "families/software_tap.h"
+#include "usb/request/notes.h"
+
+namespace fliglaf {
+namespace {
+
+using namespace avr_jtag;
+
+/// JTAGEN in the high fuse byte: 0 keeps the interface open. A device without it could not be
+/// reached again, so it is programmed whatever the image says.
+constexpr std::int32_t kWithoutJtagEnable = 0xBF;
+
+/// Milliseconds until the programmer has the configuration, which takes longer than a block.
+constexpr std::int32_t kConfigWait = 1000;
+/// µs between the bytes of a long register.
+constexpr std::int32_t kBytePause = 2;
+/// µs before the EEPROM is read.
+constexpr std::int32_t kEepromPause = 100;
+
+using Commands = std::span<const std::int32_t>;
+
+constexpr std::int32_t LowByte(std::int64_t value) {
+  return static_cast<std::int32_t>(value & 0xFF);
+}
+
+/// A sixteenth of the flash page in words, rounded to the nearest, halves to even; one byte at
+/// least.
+constexpr std::int64_t EepromPageBytes(std::int64_t page_words) {
+  const std::int64_t whole = page_words / 16;
+  const std::int64_t rest = page_words % 16;
+  const bool up = rest > 8 || (rest == 8 && whole % 2 != 0);
+  return std::max<std::int64_t>(up ? whole + 1 : whole, 1);
+}
+
+/// What the two variants share.
+class AvrJtag : public Family {
+ public:
+  AvrJtag(Run& request, WindowLines& lines, std::uint8_t code)
+      : Family(request),
+        tap_(request, lines.jtag),
+        lines_(lines.jtag),
+        image_(LayoutOf(code, SizesOf(vars))),
+        page_words_(std::max<std::int64_t>(vars.quorinpagelength[0], 1)),
+        eeprom_page_bytes_(EepromPageBytes(vars.quorinpagelength[0])) {}
+
+  void Enter() override {
+    lines_ = kJtagPort0;
+    tap_.SendModePacket();
+    tap_.OpenInput();
+    io.WriteLatch(lines_.fixed(), lines_.lineRegister);
+    io.DelayMs(100);
+    tap_.ConfigureShifter();
+    enterJtagProg();
+  }
+  void Code9() override { jtagWriteConfig(); }
+
+  Signature ReadSignature() override {
+    OpenPass(PassKind::kBlocks);
+    Select(Instruction::kProgCommands);
+    Send(command::kEnterSignatureRead);
+    Signature bytes{};
+    std::int32_t address = 0;
+    for (std::uint8_t& byte : bytes) byte = jtagReadByte(address++);
+    io.FlushQueue();
+    SendClosingPacket();
+    return bytes;
+  }
+
+ protected:
+  /// Refuses an EEPROM that one block cannot bring back, and a flash that the data buffer cannot
+  /// hold.
+  void RequireImage() const {
+    RequireOneBlock(image_.data_bytes);
+    RequireData(run, 0, image_.main_bytes - 1);
+  }
+
+  void BeginReadPass() {
+    RequireImage();
+    OpenPass(PassKind::kBlocks);
+  }
+
+  /// EEPROM and, when reading, the configuration follow a flash that was read to its end.
+  void FinishReadPass(bool flash_read, CheckMode mode) {
+    if (flash_read && jtagReadEeprom(mode) && mode == CheckMode::kRead) jtagReadConfig(mode);
+    ClosePass();
+  }
+
+  static constexpr std::int64_t kBlockWords = kBlockBytes / 2;
+
+  /// The flash in blocks of pages; `capture` captures the page that Shift-DR gives. A block is
+  /// judged to its end, also where the flash ends within it.
+  template <class Capture>
+  [[nodiscard]] bool ReadFlash(CheckMode mode, Capture capture) {
+    tap_.Idle();
+    Select(Instruction::kProgCommands);
+    Send(command::kEnterFlashRead);
+    for (std::int64_t block = 0; 2 * block < image_.main_bytes; block += kBlockWords) {
+      ArmCapture();
+      for (std::int64_t word = 0; word < kBlockWords; word += page_words_) {
+        CapturePage(block | word, capture);
+        ProgressAt(block | word);
+      }
+      const Block captured{.bytes = kBlockBytes, .image = 2 * block, .order = BitOrder::kLowFirst};
+      if (!FetchAndJudge(captured, mode)) return false;
+    }
+    return true;
+  }
+
+  /// The flash page by page; `load` shifts a page from Shift-DR and ends in Run-Test/Idle. Nothing
+  /// is polled: the pause must cover the write.
+  template <class Load>
+  void WriteFlash(Load load) {
+    Select(Instruction::kProgCommands);
+    Send(command::kEnterFlashWrite);
+    for (std::int64_t page = 0; 2 * page < image_.main_bytes; page += page_words_) {
+      SendAddress(page);
+      Select(Instruction::kProgPageLoad);
+      tap_.FromIdleToShiftDr();
+      load(2 * page);
+      Select(Instruction::kProgCommands);
+      Send(kWritePageOrFuseHigh);
+      io.QueueDelay(run.WriteTime(1));
+      ProgressAt(page);
+    }
+    io.FlushQueue();
+  }
+
+  void jtagWriteEeprom() {
+    Select(Instruction::kProgCommands);
+    Send(command::kEnterEepromWrite);
+    for (std::int64_t page = 0; page < image_.data_bytes; page += eeprom_page_bytes_) {
+      SendAddressHigh(page);
+      for (std::int64_t k = 0; k < eeprom_page_bytes_; ++k) {
+        SendAddressLow(page | k);
+        Send(command::kLoadData | vars.quorinibuffer[image_.data_start + page + k]);
+        Send(kLatchData);
+      }
+      Send(kWriteEepromFuseLowOrLock);
+      io.QueueDelay(run.WriteTime(1));
+      ProgressAt(page);
+    }
+    io.FlushQueue();
+  }
+
+  /// With the note of the blank check that follows.
+  void jtagChipErase() {
+    RequireImage();
+    Select(Instruction::kProgCommands);
+    Send(kChipErase);
+    io.QueueDelay(run.WriteTime(2));
+    io.FlushQueue();
+    NoteBlankCheck(run);
+  }
+
+  [[nodiscard]] std::int64_t page_bytes() const { return 2 * page_words_; }
+
+  SoftwareTap tap_;
+
+ private:
+  /// From any state of the test access port to programming mode.
+  void enterJtagProg() {
+    tap_.Walk(7, 1);
+    Select(Instruction::kAvrReset);
+    tap_.scanDr(1, 1);
+    Select(Instruction::kProgEnable);
+    tap_.scanDr(kEnableSignature, kEnableBits);
+  }
+
+  /// Reads a byte at once; how it is read has been selected.
+  std::uint8_t jtagReadByte(std::int32_t address) {
+    Send(command::kAddressLow | address);
+    Send(command::kReadStrobe);
+    return tap_.ReadAnswerNow(command::kReadByte);
+  }
+
+  template <class Capture>
+  void CapturePage(std::int64_t page, Capture capture) {
+    SendAddress(page);
+    Select(Instruction::kProgPageRead);
+    tap_.FromIdleToShiftDr();
+    capture();
+    tap_.FromShiftDrToIdle();
+    Select(Instruction::kProgCommands);
+  }
+
+  [[nodiscard]] bool jtagReadEeprom(CheckMode mode) {
+    ArmCapture();
+    io.QueueDelay(kEepromPause);
+    tap_.Idle();
+    Select(Instruction::kProgCommands);
+    Send(command::kEnterEepromRead);
+    for (std::int64_t address = 0; address < image_.data_bytes; ++address) {
+      SendAddress(address);
+      Send(command::kReadByte | LowByte(address));
+      Send(command::kReadStrobe);
+      tap_.CaptureAnswer(command::kReadByte);
+      ProgressAt(address);
+    }
+    return FetchAndJudge(
+        {.bytes = image_.data_bytes, .image = image_.data_start, .order = BitOrder::kLowFirst},
+        mode);
+  }
+
+  /// Which fuse bytes the device has, by its option; those of an unknown option are not read.
+  enum class Fuses : std::uint8_t { kUnknown, kWithoutExtended, kWithExtended };
+  [[nodiscard]] Fuses FusesOfDevice() const {
+    switch (vars.quorinwoption[0]) {
+      case 4:
+      case 5:
+      case 7:
+      case 8:
+        return Fuses::kWithExtended;
+      case 6:
+        return Fuses::kWithoutExtended;
+      default:
+        return Fuses::kUnknown;
+    }
+  }
+
+  void jtagReadConfig(CheckMode mode) {
+    const Fuses fuses = FusesOfDevice();
+    ArmCapture();
+    Select(Instruction::kProgCommands);
+    Send(command::kEnterConfigRead);
+    if (fuses != Fuses::kUnknown) CaptureFuses(fuses);
+    Select(Instruction::kProgCommands);
+    Send(command::kEnterSignatureRead);
+    Send(command::kAddressLow);
+    Send(command::kCalibrationStrobe);
+    tap_.CaptureAnswer(command::kReadCalibration);
+    if (!FetchOrCountAsLost(kBlockAndEndMark, kConfigWait)) return;
+    if (fuses == Fuses::kUnknown) return;
+    HandConfigOver(std::span(kCaptureOrder).subspan(fuses == Fuses::kWithExtended ? 0 : 1), mode);
+  }
+
+  void CaptureFuses(Fuses fuses) {
+    if (fuses == Fuses::kWithExtended) {
+      Send(command::kStartConfigRead);
+      tap_.CaptureAnswer(command::kReadFuseExtended);
+    } else {
+      Send(command::kReadFuseExtended);  // not captured: the device has none
+    }
+    tap_.CaptureAnswer(command::kReadFuseHigh);
+    tap_.CaptureAnswer(command::kReadFuseLow);
+    tap_.CaptureAnswer(command::kReadLock);
+  }
+
+  void HandConfigOver(std::span<const int> places, CheckMode mode) {
+    std::int64_t captured = 0;
+    for (const int place : places) {
+      const std::int32_t byte = reverseBits(vars.quorinibuf2[captured++], 8);
+      const auto image = static_cast<std::int32_t>(image_.config_start + place);
+      if (io.BlockTransfer(byte, image, static_cast<std::int32_t>(mode)) == 1) return;
+    }
+  }
+
+  /// The lock bits come last: once they are programmed the device keeps its fuses.
+  void jtagWriteConfig() {
+    Select(Instruction::kProgCommands);
+    Send(command::kEnterFuseWrite);
+    if (FusesOfDevice() == Fuses::kWithExtended) {
+      WriteConfigByte(command::kLoadData | ConfigByte(config_byte::kFuseExtended),
+                      kWriteFuseExtended);
+    }
+    WriteConfigByte(command::kLoadData | (ConfigByte(config_byte::kFuseHigh) & kWithoutJtagEnable),
+                    kWritePageOrFuseHigh);
+    WriteConfigByte(command::kLoadData | ConfigByte(config_byte::kFuseLow),
+                    kWriteEepromFuseLowOrLock);
+    Select(Instruction::kProgCommands);
+    Send(command::kEnterLockWrite);
+    WriteConfigByte(command::kLoadLock | ConfigByte(config_byte::kLock), kWriteEepromFuseLowOrLock);
+    io.FlushQueue();
+  }
+
+  [[nodiscard]] std::int32_t ConfigByte(int place) const {
+    return vars.quorinibuffer[image_.config_start + place];
+  }
+
+  void WriteConfigByte(std::int32_t load, Commands write) {
+    Send(load);
+    Send(write);
+    io.QueueDelay(run.WriteTime(1));
+  }
+
+  void Select(Instruction instruction) {
+    tap_.scanIr(static_cast<std::int32_t>(instruction), kInstructionBits);
+  }
+  void Send(std::int32_t command) { tap_.scanDr(command, kCommandBits); }
+  void Send(Commands commands) {
+    for (const std::int32_t command : commands) Send(command);
+  }
+  void SendAddressHigh(std::int64_t address) {
+    Send(command::kAddressHigh | LowByte(address >> 8));
+  }
+  void SendAddressLow(std::int64_t address) { Send(command::kAddressLow | LowByte(address)); }
+  void SendAddress(std::int64_t address) {
+    SendAddressHigh(address);
+    SendAddressLow(address);
+  }
+
+  JtagLines& lines_;  ///< of the window, which other families share
+  const ImageLayout image_;
+  const std::int64_t page_words_;
+  const std::int64_t eeprom_page_bytes_;
+};
+
+/// Variant A: the page is a register of one byte, with an Update-DR after each.
+class AvrJtagA final : public AvrJtag {
+ public:
+  AvrJtagA(Run& request, WindowLines& lines) : AvrJtag(request, lines, 4) {}
+  void ReadPass(CheckMode mode) override { jtagAReadPass(mode); }
+  void Program() override { jtagAProgram(); }
+  void Code8() override { jtagAErase(); }
+
+ private:
+  void jtagAReadPass(CheckMode mode) {
+    BeginReadPass();
+    FinishReadPass(jtagAReadFlash(mode), mode);
+  }
+
+  void jtagAProgram() {
+    RequireImage();  // refuse before writing what could not be verified
+    jtagAWriteFlash();
+    jtagWriteEeprom();
+    VerifyProgrammed();
+  }
+
+  void jtagAErase() {
+    jtagChipErase();
+    jtagAReadPass(CheckMode::kBlankCheck);
+  }
+
+  [[nodiscard]] bool jtagAReadFlash(CheckMode mode) {
+    return ReadFlash(mode, [this] {
+      for (std::int64_t byte = 0; byte < page_bytes(); ++byte) {
+        tap_.CaptureByte();
+        tap_.UpdateFromShiftDr();
+      }
+    });
+  }
+
+  void jtagAWriteFlash() {
+    WriteFlash([this](std::int64_t start) {
+      const std::int64_t last = start + page_bytes() - 1;
+      for (std::int64_t byte = start; byte < last; ++byte) {
+        ShiftByte(byte);
+        tap_.UpdateFromExit1();
+      }
+      ShiftByte(last);
+      tap_.FromExit1ToIdle();
+    });
+  }
+
+  void ShiftByte(std::int64_t image) { tap_.shiftBits(vars.quorinibuffer[image], 8); }
+};
+
+/// Variant B: the whole page passes through one long register.
+class AvrJtagB final : public AvrJtag {
+ public:
+  AvrJtagB(Run& request, WindowLines& lines) : AvrJtag(request, lines, 5) {}
+  void ReadPass(CheckMode mode) override { jtagBReadPass(mode); }
+  void Program() override { jtagBProgram(); }
+  void Code8() override { jtagBErase(); }
+
+ private:
+  void jtagBReadPass(CheckMode mode) {
+    BeginReadPass();
+    FinishReadPass(jtagBReadFlash(mode), mode);
+  }
+
+  void jtagBProgram() {
+    RequireImage();  // refuse before writing what could not be verified
+    jtagBWriteFlash();
+    jtagWriteEeprom();
+    VerifyProgrammed();
+  }
+
+  void jtagBErase() {
+    jtagChipErase();
+    jtagBReadPass(CheckMode::kBlankCheck);
+  }
+
+  /// The first byte that comes out means nothing.
+  [[nodiscard]] bool jtagBReadFlash(CheckMode mode) {
+    return ReadFlash(mode, [this] {
+      tap_.pulseTckN(8);
+      for (std::int64_t byte = 0; byte < page_bytes(); ++byte) {
+        io.QueueDelay(kBytePause);
+        tap_.CaptureByte();
+      }
+    });
+  }
+
+  void jtagBWriteFlash() {
+    WriteFlash([this](std::int64_t start) {
+      for (std::int64_t byte = start; byte < start + page_bytes(); ++byte) {
+        io.QueueDelay(kBytePause);
+        tap_.ShiftByte(vars.quorinibuffer[byte]);
+      }
+      tap_.FromShiftDrToIdle();
+    });
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<Family> MakeAvrJtagA(Run& run, WindowLines& lines) {
+  return std::make_unique<AvrJtagA>(run, lines);
+}
+
+std::unique_ptr<Family> MakeAvrJtagB(Run& run, WindowLines& lines) {
+  return std::make_unique<AvrJtagB>(run, lines);
+}
+
+}  // namespace fliglaf
