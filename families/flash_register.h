@@ -1,40 +1,22 @@
-// Families 8 to 11: microcontrollers whose flash is reached through JTAG and four indirect flash
-// registers. Families 8 and 9 have their second memory area behind the main array, in one address
-// space of 64 KiB; families 10 and 11 have it in a space of its own.
+// Families 8 to 11: microcontrollers whose flash is reached through four registers behind a test
+// access port of IEEE 1149.1. The numbers are those of the data sheets of such parts.
 #pragma once
 
-#include <array>
-#include <cstdint>
+#include <memory>
 
-#include "usb/request/run.h"
+#include "families/family.h"
 
 namespace fliglaf {
 
-/// Loads the lines and registers of the device's variant and opens its flash interface: the
-/// family's entry at power-up.
-void enterFlashRegister(Run& run);
+// The second memory area of families 8 and 9 lies behind the main array, in one address space of
+// 64 KiB.
+[[nodiscard]] std::unique_ptr<Family> MakeFlashRegister8(Run& run, WindowLines& lines);
+/// Also programs the page between the main array and the second area.
+[[nodiscard]] std::unique_ptr<Family> MakeFlashRegister9(Run& run, WindowLines& lines);
 
-/// Manufacturer and part of the identification code, version.
-[[nodiscard]] std::array<std::uint8_t, 3> flashRegisterSignature(Run& run);
-
-// Read-type passes over the main array, the second area and, when reading, the two lock bytes;
-// `mode` is a check_mode.
-void flashDataOp8(Run& run, std::int16_t mode);
-void flashDataOp9(Run& run, std::int16_t mode);
-void flashDataOp10(Run& run, std::int16_t mode);
-
-// Main array and second area written byte by byte, then verified. Family 9 writes the page between
-// them, too.
-void flashProgram8(Run& run);
-void flashProgram9(Run& run);
-void flashProgram10(Run& run);
-
-// Erase page by page from the last one down, then a blank check.
-void flashErase8(Run& run);
-void flashErase9(Run& run);
-void flashErase10(Run& run);
-
-/// The two lock bytes written from the image.
-void flashWriteLock(Run& run);
+// The second area of families 10 and 11 has addresses of its own.
+[[nodiscard]] std::unique_ptr<Family> MakeFlashRegister10(Run& run, WindowLines& lines);
+/// Has no operation for the lock bytes.
+[[nodiscard]] std::unique_ptr<Family> MakeFlashRegister11(Run& run, WindowLines& lines);
 
 }  // namespace fliglaf

@@ -1,86 +1,159 @@
 #include "families/flash_register_access.h"
 
 #include <algorithm>
+#include <array>
+#include <initializer_list>
+#include <span>
 
-#include "families/jtag_lines.h"
-#include "families/read_pass.h"
+#include "usb/request/latches.h"
 
-namespace fliglaf::flash_register {
+namespace fliglaf {
 namespace {
 
+constexpr FlashRegs kSetA{.regControl = 0x4082,
+                          .regData = 0x4083,
+                          .regAddress = 0x4084,
+                          .regScale = 0x4085,
+                          .addressWidth = 16};
+constexpr FlashRegs kSetB{.regControl = 0x3082,
+                          .regData = 0x3083,
+                          .regAddress = 0x3084,
+                          .regScale = 0x3085,
+                          .addressWidth = 17};
+constexpr std::uint8_t kOptionOfSetB = 15;
+
+constexpr std::array kLatchesPort0{Latch{0x02, 1}, Latch{0xA0, 0}};
+constexpr std::array kLatches22{Latch{0x40, 3}, Latch{0x08, 2}, Latch{0x00, 1}, Latch{0x02, 0}};
+constexpr std::array kLatches23{Latch{0x00, 7}, Latch{0x01, 6}, Latch{0x00, 5}, Latch{0x00, 4},
+                                Latch{0x00, 3}, Latch{0xA0, 2}, Latch{0x80, 1}, Latch{0x09, 0}};
+constexpr std::array kLatches24{Latch{0x00, 9}, Latch{0x00, 8}, Latch{0x00, 7}, Latch{0x04, 6},
+                                Latch{0x00, 5}, Latch{0x02, 4}, Latch{0x00, 3}, Latch{0x40, 2},
+                                Latch{0x40, 1}, Latch{0x00, 0}};
+
+/// How the programmer reaches a device, by the device's option.
+struct Assignment {
+  std::uint8_t first_option;
+  std::uint8_t last_option;
+  JtagLines lines;
+  std::span<const Latch> latches;
+};
+
+constexpr std::array kAssignments{
+    Assignment{11, 15, kJtagPort0, kLatchesPort0},
+    Assignment{22, 22,
+               JtagLines{.fixedBitsA = 0x08,
+                         .fixedBitsB = 0x00,
+                         .lineRegister = 2,
+                         .tdiMask = 0x80,
+                         .tdoMask = 0x40,
+                         .tmsMask = 0x20,
+                         .tckMask = 0x10},
+               kLatches22},
+    Assignment{23, 23,
+               JtagLines{.fixedBitsA = 0x01,
+                         .fixedBitsB = 0x08,
+                         .lineRegister = 0,
+                         .tdiMask = 0x40,
+                         .tdoMask = 0x80,
+                         .tmsMask = 0x10,
+                         .tckMask = 0x20},
+               kLatches23},
+    Assignment{24, 24,
+               JtagLines{.fixedBitsA = 0x00,
+                         .fixedBitsB = 0x00,
+                         .lineRegister = 0,
+                         .tdiMask = 0x80,
+                         .tdoMask = 0x40,
+                         .tmsMask = 0x20,
+                         .tckMask = 0x10},
+               kLatches24},
+};
+
+// Instructions of the debug port. The upper four bits of one steer the core.
 constexpr std::int16_t kInstructionBits = 16;
-constexpr std::int16_t kByteBits = 8;
-constexpr std::int16_t kCaptureBits = 10;
+constexpr std::int32_t kReset = 0x2000;
+constexpr std::int32_t kHalt = 0x1000;
+constexpr std::int32_t kIdCode = 0x004;
+constexpr std::int32_t kBypass = 0xFFF;
+constexpr std::int32_t kDebugRegister = 0x30C1;
+
+constexpr std::int16_t kDebugBits = 17;
+
+// The last two bits of a scan say what it does to the register.
+constexpr std::int32_t kWrite = 3;
+constexpr std::int32_t kRead = 2;
+constexpr std::int16_t kOperationBits = 2;
 
 }  // namespace
 
-void enterFlashAccess(Run& run) {
-  scanIr(run, 0x2FFF, kInstructionBits);
-  scanIr(run, 0x1004, kInstructionBits);
-  scanDr(run, 0, 32);
+void FlashRegisterAccess::Enter() {
+  lines_.flash = kSetA;
+  tap_.SendModePacket();
+  LoadAssignment();
+  tap_.ConfigureShifter();
+  for (int clocks = 0; clocks < 16; clocks += 8) run_.io.WriteRegister(0, reg::kShiftOut);
+  OpenFlash();
 }
 
-void writeFlashReg(Run& run, std::int32_t instruction, std::int32_t value, std::int16_t width) {
-  constexpr std::int32_t kWrite = 3;  // the last two bits of the scan
-  scanIr(run, instruction, kInstructionBits);
-  scanDr(run, value | kWrite << width, static_cast<std::int16_t>(width + 2));
+void FlashRegisterAccess::LoadAssignment() {
+  const std::int32_t option = run_.vars.quorinwoption[0];
+  const auto found = std::ranges::find_if(kAssignments, [option](const Assignment& row) {
+    return option >= row.first_option && option <= row.last_option;
+  });
+  if (found == kAssignments.end()) return;
+  lines_.jtag = found->lines;
+  if (option == kOptionOfSetB) lines_.flash = kSetB;
+  WriteLatches(run_, found->latches);
+  run_.io.DelayMs(100);
 }
 
-void readFlashReg(Run& run, std::int32_t instruction, std::int16_t width) {
-  constexpr std::int32_t kRead = 2;
-  scanIr(run, instruction, kInstructionBits);
-  scanDr(run, kRead, 2);
-  scanDrCapture(run, 0, static_cast<std::int16_t>(width + 1));
-}
-
-void WriteScale(Run& run, std::int32_t value) {
-  writeFlashReg(run, run.flash.regScale, value, kByteBits);
-}
-
-void WriteAddress(Run& run, std::int64_t address, std::int16_t width) {
-  writeFlashReg(run, run.flash.regAddress, static_cast<std::int32_t>(address), width);
-}
-
-void WriteControl(Run& run, std::int32_t value) {
-  writeFlashReg(run, run.flash.regControl, value, kByteBits);
-}
-
-void WriteData(Run& run, std::int32_t value) {
-  writeFlashReg(run, run.flash.regData, value, kByteBits);
-}
-
-void StartRead(Run& run) { readFlashReg(run, run.flash.regData, 0); }
-
-void CaptureByte(Run& run) { readFlashReg(run, run.flash.regData, kCaptureBits); }
-
-void FlushAndWait(Run& run) {
-  run.io.FlushQueue();
-  run.io.DelayMs(100);
-}
-
-Layout::Layout(const Run& run)
-    : second_bytes(run.vars.quorinbvcch[0]),
-      size(run.vars.quorintlength[0]),
-      page(run.vars.quorinpagelength[0]) {
-  second_start = size - second_bytes;
-  main_bytes = second_start - page - 2;
-  page = std::max<std::int64_t>(page, 1);
-  RequireData(run, 0, std::max(size, main_bytes) - 1);
-}
-
-void flashReadLock(Run& run, std::int16_t mode) {
-  const Layout layout(run);
-  ArmCapture(run);
-  WriteScale(run, scale::kSingle);
-  WriteAddress(run, layout.lock_bytes(), run.flash.addressWidth);
-  for (int k = 0; k < 2; ++k) {
-    WriteControl(run, control::kReadByte);
-    StartRead(run);
-    CaptureByte(run);
+/// Resets and halts the core, and sets up the debug register that holds the flash open.
+void FlashRegisterAccess::OpenFlash() {
+  constexpr std::array<std::int32_t, 5> kDebugValues{0x8400, 0xB731, 0x840F, 0x8A83, 0x8400};
+  constexpr std::int32_t kSignExtended = ~0xFFFF;
+  constexpr std::int32_t kCoreStart = 65000;  // µs
+  resetTap();
+  Select({0x1801, 0x1804});
+  run_.io.QueueDelay(kCoreStart);
+  Select({0x2804, 0x2004, kHalt | kIdCode, 0x4004, kReset | kBypass, kDebugRegister});
+  for (const std::int32_t value : kDebugValues) {
+    writeFlashReg(kDebugRegister, value | kSignExtended, kDebugBits);
   }
-  static_cast<void>(
-      FetchAndHandOver(run, kBlockAndEndMark, 2, layout.lock_bytes(), mode, BitOrder::kLowFirst));
-  ClosePass(run);
+  Select({kHalt | kIdCode, 0x3084});
+  FlushAndWait();
 }
 
-}  // namespace fliglaf::flash_register
+std::int32_t FlashRegisterAccess::ReadIdentification() {
+  Select({kHalt | kIdCode});
+  const std::int32_t digest = tap_.ReadIdentification();
+  FlushAndWait();
+  return digest;
+}
+
+void FlashRegisterAccess::enterFlashAccess() {
+  Select({kReset | kBypass, kHalt | kIdCode});
+  tap_.scanDr(0, 32);
+}
+
+void FlashRegisterAccess::FlushAndWait() {
+  run_.io.FlushQueue();
+  run_.io.DelayMs(100);
+}
+
+void FlashRegisterAccess::Select(std::initializer_list<std::int32_t> instructions) {
+  for (const std::int32_t instruction : instructions) tap_.scanIr(instruction, kInstructionBits);
+}
+
+void FlashRegisterAccess::writeFlashReg(std::int32_t instruction, std::int32_t value,
+                                        std::int16_t width) {
+  tap_.scanIr(instruction, kInstructionBits);
+  tap_.scanDr(value | kWrite << width, static_cast<std::int16_t>(width + kOperationBits));
+}
+
+void FlashRegisterAccess::readFlashReg(std::int32_t instruction, std::int16_t width) {
+  tap_.scanIr(instruction, kInstructionBits);
+  tap_.scanDr(kRead, kOperationBits);
+  tap_.scanDrCapture(0, static_cast<std::int16_t>(width + 1));
+}
+
+}  // namespace fliglaf

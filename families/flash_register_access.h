@@ -1,71 +1,84 @@
-// What the passes of families 8 to 11 share: the flash registers, the image's layout, the reading
-// of the lock bytes.
+// The flash of families 8 to 11 as their debug port gives it: four registers, each selected by an
+// instruction of 16 bits. The numbers are those of the data sheets of such parts.
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 
+#include "families/hardware_tap.h"
+#include "families/lines.h"
 #include "usb/request/run.h"
 
-namespace fliglaf::flash_register {
+namespace fliglaf {
 
-/// Values of the control register. A command of the second area has kSecondArea added in families
-/// 10 and 11.
-namespace control {
-inline constexpr std::int32_t kReadBlock = 0x01;  ///< the address moves on, data are read ahead
-inline constexpr std::int32_t kReadByte = 0x02;
-inline constexpr std::int32_t kProgram = 0x10;
-inline constexpr std::int32_t kErasePage = 0x20;
-inline constexpr std::int32_t kSecondArea = 0x80;
-}  // namespace control
+class FlashRegisterAccess {
+ public:
+  /// Values of the control register.
+  enum class Command : std::uint8_t {
+    kReadBlock = 0x01,  ///< the address moves on, data are read ahead
+    kReadByte = 0x02,
+    kProgram = 0x10,
+    kErasePage = 0x20,
+  };
+  /// Added to a command: where its address lies. Only families 10 and 11 have a second space.
+  enum class Area : std::uint8_t { kMain = 0x00, kSecond = 0x80 };
+  /// Values of the timing register.
+  enum class Scale : std::uint8_t { kBlock = 0x06, kSingle = 0x86 };
 
-/// Values of the timing register.
-namespace scale {
-inline constexpr std::int32_t kReadBlock = 0x06;
-inline constexpr std::int32_t kSingle = 0x86;
-}  // namespace scale
+  FlashRegisterAccess(Run& run, WindowLines& lines)
+      : run_(run), lines_(lines), regs_(lines.flash), tap_(run, lines.jtag) {}
 
-/// What an erase has the data register hold.
-inline constexpr std::int32_t kEraseKey = 0xA5;
+  /// Loads lines and registers by the device's option, and opens the flash. An option without a row
+  /// leaves the lines as they are.
+  void Enter();
+  [[nodiscard]] std::int32_t ReadIdentification();
 
-/// Address bits of families 8 and 9, whatever FlashRegs tells.
-inline constexpr std::int16_t kNarrowAddress = 16;
+  void resetTap() { tap_.resetTap(); }
+  void enterFlashAccess();
+  void Restart() {
+    resetTap();
+    enterFlashAccess();
+  }
 
-void enterFlashAccess(Run& run);
+  // The registers by what they do.
+  void WriteScale(Scale scale) { WriteByte(regs_.regScale, static_cast<std::int32_t>(scale)); }
+  void WriteAddress(std::int64_t address, std::int16_t width) {
+    writeFlashReg(regs_.regAddress, static_cast<std::int32_t>(address), width);
+  }
+  void WriteControl(Command command, Area area = Area::kMain) {
+    WriteByte(regs_.regControl,
+              static_cast<std::int32_t>(command) | static_cast<std::int32_t>(area));
+  }
+  void WriteData(std::int32_t byte) { WriteByte(regs_.regData, byte); }
+  // A read is started, then captured; the byte comes with the next bulk read.
+  void StartRead() { readFlashReg(regs_.regData, kStartWidth); }
+  void CaptureByte() { readFlashReg(regs_.regData, kCaptureWidth); }
 
-/// Writes the low `width` bits of `value`: 8, 16 or 17. What lies above them goes out as well.
-void writeFlashReg(Run& run, std::int32_t instruction, std::int32_t value, std::int16_t width);
+  /// Bits of an address by the register set that was loaded.
+  [[nodiscard]] std::int16_t address_width() const { return regs_.addressWidth; }
 
-/// Reads a register: with width 0 to begin with it, with 10 to capture its byte for the bulk read.
-void readFlashReg(Run& run, std::int32_t instruction, std::int16_t width);
+  /// Sends what is queued and gives it 100 ms.
+  void FlushAndWait();
 
-// The registers by what they do.
-void WriteScale(Run& run, std::int32_t value);
-void WriteAddress(Run& run, std::int64_t address, std::int16_t width);
-void WriteControl(Run& run, std::int32_t value);
-void WriteData(Run& run, std::int32_t value);
-void StartRead(Run& run);
-void CaptureByte(Run& run);
+ private:
+  void LoadAssignment();
+  void OpenFlash();
+  void Select(std::initializer_list<std::int32_t> instructions);
 
-/// Sends what is queued and gives it 100 ms.
-void FlushAndWait(Run& run);
+  /// Writes the low `width` bits of `value`: 8, 16 or 17. What lies above them goes out as well.
+  void writeFlashReg(std::int32_t instruction, std::int32_t value, std::int16_t width);
+  void WriteByte(std::int32_t instruction, std::int32_t value) {
+    writeFlashReg(instruction, value, 8);
+  }
+  /// Reads a register, with one of two widths.
+  static constexpr std::int16_t kStartWidth = 0;
+  static constexpr std::int16_t kCaptureWidth = 10;
+  void readFlashReg(std::int32_t instruction, std::int16_t width);
 
-/// Where things lie in the image, by the host's sizes. Two lock bytes and a page lie between the
-/// main array and the second area.
-struct Layout {
-  /// Throws RangeError for an image that the data buffer cannot hold.
-  explicit Layout(const Run& run);
-
-  std::int64_t main_bytes;    ///< the main array begins at 0
-  std::int64_t second_start;  ///< of the second area
-  std::int64_t second_bytes;
-  std::int64_t size;  ///< of the whole image
-  std::int64_t page;  ///< one byte at least
-
-  [[nodiscard]] std::int64_t lock_bytes() const { return main_bytes; }
-  [[nodiscard]] std::int64_t last_page() const { return main_bytes + 2; }
+  Run& run_;
+  WindowLines& lines_;
+  const FlashRegs& regs_;
+  HardwareTap tap_;
 };
 
-/// Reads the two lock bytes into the image, or checks them, by `mode`.
-void flashReadLock(Run& run, std::int16_t mode);
-
-}  // namespace fliglaf::flash_register
+}  // namespace fliglaf
