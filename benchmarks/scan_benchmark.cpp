@@ -27,7 +27,7 @@ class Scans {
   /// `sink`: takes the scans in the bench's place.
   explicit Scans(Programmer* sink = nullptr)
       : run_(session_.variables(), sink != nullptr ? *sink : bench_.programmer(), desktop_, window_,
-             watchdog_, lines_) {
+             watchdog_) {
     run_.io.OpenProgrammer();
     run_.io.SetVcc(device_.supply * 10);
     for (const std::uint8_t pin : device_.vcc_pins) run_.io.SetVccPin(pin, 1);

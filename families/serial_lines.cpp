@@ -76,10 +76,4 @@ Signature SerialLines::ReadWordFamilySignature() {
   return bytes;
 }
 
-void serial::ConfigureShifter(Run& run, std::span<const std::uint8_t> bytes) {
-  constexpr int kFirstShifterByte = 4;
-  std::ranges::copy(bytes,
-                    run.vars.quorinubuf1.Range(kFirstShifterByte, std::ssize(bytes)).begin());
-}
-
 }  // namespace fliglaf

@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <initializer_list>
-#include <span>
 
 #include "usb/request/run.h"
 #include "usb/request/signature_check.h"
@@ -66,10 +65,4 @@ class SerialLines {
   Run& run_;
 };
 
-namespace serial {
-
-/// For lines without a class: `bytes` into the command buffer from byte 4 on.
-void ConfigureShifter(Run& run, std::span<const std::uint8_t> bytes);
-
-}  // namespace serial
 }  // namespace fliglaf

@@ -14,7 +14,7 @@ constexpr std::int16_t kEraseInAnyMode = 11;
 
 void RunOnDevice(EngineRun& run, std::int16_t code) {
   if (code < operation::kProgram) {
-    return ScanPages(run, static_cast<std::int16_t>(code - operation::kRead));
+    return ScanPages(run, operation::CheckModeOf(code));
   }
   switch (code) {
     case operation::kProgram:

@@ -48,11 +48,11 @@ void ProgressAtByte(EngineRun& run, std::int32_t address) {
 }
 
 /// False when the judgement ended the scan.
-bool ScanPage(EngineRun& run, std::int32_t page, std::int16_t mode) {
+bool ScanPage(EngineRun& run, std::int32_t page, CheckMode mode) {
   OpenPage(run, kReadPage, page);
   for (std::int32_t i = 0; i < kPageBytes; ++i) {
     const std::int32_t address = page * kPageBytes + i;
-    if (dataout(run, TakeByte(run), address, mode) == 1) return false;
+    if (dataout(run, TakeByte(run), address, static_cast<std::int16_t>(mode)) == 1) return false;
     ProgressAtByte(run, address);
   }
   run.io.DelayMs(run.WriteTime(8));
@@ -87,10 +87,10 @@ Written WritePages(EngineRun& run) {
 std::int32_t dataout(EngineRun& run, std::int16_t data, std::int32_t address, std::int16_t mode) {
   return EngineCheck(run).Judge(
       {.data = static_cast<std::uint8_t>(data), .address = address, .index = IndexOf(run, address)},
-      mode);
+      CheckMode{mode});
 }
 
-void ScanPages(EngineRun& run, std::int16_t mode) {
+void ScanPages(EngineRun& run, CheckMode mode) {
   const auto& range = run.vars.quorinwltbigendbuf;
   const std::int64_t offset = std::int64_t{range[2]} - range[0];
   const std::int64_t end = std::int64_t{EndOfPages(run)} * kPageBytes;
@@ -105,13 +105,13 @@ void ProgramPages(EngineRun& run) {
   const Written written = WritePages(run);
   if (run.vars.quorinwlverifyvcc[0] != 0) {
     prgnote1(run, 1);
-    ScanPages(run, check_mode::kVerify);
+    ScanPages(run, CheckMode::kVerify);
     if (run.outcome() != result::kSuccess) return;
     prgnote1(run, 2);
   } else {
     prgnote1(run, 0);
   }
-  ScanPages(run, check_mode::kVerify);
+  ScanPages(run, CheckMode::kVerify);
   run.io.EndProgramming(written.page, 0, written.data, written.address);
 }
 
@@ -119,7 +119,7 @@ void EraseAndBlankCheck(EngineRun& run) {
   SendInstruction(run, {0xAC, 0x9F, 0xFF, 0xFF});
   run.io.DelayMs(run.WriteTime(40));
   NoteBlankCheck(run);
-  ScanPages(run, check_mode::kBlankCheck);
+  ScanPages(run, CheckMode::kBlankCheck);
 }
 
 }  // namespace fliglaf::parallel

@@ -263,7 +263,7 @@ std::int32_t SimulatedProgrammer::BlockTransfer(std::int32_t data, std::int32_t 
   try {
     return ComponentJudge(vars_, on_turn)
         .Judge({.data = static_cast<std::uint8_t>(data), .address = address, .index = address},
-               check_mode);
+               CheckMode{static_cast<std::int16_t>(check_mode)});
   } catch (const RangeError&) {
     throw ComponentError("BlockTransfer", kInvalidArgument);
   }

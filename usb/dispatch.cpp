@@ -8,8 +8,7 @@ namespace fliglaf {
 namespace {
 
 void RunCode(Family& family, std::int16_t code) {
-  if (code < operation::kProgram)
-    return family.ReadPass(CheckMode{static_cast<std::int16_t>(code - operation::kRead)});
+  if (code < operation::kProgram) return family.ReadPass(operation::CheckModeOf(code));
   switch (code) {
     case operation::kProgram:
       return family.Program();

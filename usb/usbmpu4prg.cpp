@@ -26,7 +26,7 @@ usbmpu4prg::usbmpu4prg(std::shared_ptr<SharedVariables> variables, Programmer& p
       programmer_(programmer),
       Timer1(desktop, "Timer1", [this] { Timer1_Timer(); }),
       Timer2(desktop, "Timer2", [this] { Timer2_Timer(); }),
-      run_(*vars_, programmer, desktop, form_, Timer2, lines_) {
+      run_(*vars_, programmer, desktop, form_, Timer2) {
   run_.power_up = [this] { static_cast<void>(powerUpTarget(run_, lines_)); };
   pexit.on_click = [this] { vars_->quorinprgresult[0] = result::kStopped; };
 }

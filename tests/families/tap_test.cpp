@@ -137,7 +137,7 @@ class TapTest : public testing::Test {
   platform::Form window_;
   platform::Timer watchdog_{desktop_, "none", [] {}};
   WindowLines lines_;
-  fliglaf::Run run_{vars_, io_, desktop_, window_, watchdog_, lines_};
+  fliglaf::Run run_{vars_, io_, desktop_, window_, watchdog_};
   SoftwareTap software_{run_, lines_.jtag};
   HardwareTap hardware_{run_, lines_.jtag};
 };

@@ -61,8 +61,7 @@ class BulkReadTest : public testing::Test {
                            timer_.Disable();
                            host_.vars.quorinprgresult[0] = result::kTimeOut;
                          }};
-  WindowLines lines_;
-  fliglaf::Run run_{host_.vars, programmer_, desktop_, form_, timer_, lines_};
+  fliglaf::Run run_{host_.vars, programmer_, desktop_, form_, timer_};
 };
 
 TEST_F(BulkReadTest, IntoTheDataBufferPutsTheSavedByteBack) {

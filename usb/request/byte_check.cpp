@@ -7,16 +7,16 @@ namespace fliglaf {
 
 namespace text = resources::text;
 
-std::int32_t ByteCheck::Judge(const Byte& byte, std::int32_t check_mode) {
-  switch (check_mode) {
-    case check_mode::kRead:
+std::int32_t ByteCheck::Judge(const Byte& byte, CheckMode mode) {
+  switch (mode) {
+    case CheckMode::kRead:
       vars_.quorinibuffer[byte.index] = byte.data;
       return 0;
-    case check_mode::kVerify:
+    case CheckMode::kVerify:
       return Verify(byte);
-    case check_mode::kBlankCheck:
+    case CheckMode::kBlankCheck:
       return BlankCheck(byte);
-    case check_mode::kCompare:
+    case CheckMode::kCompare:
       return Compare(byte);
     default:
       return 0;

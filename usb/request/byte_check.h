@@ -4,6 +4,7 @@
 #include <string>
 
 #include "shared/shared_variables.h"
+#include "usb/request/engine_run.h"
 
 namespace fliglaf {
 
@@ -22,12 +23,12 @@ class ByteCheck {
     std::int32_t index;    ///< of the data buffer
   };
 
-  /// By `check_mode`: stores the byte, verifies it against the data buffer or an erased cell, or
+  /// By `mode`: stores the byte, verifies it against the data buffer or an erased cell, or
   /// lists a difference; any other mode accepts it. Returns 1 to end the pass; note and result then
   /// stand in the shared variables. A difference that is to be listed lets the message loop run; a
   /// stop request that then stands ends the pass. Throws RangeError for an index outside the
   /// buffer.
-  [[nodiscard]] std::int32_t Judge(const Byte& byte, std::int32_t check_mode);
+  [[nodiscard]] std::int32_t Judge(const Byte& byte, CheckMode mode);
 
  protected:
   [[nodiscard]] SharedVariables& vars() const { return vars_; }

@@ -25,14 +25,6 @@ inline constexpr std::uint8_t kTimeOut = 5;  ///< transient, between the watchdo
 /// 1, which a host may ask for, give modes without a name, in which every byte is accepted.
 enum class CheckMode : std::int16_t { kRead = 0, kVerify = 1, kBlankCheck = 2, kCompare = 3 };
 
-/// The same as numbers, for families that have no class yet.
-namespace check_mode {
-inline constexpr std::int16_t kRead = 0;
-inline constexpr std::int16_t kVerify = 1;
-inline constexpr std::int16_t kBlankCheck = 2;
-inline constexpr std::int16_t kCompare = 3;
-}  // namespace check_mode
-
 class EngineRun {
  public:
   EngineRun(SharedVariables& variables, Programmer& programmer, platform::Desktop& the_desktop,

@@ -12,8 +12,11 @@ inline constexpr std::int16_t kRead = 2;
 inline constexpr std::int16_t kVerify = 3;
 inline constexpr std::int16_t kBlankCheck = 4;
 inline constexpr std::int16_t kCompare = 5;
-/// Program, with its verify. Codes below are read-type operations: check mode = code - 2.
+/// Program, with its verify. Codes below are read-type operations.
 inline constexpr std::int16_t kProgram = 6;
+[[nodiscard]] constexpr CheckMode CheckModeOf(std::int16_t code) {
+  return CheckMode{static_cast<std::int16_t>(code - kRead)};
+}
 // 8 to 11 are erase, lock and configuration operations; which is which depends on the family.
 
 }  // namespace fliglaf::operation

@@ -5,7 +5,6 @@
 #include <functional>
 #include <initializer_list>
 
-#include "families/lines.h"
 #include "usb/components/shifter_config.h"
 #include "usb/request/engine_run.h"
 
@@ -14,22 +13,14 @@ namespace fliglaf {
 class Run : public EngineRun {
  public:
   Run(SharedVariables& variables, Programmer& programmer, platform::Desktop& the_desktop,
-      platform::Form& the_window, platform::Timer& the_watchdog, WindowLines& lines)
-      : EngineRun(variables, programmer, the_desktop, the_window),
-        watchdog(the_watchdog),
-        jtag(lines.jtag),
-        two_wire(lines.two_wire),
-        flash(lines.flash) {}
+      platform::Form& the_window, platform::Timer& the_watchdog)
+      : EngineRun(variables, programmer, the_desktop, the_window), watchdog(the_watchdog) {}
 
   /// Powers the device up again. A family that verifies after a fresh start asks for it.
   std::function<void()> power_up;
 
   /// Timer2: writes result::kTimeOut when a bulk read takes too long.
   platform::Timer& watchdog;
-
-  JtagLines& jtag;
-  TwoWireLines& two_wire;
-  FlashRegs& flash;
 
   /// Addresses to one percent of progress.
   std::int32_t ProgressStep = 1;
