@@ -32,8 +32,7 @@ ImageLayout WordsAndSmallData(const ImageSizes& sizes) {
 }
 
 ImageLayout WithFuses(const ImageSizes& sizes, std::int64_t data_bytes) {
-  ImageLayout layout =
-      DataBehind(2 * (sizes.size - sizes.data_size - kConfigWords), data_bytes);
+  ImageLayout layout = DataBehind(2 * (sizes.size - sizes.data_size - kConfigWords), data_bytes);
   layout.config = ConfigArea::kFuses;
   layout.config_start = 2 * (sizes.size - kConfigWords);
   return layout;
@@ -45,7 +44,9 @@ ImageLayout WordsAndDataInWords(const ImageSizes& sizes) {
 }
 
 /// A byte of the data memory takes the place of a word of the flash.
-ImageLayout WordsAndDataInBytes(const ImageSizes& sizes) { return WithFuses(sizes, sizes.data_size); }
+ImageLayout WordsAndDataInBytes(const ImageSizes& sizes) {
+  return WithFuses(sizes, sizes.data_size);
+}
 
 ImageLayout BlocksAndSecondArea(const ImageSizes& sizes) {
   const std::int64_t locks = BlockLocksStart(sizes);

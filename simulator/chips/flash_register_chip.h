@@ -27,8 +27,7 @@ struct FlashRegisterModel {
 /// - The upper four bits of an instruction steer the core: 2 resets it, 1 halts it. The registers
 ///   answer only from a core that has been halted after a reset; the reset clears them.
 /// - A register is accessed by a scan of any length whose last two bits are the operation: 11
-/// writes
-///   what stands right ahead of it, 10 latches the register for the next scan to carry out.
+///   writes what stands right ahead of it, 10 latches the register for the next scan to carry out.
 /// - That next scan has bit 0 while the access goes on, then the flash's own busy and failure bits,
 ///   and the byte in bits 3 to 10.
 /// - The control register tells what an access to the data register does: nothing, a read ahead of

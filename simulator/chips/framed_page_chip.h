@@ -26,8 +26,7 @@ struct FramedPageModel {
 ///   carried out while a write or an erase is in progress; what is read then is 0x00.
 /// - A page takes up to its size of bytes; the address wraps round within it.
 /// - Lock bit 0 forbids writing, lock bit 1 reading as well (0x00 is read). They can only be
-/// written
-///   to 0; a chip erase lifts them. Bits that there are not read as 1.
+///   written to 0; a chip erase lifts them. Unimplemented bits read as 1.
 /// A host that waits for nothing after fuse and lock bits is served: their write time is less than
 /// the calls take that select the chip again.
 class FramedPageChip : public SerialChip {

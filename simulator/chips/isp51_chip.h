@@ -18,14 +18,13 @@ struct Isp51Timing {
 
 /// A flash microcontroller of the 8051 kind with serial programming: four-byte instructions, pages
 /// of 256 bytes, three lock levels. Works as the data sheets of such parts publish it:
-/// - The interface listens while reset is high and is in step when reset rose with the clock low;
-///   that edge also leaves programming mode.
+/// - The interface listens while reset is high and is synchronised if the clock was low when reset
+///   rose; that edge also leaves programming mode.
 /// - Only the programming enable is understood before it; the fourth byte answers 0x69.
 /// - It is busy for its write, erase and lock times. Data bytes and instructions that come while it
 ///   is busy are taken in and not carried out; what is read then is 0x00.
 /// - Level 1 forbids programming, level 2 reading as well (0x00 is read), level 3 external
-/// execution.
-///   Each level needs the one before it; a chip erase lifts them.
+///   execution. Each level needs the one before it; a chip erase lifts them.
 class Isp51Chip : public SerialChip {
  public:
   /// `flash_bytes`: 256 to 8192.
