@@ -3,6 +3,7 @@
 // device and operation; the smallest of several alternated measurements of each.
 #include <algorithm>
 #include <cstdio>
+#include <map>
 #include <random>
 #include <time.h>
 
@@ -100,12 +101,13 @@ class Measurement {
   platform::PortableDesktop desktop_;
 };
 
-/// The largest device of a family: what there is besides its bytes counts for least.
-const DeviceProfile* Largest(const DeviceCatalogue& catalogue, int family) {
-  const DeviceProfile* largest = nullptr;
+/// The largest device of each family: what is sent besides its bytes counts for least.
+std::map<int, const DeviceProfile*> LargestOfFamilies(const DeviceCatalogue& catalogue) {
+  std::map<int, const DeviceProfile*> largest;
   for (const DeviceProfile& device : catalogue.all()) {
-    if (device.family != family || device.config_words > 0) continue;
-    if (largest == nullptr || device.image_bytes > largest->image_bytes) largest = &device;
+    if (device.config_words > 0) continue;
+    const DeviceProfile*& known = largest[device.family];
+    if (known == nullptr || device.image_bytes > known->image_bytes) known = &device;
   }
   return largest;
 }
@@ -121,11 +123,9 @@ bool MeasureAll() {
     good = measurement.Print("program", operation::kProgram) &&
            measurement.Print("read", operation::kRead) && good;
   };
-  for (int family = 1; family <= 16; ++family) {
-    const DeviceProfile* const device = Largest(catalogue, family);
-    if (device == nullptr) continue;
+  for (const auto& [family, device] : LargestOfFamilies(catalogue)) {
     measure(*device, cli::Engine::kUsb);
-    if (family == 1) measure(*device, cli::Engine::kParallel);
+    if (RunsOverParallelPort(*device)) measure(*device, cli::Engine::kParallel);
   }
   return good;
 }

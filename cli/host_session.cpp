@@ -20,7 +20,7 @@ constexpr std::int16_t kTwoConfigWords = 1;
 constexpr std::uint8_t kRequestSequence = 0;
 
 void CheckReaches(Engine engine, const DeviceProfile& device) {
-  if (engine == Engine::kParallel && device.family != 1) {
+  if (engine == Engine::kParallel && !RunsOverParallelPort(device)) {
     throw UsageError(
         fmt::format("{}: the parallel engine reaches devices of family 1 only, not of "
                     "family {}; leave --parallel out",

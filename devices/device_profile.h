@@ -75,4 +75,9 @@ struct DeviceProfile {
   ChipTimes chip;
 };
 
+/// Whether the parallel engine reaches the device.
+[[nodiscard]] inline bool RunsOverParallelPort(const DeviceProfile& device) {
+  return device.family == 1;
+}
+
 }  // namespace fliglaf
