@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds with the sanitizers and runs every test, the fuzz targets for a few seconds, then the tests of
-# the Windows library under Wine.
+# Checks layers and format, builds with the sanitizers and runs every test, the fuzz targets for a few
+# seconds, then the tests of the Windows library under Wine.
 #   scripts/test.sh [--native] [--extended] [CTEST-OPTION...]
 # --native leaves Windows out. --extended runs all of the fault sweep but for the two devices with
 # blocks of 16 KiB, of which it runs a part, and more random hosts: ten minutes each, and ten minutes of
@@ -24,6 +24,7 @@ while :; do
   shift
 done
 
+scripts/check.sh
 need_packages "${BUILD_PACKAGES[@]}" "${TEST_PACKAGES[@]}"
 configure_and_build debug
 if [ $# -gt 0 ]; then
