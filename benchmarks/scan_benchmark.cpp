@@ -7,9 +7,9 @@
 #include "cli/host_session.h"
 #include "cli/simulated_bench.h"
 #include "devices/device_catalogue.h"
-#include "families/avr_jtag.h"
 #include "families/software_tap.h"
 #include "platform/portable/portable_desktop.h"
+#include "usb/power_up.h"
 #include "usb/request/run.h"
 
 namespace fliglaf {
@@ -28,11 +28,7 @@ class Scans {
   explicit Scans(Programmer* sink = nullptr)
       : run_(session_.variables(), sink != nullptr ? *sink : bench_.programmer(), desktop_, window_,
              watchdog_) {
-    run_.io.OpenProgrammer();
-    run_.io.SetVcc(device_.supply * 10);
-    for (const std::uint8_t pin : device_.vcc_pins) run_.io.SetVccPin(pin, 1);
-    for (const std::uint8_t pin : device_.gnd_pins) run_.io.SetGndPin(pin, 1);
-    MakeAvrJtagB(run_, lines_)->Enter();
+    static_cast<void>(powerUpTarget(run_, lines_));
   }
 
   void Measure(benchmark::State& state) {

@@ -114,8 +114,8 @@ void HostSession::DescribeTexts() {
 
 void HostSession::CheckSignature(const Signature& expected) {
   vars_.quorinchipidtestmode[0] = kTrue;
-  vars_.quorincompid[0] = expected.maker;
-  vars_.quorintypeid[0] = expected.device;
+  vars_.quorincompid[0] = expected[signature_byte::kMaker];
+  vars_.quorintypeid[0] = expected[signature_byte::kDevice];
 }
 
 void HostSession::Request(std::span<const std::uint8_t> codes) {

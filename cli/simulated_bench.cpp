@@ -19,14 +19,13 @@ std::optional<simulator::ConfigWordPart> ConfigWords(const DeviceProfile& device
 }
 
 simulator::ChipDescription Describe(const DeviceProfile& device) {
-  const Signature signature = device.signature.value_or(Signature{});
   const ImageLayout memory = LayoutOf(device);
   return {.family = device.family,
           .option = device.option,
           .flash_bytes = static_cast<std::uint32_t>(memory.main_bytes),
           .page_bytes = static_cast<std::uint32_t>(device.page * device.address_bytes),
           .eeprom_bytes = static_cast<std::uint32_t>(memory.data_bytes),
-          .signature = {signature.maker, signature.device, signature.third},
+          .signature = device.signature.value_or(Signature{}),
           .supply = {.vcc = device.vcc_pins,
                      .gnd = device.gnd_pins,
                      .vpp = device.vpp_pins,

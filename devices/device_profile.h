@@ -5,16 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "shared/signature.h"
+
 namespace fliglaf {
-
-/// The identification bytes of a device. The host's check compares the first two.
-struct Signature {
-  std::uint8_t maker = 0;
-  std::uint8_t device = 0;
-  std::uint8_t third = 0;
-
-  bool operator==(const Signature&) const = default;
-};
 
 /// Device addresses, both ends included.
 struct AddressRange {

@@ -34,9 +34,9 @@ void Assign(std::vector<std::uint8_t>& target, const FieldValue& value) {
 }
 
 void Assign(std::optional<Signature>& target, const FieldValue& value) {
-  target = {static_cast<std::uint8_t>(value.numbers[0]),
-            static_cast<std::uint8_t>(value.numbers[1]),
-            static_cast<std::uint8_t>(value.numbers[2])};
+  target = Signature{static_cast<std::uint8_t>(value.numbers[0]),
+                     static_cast<std::uint8_t>(value.numbers[1]),
+                     static_cast<std::uint8_t>(value.numbers[2])};
 }
 
 void Assign(AddressRange& target, const FieldValue& value) {

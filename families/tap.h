@@ -41,11 +41,28 @@ class Tap {
   void setTms(std::uint8_t bit) { SetLine(lines_.tmsState, bit, lines_.tmsMask); }
   void setTdi(std::uint8_t bit) { SetLine(lines_.tdiState, bit, lines_.tdiMask); }
   void pulseTck() { pulseTckN(1); }
-  /// Does nothing for `n` below 1.
-  void pulseTckN(std::int16_t n);
+  /// Does nothing for `n` below 1. Most of what a pass queues comes from here, so both levels are
+  /// worked out once.
+  void pulseTckN(std::int16_t n) {
+    if (n < 1) return;
+    lines_.tckState = 0;
+    const std::uint8_t low = lines_.levels();
+    const auto high = static_cast<std::uint8_t>(low | lines_.tckMask);
+    const std::uint8_t port = lines_.lineRegister;
+    Programmer& io = io_;
+    for (std::int16_t i = 0; i < n; ++i) {
+      io.QueueRegisterWrite(high, port);
+      io.QueueRegisterWrite(low, port);
+    }
+  }
 
   /// Clocks TMS high `high` times, then low `low` times.
-  void Walk(std::int16_t high, std::int16_t low);
+  void Walk(std::int16_t high, std::int16_t low) {
+    setTms(1);
+    pulseTckN(high);
+    setTms(0);
+    pulseTckN(low);
+  }
   /// From any state to Run-Test/Idle.
   void resetTap() { Walk(5, 2); }
 
@@ -67,7 +84,11 @@ class Tap {
   /// Captures at once; the first bit is bit 0.
   [[nodiscard]] std::int32_t CaptureNow();
   /// The last bit of a shift, bit 0 of `value`, with TMS high.
-  void LastBit(std::uint32_t value);
+  void LastBit(std::uint32_t value) {
+    setTdi(LowBit(value));
+    setTms(1);
+    pulseTck();
+  }
 
   /// A byte as the shifter takes it: it sends bit 7 first.
   [[nodiscard]] static std::int32_t Reversed(std::uint32_t value) {
@@ -82,7 +103,10 @@ class Tap {
   Programmer& io_;
 
  private:
-  void SetLine(std::uint8_t& state, std::uint8_t bit, std::uint8_t mask);
+  void SetLine(std::uint8_t& state, std::uint8_t bit, std::uint8_t mask) {
+    state = static_cast<std::uint8_t>(bit * mask);
+    Queue(lines_.levels(), lines_.lineRegister);
+  }
 };
 
 }  // namespace fliglaf

@@ -70,7 +70,7 @@ TEST(BuiltInProfiles, Family1CanBeIdentifiedErasedAndLocked) {
   ForFamily(1, [](const DeviceProfile& device) {
     if (device.config_words > 0) return;  // written over the parallel port only
     ASSERT_TRUE(device.signature);
-    EXPECT_NE(device.signature->maker, 0);
+    EXPECT_NE((*device.signature)[signature_byte::kMaker], 0);
     EXPECT_EQ(device.operations.erase, 11);
     EXPECT_EQ(device.operations.lock, (std::vector<std::uint8_t>{8, 9, 10}));
     EXPECT_LE(device.vcc_pins[0], device.pin_count);

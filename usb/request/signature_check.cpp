@@ -10,7 +10,8 @@ constexpr int kMakerLabel = 9;
 constexpr int kDeviceLabel = 10;
 
 bool Matches(const EngineRun& run, const Signature& bytes) {
-  return run.vars.quorintypeid[0] == bytes[1] && run.vars.quorincompid[0] == bytes[0];
+  return run.vars.quorintypeid[0] == bytes[signature_byte::kDevice] &&
+         run.vars.quorincompid[0] == bytes[signature_byte::kMaker];
 }
 
 /// The host's labels with the bytes' texts.

@@ -6,12 +6,10 @@
 #include <functional>
 #include <string>
 
+#include "shared/signature.h"
 #include "usb/request/engine_run.h"
 
 namespace fliglaf {
-
-/// Manufacturer, device and a third byte.
-using Signature = std::array<std::uint8_t, 3>;
 
 /// A signature as it was read, with the texts of its bytes.
 struct SignatureRead {
