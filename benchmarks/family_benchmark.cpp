@@ -24,20 +24,13 @@ class WireBytes : public ForwardingProgrammer {
   using ForwardingProgrammer::ForwardingProgrammer;
   std::int64_t bytes = 0;
 
-  std::int32_t WriteRegister(std::int32_t value, std::uint8_t number) override {
-    Count(number);
-    return next().WriteRegister(value, number);
-  }
-  std::int32_t QueueRegisterWrite(std::int32_t value, std::uint8_t number) override {
-    Count(number);
-    return next().QueueRegisterWrite(value, number);
-  }
-
- private:
-  void Count(std::uint8_t number) {
+ protected:
+  bool OnCall(Op op, const Arguments& arguments) override {
     constexpr std::uint8_t kBytes[] = {reg::kShiftOut, reg::kCapture, reg::kFrameByte,
                                        reg::kFrameIn};
-    if (std::ranges::find(kBytes, number) != std::end(kBytes)) ++bytes;
+    const bool write = op == Op::kWriteRegister || op == Op::kQueueRegisterWrite;
+    if (write && std::ranges::find(kBytes, arguments[1]) != std::end(kBytes)) ++bytes;
+    return true;
   }
 };
 

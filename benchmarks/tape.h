@@ -13,26 +13,11 @@
 namespace fliglaf {
 
 struct TapedCall {
-  enum class What : std::uint8_t {
-    kQueueRegisterWrite,
-    kQueueDelay,
-    kFlushQueue,
-    kWriteRegister,
-    kReadRegister,
-    kWriteLatch,
-    kDelayMs,
-    kShortDelay,
-    kBlockTransfer,
-    kPacket,
-    kBulkRead,
-  };
-  What what;
-  std::int32_t one = 0;
-  std::int32_t two = 0;
-  std::int32_t three = 0;
+  Op op;
+  Arguments arguments;  ///< of a transfer, its bytes
 };
 
-/// What a run called, and what it was answered. Calls of which a run has a handful are left out.
+/// What a run called, and what it was answered.
 struct Tape {
   std::vector<TapedCall> calls;
   std::vector<std::int32_t> registers;            ///< results of ReadRegister
@@ -42,8 +27,6 @@ struct Tape {
 /// Writes the tape of what passes through.
 class TapeWriter : public ForwardingProgrammer {
  public:
-  using What = TapedCall::What;
-
   TapeWriter(Programmer& next, Tape& tape) : ForwardingProgrammer(next), tape_(tape) {}
 
   /// Bulk reads end after the call: takes what has come of the last.
@@ -53,50 +36,22 @@ class TapeWriter : public ForwardingProgrammer {
     block_ = {};
   }
 
-  std::int32_t QueueRegisterWrite(std::int32_t value, std::uint8_t number) override {
-    return Write({What::kQueueRegisterWrite, value, number}),
-           next().QueueRegisterWrite(value, number);
-  }
-  std::int32_t QueueDelay(std::int32_t time) override {
-    return Write({What::kQueueDelay, time}), next().QueueDelay(time);
-  }
-  std::int32_t FlushQueue() override { return Write({What::kFlushQueue}), next().FlushQueue(); }
-  std::int32_t WriteRegister(std::int32_t value, std::uint8_t number) override {
-    return Write({What::kWriteRegister, value, number}), next().WriteRegister(value, number);
-  }
   std::int32_t ReadRegister(std::uint8_t number) override {
-    Write({What::kReadRegister, number});
-    return tape_.registers.emplace_back(next().ReadRegister(number));
-  }
-  std::int32_t WriteLatch(std::int32_t value, std::uint8_t latch) override {
-    return Write({What::kWriteLatch, value, latch}), next().WriteLatch(value, latch);
-  }
-  std::int32_t DelayMs(std::int32_t time) override {
-    return Write({What::kDelayMs, time}), next().DelayMs(time);
-  }
-  std::int32_t ShortDelay(std::int32_t time) override {
-    return Write({What::kShortDelay, time}), next().ShortDelay(time);
-  }
-  std::int32_t BlockTransfer(std::int32_t data, std::int32_t address, std::int32_t mode) override {
-    return Write({What::kBlockTransfer, data, address, mode}),
-           next().BlockTransfer(data, address, mode);
-  }
-  void usbcomwrite(std::span<const std::uint8_t> packet) override {
-    Write({What::kPacket, static_cast<std::int32_t>(packet.size())});
-    next().usbcomwrite(packet);
+    return tape_.registers.emplace_back(ForwardingProgrammer::ReadRegister(number));
   }
   void usbbulkread(std::span<std::uint8_t> destination, std::uint8_t& status) override {
-    Write({What::kBulkRead, static_cast<std::int32_t>(destination.size())});
+    ForwardingProgrammer::usbbulkread(destination, status);
     block_ = destination;
-    next().usbbulkread(destination, status);
+  }
+
+ protected:
+  bool OnCall(Op op, const Arguments& arguments) override {
+    TakeBlock();
+    tape_.calls.push_back({op, arguments});
+    return true;
   }
 
  private:
-  void Write(const TapedCall& call) {
-    TakeBlock();
-    tape_.calls.push_back(call);
-  }
-
   Tape& tape_;
   std::span<std::uint8_t> block_;
 };
@@ -147,43 +102,14 @@ class TapeSink : public CountingSink {
   static void Play(const Tape& tape, Programmer& programmer) {
     static std::array<std::uint8_t, 0x10000> memory{};
     std::uint8_t status = 0;
-    for (const auto& [what, one, two, three] : tape.calls) {
-      const auto number = static_cast<std::uint8_t>(two);
-      switch (what) {
-        case TapedCall::What::kQueueRegisterWrite:
-          programmer.QueueRegisterWrite(one, number);
-          break;
-        case TapedCall::What::kQueueDelay:
-          programmer.QueueDelay(one);
-          break;
-        case TapedCall::What::kFlushQueue:
-          programmer.FlushQueue();
-          break;
-        case TapedCall::What::kWriteRegister:
-          programmer.WriteRegister(one, number);
-          break;
-        case TapedCall::What::kReadRegister:
-          programmer.ReadRegister(static_cast<std::uint8_t>(one));
-          break;
-        case TapedCall::What::kWriteLatch:
-          programmer.WriteLatch(one, number);
-          break;
-        case TapedCall::What::kDelayMs:
-          programmer.DelayMs(one);
-          break;
-        case TapedCall::What::kShortDelay:
-          programmer.ShortDelay(one);
-          break;
-        case TapedCall::What::kBlockTransfer:
-          programmer.BlockTransfer(one, two, three);
-          break;
-        case TapedCall::What::kPacket:
-          programmer.usbcomwrite(std::span(memory).first(static_cast<std::size_t>(one)));
-          break;
-        case TapedCall::What::kBulkRead:
-          programmer.usbbulkread(std::span(memory).first(static_cast<std::size_t>(one)), status);
-          break;
+    for (const auto& [op, arguments] : tape.calls) {
+      if (const auto perform = Row(op).perform) {
+        perform(programmer, arguments);
+        continue;
       }
+      const auto bytes = std::span(memory).first(static_cast<std::size_t>(arguments[0]));
+      if (op == Op::kUsbComWrite) programmer.usbcomwrite(bytes);
+      if (op == Op::kUsbBulkRead) programmer.usbbulkread(bytes, status);
     }
   }
 

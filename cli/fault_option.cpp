@@ -1,9 +1,9 @@
 #include "cli/fault_option.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <string_view>
+#include <vector>
 
 #include "cli/usage_error.h"
 #include "devices/nearest_names.h"
@@ -12,16 +12,6 @@ namespace fliglaf::cli {
 namespace {
 
 using simulator::CapturePipe;
-
-/// Operations of the programmer, each of which can be made to fail.
-constexpr std::array<std::string_view, 25> kOperations{
-    "EndRun",         "SetVcc",         "SetVpp",         "SetGndPin",
-    "SetVccPin",      "SetVppPin",      "SetOutputs",     "SignalPass",
-    "SignalFail",     "OpenProgrammer", "WriteRegister",  "ReadRegister",
-    "WriteLatch",     "DelayMs",        "ShortDelay",     "QueueRegisterWrite",
-    "FlushQueue",     "QueueDelay",     "SetFigMode",     "ReportStartupFailure",
-    "EndProgramming", "BlockTransfer",  "ResetInterface", "usbcomwrite",
-    "usbbulkread"};
 
 [[noreturn]] void Fail(const std::string& fault, const std::string& reason) {
   throw UsageError("--fault " + fault + ": " + reason);
@@ -56,17 +46,23 @@ simulator::StuckBit ParseStuckBit(const std::string& fault, std::string_view tex
   return {.address = *address, .bit = static_cast<int>(*bit), .value = *value == 1};
 }
 
+Op ParseOperation(const std::string& fault, std::string_view name) {
+  if (const Operation* const known = FindOperation(name)) return known->op;
+  std::vector<std::string_view> names;
+  std::string list;
+  for (const Operation& operation : kOperations) {
+    list += (names.empty() ? "must be one of " : ", ") + std::string(operation.name);
+    names.push_back(operation.name);
+  }
+  const auto nearest = NearestNames(name, names);
+  Fail(fault, "unknown operation \"" + std::string(name) + "\"; " +
+                  (nearest.empty() ? list : "did you mean " + nearest.front() + "?"));
+}
+
 /// OPERATION[:NTH]
 FaultOptions::Call ParseCall(const std::string& fault, std::string_view text) {
   const std::size_t colon = std::min(text.find(':'), text.size());
-  const std::string_view operation = text.substr(0, colon);
-  if (std::ranges::find(kOperations, operation) == kOperations.end()) {
-    const auto nearest = NearestNames(operation, kOperations);
-    Fail(fault, "unknown operation \"" + std::string(operation) + "\"; " +
-                    (nearest.empty() ? "known ones include WriteRegister and SetVcc"
-                                     : "did you mean " + nearest.front() + "?"));
-  }
-  FaultOptions::Call call{.operation = std::string(operation)};
+  FaultOptions::Call call{.operation = ParseOperation(fault, text.substr(0, colon))};
   if (colon < text.size()) {
     const auto nth = Number(text.substr(colon + 1));
     if (!nth || *nth < 1) Fail(fault, "the number of the call must be 1 or more");

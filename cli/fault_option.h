@@ -6,13 +6,14 @@
 #include <string>
 
 #include "simulator/bench.h"
+#include "usb/components/operations.h"
 
 namespace fliglaf::cli {
 
 /// The faults that the --fault options name.
 struct FaultOptions {
   struct Call {
-    std::string operation;
+    Op operation;
     unsigned nth = 1;
   };
   simulator::Faults bench;

@@ -13,19 +13,12 @@ class ProgrammerWatch : public ForwardingProgrammer {
   [[nodiscard]] bool adapter_missing() const { return adapter_missing_; }
   [[nodiscard]] bool supply_failed() const { return supply_failed_; }
 
-  std::int32_t OpenProgrammer() override {
-    const std::int32_t outcome = next().OpenProgrammer();
-    not_found_ |= outcome == kNoProgrammer;
-    return outcome;
-  }
-  std::int32_t SetFigMode(std::uint8_t mode) override {
-    const std::int32_t outcome = next().SetFigMode(mode);
-    adapter_missing_ |= outcome != 0;
-    return outcome;
-  }
-  std::int32_t SetVcc(std::int32_t millivolts) override {
-    const std::int32_t outcome = next().SetVcc(millivolts);
-    supply_failed_ |= outcome == kSupplyFailed;
+ protected:
+  std::int32_t Perform(Op op, const Arguments& arguments) override {
+    const std::int32_t outcome = ForwardingProgrammer::Perform(op, arguments);
+    not_found_ |= op == Op::kOpenProgrammer && outcome == kNoProgrammer;
+    adapter_missing_ |= op == Op::kSetFigMode && outcome != 0;
+    supply_failed_ |= op == Op::kSetVcc && outcome == kSupplyFailed;
     return outcome;
   }
 

@@ -18,7 +18,7 @@ constexpr std::int64_t kMostLong = std::numeric_limits<std::int32_t>::max();
 constexpr std::int64_t kMostByte = std::numeric_limits<std::uint8_t>::max();
 
 void TakeNumbers(Scanner& scanner, const Operation& operation, Arguments& arguments) {
-  const int takes = operation.argument_count();
+  const int takes = ArgumentCount(operation);
   int given = 0;
   while (scanner.Peek() != ')') {
     if (given > 0) scanner.Expect(',');
@@ -67,7 +67,7 @@ void TakeBox(Scanner& scanner, Call& call) {
 
 /// Takes what is between the parentheses.
 void TakeArguments(Scanner& scanner, const SharedVariables& vars, Call& call) {
-  switch (call.operation->form) {
+  switch (FormOf(*call.operation)) {
     case Form::kNumbers:
       return TakeNumbers(scanner, *call.operation, call.arguments);
     case Form::kPacket:
@@ -102,7 +102,7 @@ void TakeTransfer(Scanner& scanner, std::int32_t count, Answer& answer) {
 
 void TakeResult(Scanner& scanner, const Call& call, Answer& answer) {
   const Operation& operation = *call.operation;
-  const bool bulk = operation.form == Form::kBulkRead;
+  const bool bulk = FormOf(operation) == Form::kBulkRead;
   const std::int64_t result =
       scanner.Integer(bulk ? 0 : kLeastLong, bulk ? kMostByte : kMostLong, "result");
   if (operation.result == Result::kNone && result != 0) {
@@ -117,7 +117,7 @@ void TakeAnswer(Scanner& scanner, const Call& call, Answer& answer) {
   if (scanner.Take('=')) {
     TakeResult(scanner, call, answer);
   } else if (scanner.Take('!')) {
-    if (call.operation->form == Form::kBox) throw TextError("a message box cannot fail");
+    if (FormOf(*call.operation) == Form::kBox) throw TextError("a message box cannot fail");
     answer.hresult = static_cast<std::uint32_t>(
         scanner.Integer(kFailureBit, std::numeric_limits<std::uint32_t>::max(), "HRESULT"));
   }
@@ -267,7 +267,7 @@ void Reader::TakeCall(Scanner& scanner, Item& item) {
     scanner.Expect('*');
   }
   const std::string_view name = scanner.Word();
-  item.call.operation = FindOperation(name);
+  item.call.operation = FindCall(name);
   if (item.call.operation == nullptr) {
     throw TextError(name == "datstr" ? std::string("datstr is computed, never recorded")
                                      : fmt::format("unknown operation \"{}\"",

@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "record/assignment.h"
+#include "record/calls.h"
 #include "record/format.h"
-#include "record/operations.h"
 #include "shared/shared_variables.h"
 
 namespace fliglaf::record {

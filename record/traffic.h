@@ -10,8 +10,8 @@
 #include <string_view>
 #include <vector>
 
+#include "record/calls.h"
 #include "record/late_transfer.h"
-#include "record/operations.h"
 #include "shared/shared_variables.h"
 
 namespace fliglaf::record {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <utility>
 
 #include "usb/components/forwarding_programmer.h"
 
@@ -13,19 +12,19 @@ class FailingCall : public ForwardingProgrammer {
   static constexpr std::uint32_t kUnspecifiedError = 0x80004005;
 
   /// The `nth` call of `operation` fails, counted from 1.
-  FailingCall(Programmer& next, std::string operation, unsigned nth)
-      : ForwardingProgrammer(next), operation_(std::move(operation)), nth_(nth) {}
+  FailingCall(Programmer& next, Op operation, unsigned nth)
+      : ForwardingProgrammer(next), operation_(operation), nth_(nth) {}
 
  protected:
-  bool OnCall(std::string_view operation) override {
-    if (operation == operation_ && ++calls_ == nth_) {
-      throw ComponentError(operation_, kUnspecifiedError);
+  bool OnCall(Op op, const Arguments&) override {
+    if (op == operation_ && ++calls_ == nth_) {
+      throw ComponentError(std::string(Row(op).name), kUnspecifiedError);
     }
     return true;
   }
 
  private:
-  std::string operation_;
+  Op operation_;
   unsigned nth_;
   unsigned calls_ = 0;
 };

@@ -17,6 +17,8 @@ bool IsOfTransfer(Fault fault) {
   return fault != Fault::kNone && fault != Fault::kFailedCall && fault != Fault::kFlippedBit;
 }
 
+bool HandsOverAByte(Op op) { return op == Op::kReadRegister || op == Op::kBlockTransfer; }
+
 std::int32_t WithFlippedBit(std::int32_t byte, std::uint32_t which) {
   return byte ^ (1 << which % 8);
 }
@@ -27,55 +29,42 @@ std::size_t FaultyProgrammer::Count(Fault fault) const {
   return static_cast<std::size_t>(std::ranges::count(fired_, fault, &Fired::fault));
 }
 
-void FaultyProgrammer::Fire(Fault fault, std::string_view operation) {
-  fired_.push_back({fault, calls_, operation});
-}
+void FaultyProgrammer::Fire(Fault fault, Op op) { fired_.push_back({fault, calls_, op}); }
 
-FaultyProgrammer::Choice FaultyProgrammer::Begin(std::string_view operation) {
+FaultyProgrammer::Choice FaultyProgrammer::Begin(Op op) {
   Poll();
   ++calls_;
-  const Choice choice = Choose(operation);
+  const Choice choice = Choose(op);
   if (choice.fault == Fault::kFailedCall) {
-    Fire(choice.fault, operation);
-    throw ComponentError(std::string(operation), kUnspecifiedError);
+    Fire(choice.fault, op);
+    throw ComponentError(std::string(Row(op).name), kUnspecifiedError);
   }
   return choice;
 }
 
-bool FaultyProgrammer::OnCall(std::string_view operation) {
-  static_cast<void>(Begin(operation));
-  return true;
+void FaultyProgrammer::usbcomwrite(std::span<const std::uint8_t> packet) {
+  static_cast<void>(Begin(Op::kUsbComWrite));
+  next().usbcomwrite(packet);
 }
 
-void FaultyProgrammer::EndRun() {
-  static_cast<void>(Begin("EndRun"));
-  next().EndRun();
-  detour_.reset();
-}
-
-std::int32_t FaultyProgrammer::ReadRegister(std::uint8_t register_number) {
-  const Choice choice = Begin("ReadRegister");
-  const std::int32_t value = next().ReadRegister(register_number);
-  if (choice.fault != Fault::kFlippedBit) return value;
-  Fire(choice.fault, "ReadRegister");
-  return WithFlippedBit(value, choice.detail);
-}
-
-std::int32_t FaultyProgrammer::BlockTransfer(std::int32_t data, std::int32_t address,
-                                             std::int32_t check_mode) {
-  const Choice choice = Begin("BlockTransfer");
-  if (choice.fault != Fault::kFlippedBit) return next().BlockTransfer(data, address, check_mode);
-  Fire(choice.fault, "BlockTransfer");
-  return next().BlockTransfer(WithFlippedBit(data, choice.detail), address, check_mode);
+std::int32_t FaultyProgrammer::Perform(Op op, const Arguments& arguments) {
+  const Choice choice = Begin(op);
+  const bool flips = choice.fault == Fault::kFlippedBit && HandsOverAByte(op);
+  Arguments passed = arguments;
+  if (flips && op == Op::kBlockTransfer) passed[0] = WithFlippedBit(passed[0], choice.detail);
+  if (flips) Fire(choice.fault, op);
+  const std::int32_t result = Row(op).perform(next(), passed);
+  if (op == Op::kEndRun) detour_.reset();
+  return flips && op == Op::kReadRegister ? WithFlippedBit(result, choice.detail) : result;
 }
 
 void FaultyProgrammer::usbbulkread(std::span<std::uint8_t> destination, std::uint8_t& status) {
-  const Choice choice = Begin("usbbulkread");
+  const Choice choice = Begin(Op::kUsbBulkRead);
   detour_.reset();
   if (!IsOfTransfer(choice.fault) && choice.fault != Fault::kFlippedBit) {
     return next().usbbulkread(destination, status);
   }
-  Fire(choice.fault, "usbbulkread");
+  Fire(choice.fault, Op::kUsbBulkRead);
   if (choice.fault == Fault::kSilentTransfer) return;
   if (choice.fault == Fault::kFailedTransfer) {
     status = kStatusFailed;
@@ -146,17 +135,17 @@ Fault SeededFaults::Draw(std::span<const std::pair<Fault, double>> rates) {
   return Fault::kNone;
 }
 
-FaultyProgrammer::Choice SeededFaults::Choose(std::string_view operation) {
+FaultyProgrammer::Choice SeededFaults::Choose(Op op) {
   using Rate = std::pair<Fault, double>;
   const Rate call{Fault::kFailedCall, rates_.failed_call};
   const Rate bit{Fault::kFlippedBit, rates_.flipped_bit};
   Choice choice;
-  if (operation == "usbbulkread") {
+  if (op == Op::kUsbBulkRead) {
     choice.fault = Draw(std::array{call, Rate{Fault::kFailedTransfer, rates_.failed_transfer},
                                    Rate{Fault::kSilentTransfer, rates_.silent_transfer},
                                    Rate{Fault::kLateTransfer, rates_.late_transfer},
                                    Rate{Fault::kShortTransfer, rates_.short_transfer}, bit});
-  } else if (operation == "ReadRegister" || operation == "BlockTransfer") {
+  } else if (HandsOverAByte(op)) {
     choice.fault = Draw(std::array{call, bit});
   } else {
     choice.fault = Draw(std::array{call});

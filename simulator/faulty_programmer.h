@@ -5,7 +5,6 @@
 #include <optional>
 #include <random>
 #include <span>
-#include <string_view>
 #include <vector>
 
 #include "platform/portable/time_source.h"
@@ -35,7 +34,7 @@ class FaultyProgrammer : public ForwardingProgrammer, public platform::TimeSourc
   struct Fired {
     Fault fault;
     std::uint64_t call;  ///< number of the call, from 1
-    std::string_view operation;
+    Op operation;
 
     bool operator==(const Fired&) const = default;
   };
@@ -43,10 +42,7 @@ class FaultyProgrammer : public ForwardingProgrammer, public platform::TimeSourc
   [[nodiscard]] const std::vector<Fired>& fired() const { return fired_; }
   [[nodiscard]] std::size_t Count(Fault fault) const;
 
-  void EndRun() override;
-  std::int32_t ReadRegister(std::uint8_t register_number) override;
-  std::int32_t BlockTransfer(std::int32_t data, std::int32_t address,
-                             std::int32_t check_mode) override;
+  void usbcomwrite(std::span<const std::uint8_t> packet) override;
   void usbbulkread(std::span<std::uint8_t> destination, std::uint8_t& status) override;
 
   [[nodiscard]] std::int64_t Now() const override { return time_.Now(); }
@@ -60,9 +56,9 @@ class FaultyProgrammer : public ForwardingProgrammer, public platform::TimeSourc
   };
   /// What goes wrong with the call that is being made. A fault that the operation cannot have is
   /// none.
-  virtual Choice Choose(std::string_view operation) = 0;
+  virtual Choice Choose(Op op) = 0;
 
-  bool OnCall(std::string_view operation) override;
+  std::int32_t Perform(Op op, const Arguments& arguments) override;
 
  private:
   /// A bulk read that does not go straight to its destination.
@@ -74,8 +70,8 @@ class FaultyProgrammer : public ForwardingProgrammer, public platform::TimeSourc
     bool data_delivered = false;
   };
 
-  Choice Begin(std::string_view operation);
-  void Fire(Fault fault, std::string_view operation);
+  Choice Begin(Op op);
+  void Fire(Fault fault, Op op);
   void Poll();
   void DeliverData();
 
@@ -106,7 +102,7 @@ class SeededFaults : public FaultyProgrammer {
       : FaultyProgrammer(next, time), random_(seed), rates_(rates) {}
 
  protected:
-  Choice Choose(std::string_view operation) override;
+  Choice Choose(Op op) override;
 
  private:
   std::uint32_t Random() { return static_cast<std::uint32_t>(random_()); }

@@ -13,6 +13,7 @@
 #include "families/hardware_tap.h"
 #include "families/software_tap.h"
 #include "platform/portable/portable_desktop.h"
+#include "record/calls.h"
 #include "simulator/tap.h"
 #include "usb/components/bits.h"
 #include "usb/components/funnel_programmer.h"
@@ -20,12 +21,11 @@
 namespace fliglaf {
 namespace {
 
-using record::Op;
 using simulator::TapState;
 using testing::ElementsAre;
 
 /// Writes down the calls as a record does; answers register reads.
-class CallList : public record::FunnelProgrammer {
+class CallList : public FunnelProgrammer {
  public:
   void usbcomwrite(std::span<const std::uint8_t>) override { calls.emplace_back("packet"); }
   void usbbulkread(std::span<std::uint8_t>, std::uint8_t&) override {}
@@ -36,8 +36,8 @@ class CallList : public record::FunnelProgrammer {
   std::vector<std::uint8_t> answers;
 
  protected:
-  std::int32_t Perform(Op op, const record::Arguments& arguments) override {
-    calls.push_back(record::Format({.operation = &record::Row(op), .arguments = arguments}));
+  std::int32_t Perform(Op op, const Arguments& arguments) override {
+    calls.push_back(record::Format({.operation = &Row(op), .arguments = arguments}));
     if (op == Op::kQueueRegisterWrite) {
       queued.emplace_back(static_cast<std::uint8_t>(arguments[1]),
                           static_cast<std::uint8_t>(arguments[0]));

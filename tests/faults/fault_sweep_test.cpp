@@ -68,22 +68,21 @@ struct Opportunities {
 
 class OneFault : public FaultyProgrammer {
  public:
-  OneFault(Programmer& next, platform::TimeSource& time, std::string_view judging)
+  OneFault(Programmer& next, platform::TimeSource& time, Op judging)
       : FaultyProgrammer(next, time), judging_(judging) {}
 
   Point point{};
   Opportunities seen;
 
  protected:
-  Choice Choose(std::string_view operation) override {
+  Choice Choose(Op op) override {
     ++seen.calls;
-    if (operation == "usbbulkread") ++seen.transfers;
-    if (operation == judging_) ++seen.bytes;
+    if (op == Op::kUsbBulkRead) ++seen.transfers;
+    if (op == judging_) ++seen.bytes;
     if (point.kind == Kind::kStop || seen.Of(point.kind) != point.nth) return {};
     if (point.kind == Kind::kFailedCall) return {Fault::kFailedCall};
-    if (point.kind == Kind::kWrongByte)
-      return {operation == judging_ ? Fault::kFlippedBit : Fault::kNone};
-    if (operation != "usbbulkread") return {};
+    if (point.kind == Kind::kWrongByte) return {op == judging_ ? Fault::kFlippedBit : Fault::kNone};
+    if (op != Op::kUsbBulkRead) return {};
     switch (point.kind) {
       case Kind::kFailedTransfer:
         return {Fault::kFailedTransfer};
@@ -95,7 +94,7 @@ class OneFault : public FaultyProgrammer {
   }
 
  private:
-  std::string_view judging_;
+  Op judging_;
 };
 
 struct Outcome {
@@ -121,7 +120,7 @@ class SweepBench {
   explicit SweepBench(const SmallDevice& small)
       : parallel_(small.parallel),
         host_(small.device),
-        faulty_(host_.tap, host_.bench, parallel_ ? "ReadRegister" : "BlockTransfer") {
+        faulty_(host_.tap, host_.bench, parallel_ ? Op::kReadRegister : Op::kBlockTransfer) {
     test::Prepare(host_, small);
     host_.bench.programmer().on_turn = [this] { desktop_.DoEvents(); };
     desktop_.on_turn = [this] {
@@ -168,7 +167,7 @@ class SweepBench {
   /// The operation at which the last request's fault fired; empty when none did.
   [[nodiscard]] std::string_view FiredAt() const {
     if (faulty_.fired().size() == faults_before_) return {};
-    return faulty_.fired().back().operation;
+    return Row(faulty_.fired().back().operation).name;
   }
   [[nodiscard]] std::string_view LastCall() const { return host_.tap.calls.back().operation; }
   [[nodiscard]] std::size_t Count(std::string_view operation) const {

@@ -30,8 +30,8 @@ class LateTransfer : public simulator::FaultyProgrammer {
   Place interrupted;
 
  protected:
-  Choice Choose(std::string_view operation) override {
-    if (operation != "usbbulkread" || ++reached.transfer != interrupted.transfer) return {};
+  Choice Choose(Op op) override {
+    if (op != Op::kUsbBulkRead || ++reached.transfer != interrupted.transfer) return {};
     // About the 5 s after which the watchdog fires, and later.
     const std::size_t ms = 4996 + interrupted.transfer * 37 % 500;
     return {simulator::Fault::kLateTransfer, static_cast<std::uint32_t>(ms)};

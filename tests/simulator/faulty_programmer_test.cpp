@@ -64,7 +64,7 @@ TEST(FaultyProgrammer, AFailedCallIsAnError) {
     EXPECT_EQ(outcome, fired ? 1 : 0) << "run " << run;
     if (!fired) continue;
     ++failed;
-    const std::string operation(faulty.faults.fired().back().operation);
+    const std::string operation(Row(faulty.faults.fired().back().operation).name);
     EXPECT_THAT(faulty.host.log(), HasSubstr("IoHelper." + operation + " failed: 0x80004005\n"));
   }
   EXPECT_GT(failed, 0);
@@ -113,7 +113,7 @@ TEST(FaultyProgrammer, AFlippedBitIsFoundByAVerifyAndNotByARead) {
     const int outcome = verified.Run(kVerify);
     const auto fired = std::span(verified.faults.fired()).subspan(before);
     const bool judged = std::ranges::any_of(
-        fired, [](const auto& fault) { return fault.operation != "ReadRegister"; });
+        fired, [](const auto& fault) { return fault.operation != Op::kReadRegister; });
     EXPECT_EQ(outcome, judged ? 1 : 0) << verified.host.log();
     found += outcome;
   }

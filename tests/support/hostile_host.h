@@ -44,8 +44,8 @@ class CallLimit : public ForwardingProgrammer {
   [[nodiscard]] std::uint64_t calls() const { return calls_; }
 
  protected:
-  bool OnCall(std::string_view operation) override {
-    if (++calls_ <= kMost || operation == "EndRun") return true;
+  bool OnCall(Op op, const Arguments&) override {
+    if (++calls_ <= kMost || op == Op::kEndRun) return true;
     throw ComponentError("CallLimit", 0x80004005);
   }
 

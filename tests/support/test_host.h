@@ -2,10 +2,12 @@
 // chip in the socket, one of family 1 unless told otherwise.
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <initializer_list>
 #include <memory>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -33,45 +35,21 @@ class Tap : public ForwardingProgrammer {
 
   struct Call {
     std::string_view operation;
-    std::int32_t value = 0;
-    std::int32_t target = 0;  ///< register, latch, state; 0 where there is none
+    std::int32_t value = 0;   ///< the first argument; of a transfer, its bytes
+    std::int32_t target = 0;  ///< the second: register, latch, state; 0 where there is none
   };
   std::function<bool(const Call&)> before;
   std::vector<Call> calls;
 
   [[nodiscard]] std::size_t Count(std::string_view operation) const {
-    std::size_t count = 0;
-    for (const Call& call : calls) count += call.operation == operation ? 1 : 0;
-    return count;
-  }
-
-  std::int32_t WriteRegister(std::int32_t value, std::uint8_t number) override {
-    return Pass({"WriteRegister", value, number}) ? next().WriteRegister(value, number) : 0;
-  }
-  std::int32_t WriteLatch(std::int32_t value, std::uint8_t latch) override {
-    return Pass({"WriteLatch", value, latch}) ? next().WriteLatch(value, latch) : 0;
-  }
-  std::int32_t QueueRegisterWrite(std::int32_t value, std::uint8_t number) override {
-    return Pass({"QueueRegisterWrite", value, number}) ? next().QueueRegisterWrite(value, number)
-                                                       : 0;
-  }
-  std::int32_t ShortDelay(std::int32_t microseconds) override {
-    return Pass({"ShortDelay", microseconds, 0}) ? next().ShortDelay(microseconds) : 0;
-  }
-  std::int32_t QueueDelay(std::int32_t microseconds) override {
-    return Pass({"QueueDelay", microseconds, 0}) ? next().QueueDelay(microseconds) : 0;
-  }
-  std::int32_t DelayMs(std::int32_t milliseconds) override {
-    return Pass({"DelayMs", milliseconds, 0}) ? next().DelayMs(milliseconds) : 0;
+    if (FindOperation(operation) == nullptr) throw std::invalid_argument("no such operation");
+    return static_cast<std::size_t>(std::ranges::count(calls, operation, &Call::operation));
   }
 
  protected:
-  bool OnCall(std::string_view operation) override { return Pass({operation, 0, 0}); }
-
- private:
-  bool Pass(const Call& call) {
-    calls.push_back(call);
-    return !before || before(call);
+  bool OnCall(Op op, const Arguments& arguments) override {
+    calls.push_back({Row(op).name, arguments[0], arguments[1]});
+    return !before || before(calls.back());
   }
 };
 

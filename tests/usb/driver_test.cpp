@@ -18,11 +18,12 @@ using testing::StartsWith;
 constexpr int kNoFamily = 99;
 
 TEST(Driver, EveryComponentFailureEndsTheRunWithItsLine) {
-  for (const char* const operation :
-       {"OpenProgrammer", "SetFigMode", "SetVcc", "WriteLatch", "usbcomwrite", "FlushQueue",
-        "BlockTransfer", "ReadRegister", "SignalPass", "EndRun"}) {
+  for (const Op op :
+       {Op::kOpenProgrammer, Op::kSetFigMode, Op::kSetVcc, Op::kWriteLatch, Op::kUsbComWrite,
+        Op::kFlushQueue, Op::kBlockTransfer, Op::kReadRegister, Op::kSignalPass, Op::kEndRun}) {
+    const std::string operation(Row(op).name);
     TestHost host;
-    FailingCall failing(host.tap, operation, 1);
+    FailingCall failing(host.tap, op, 1);
     Library library(failing, host.desktop);
     clsMPU object(library);
     std::int16_t instance = 7;
@@ -31,8 +32,7 @@ TEST(Driver, EveryComponentFailureEndsTheRunWithItsLine) {
     host.vars.quorinprgresult[1] = 4;
     object.runMpu4Prg(usb);
     EXPECT_EQ(host.vars.quorinprgresult[0], 1) << operation;
-    EXPECT_THAT(host.log(),
-                EndsWith(">>IoHelper." + std::string(operation) + " failed: 0x80004005\n"));
+    EXPECT_THAT(host.log(), EndsWith(">>IoHelper." + operation + " failed: 0x80004005\n"));
     EXPECT_EQ(host.tap.calls.back().operation, "EndRun") << operation;
     EXPECT_EQ(host.tap.Count("SignalFail"), 0U) << operation;
     EXPECT_EQ(host.Run(4), 0) << "the next request works after " << operation;

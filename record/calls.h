@@ -1,8 +1,6 @@
-// The calls that a run record can hold, and their text. What an operation is called, which
-// arguments it takes and how they are written stands in one table for reader, player and recorder.
+// The calls that a run record can hold, their answers, and the text of both.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -11,71 +9,23 @@
 #include <vector>
 
 #include "shared/shared_variables.h"
-#include "usb/components/programmer.h"
+#include "usb/components/operations.h"
 
 namespace fliglaf::record {
 
-/// The operations of the programmer, in the order in which its components declare them, and the
-/// message box.
-enum class Op : std::uint8_t {
-  kEndRun,
-  kSetVcc,
-  kSetVpp,
-  kSetGndPin,
-  kSetVccPin,
-  kSetVppPin,
-  kSetOutputs,
-  kSignalPass,
-  kSignalFail,
-  kOpenProgrammer,
-  kWriteRegister,
-  kReadRegister,
-  kWriteLatch,
-  kDelayMs,
-  kShortDelay,
-  kQueueRegisterWrite,
-  kFlushQueue,
-  kQueueDelay,
-  kReportStartupFailure,
-  kSetFigMode,
-  kEndProgramming,
-  kBlockTransfer,
-  kResetInterface,
-  kUsbComWrite,
-  kUsbBulkRead,
-  kMsgBox,
-};
-
-/// Arguments of an operation that takes numbers only; what it does not take is 0.
-using Arguments = std::array<std::int32_t, 4>;
-
-enum class Argument : std::uint8_t { kNone, kLong, kByte, kLongHex, kByteHex };
-
-/// How an operation's arguments are written.
+/// How the arguments of a call are written.
 enum class Form : std::uint8_t {
-  kNumbers,   ///< by `arguments`
+  kNumbers,   ///< as the row of the operation says
   kPacket,    ///< bytes
   kBulkRead,  ///< target and count; the answer is what the transfer did
   kBox,       ///< style, title and prompt; the answer is the button
 };
 
-enum class Result : std::uint8_t { kNone, kDecimal, kHex };
-
-struct Operation {
-  Op op;
-  std::string_view name;
-  Form form;
-  std::array<Argument, 4> arguments;
-  Result result;
-  /// Makes the call; null for other forms than numbers.
-  std::int32_t (*perform)(Programmer&, const Arguments&);
-
-  [[nodiscard]] int argument_count() const;
-};
-
-[[nodiscard]] const Operation& Row(Op op);
-/// Null when there is none.
-[[nodiscard]] const Operation* FindOperation(std::string_view name);
+[[nodiscard]] Form FormOf(const Operation& operation);
+/// How many numbers an operation of Form::kNumbers takes.
+[[nodiscard]] int ArgumentCount(const Operation& operation);
+/// The row of an operation or of the message box; null when there is none.
+[[nodiscard]] const Operation* FindCall(std::string_view name);
 
 /// What was called.
 struct Call {
