@@ -2,7 +2,7 @@
 
 namespace fliglaf {
 
-void Tap::SendModePacket() { run_.SendPacket({0x30, 0x01}, kLongPacket); }
+void Tap::SendModePacket() { run_.SelectLineMode(1); }
 
 void Tap::OpenInput() {
   io_.WriteLatch(lines_.tdoMask, static_cast<std::uint8_t>(lines_.lineRegister + 1));

@@ -223,7 +223,7 @@ class TwoWire12 : public TwoWire {
   TwoWire12(Run& request, WindowLines& lines) : TwoWire(request, lines, 12) {}
 
   void Enter() override {
-    run.SendPacket({0x30, 0x01}, kLongPacket);
+    run.SelectLineMode(1);
     if (const TwoWireAssignment* found = Assignment()) {
       SwitchPins(*found);
       Load(*found);

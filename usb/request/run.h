@@ -10,6 +10,10 @@
 
 namespace fliglaf {
 
+/// Lengths of USB packets.
+inline constexpr std::int32_t kLongPacket = 15;
+inline constexpr std::int32_t kShortPacket = 8;
+
 class Run : public EngineRun {
  public:
   Run(SharedVariables& variables, Programmer& programmer, platform::Desktop& the_desktop,
@@ -30,13 +34,13 @@ class Run : public EngineRun {
   /// Puts `head` into the first bytes of the command buffer and sends `length` bytes of it.
   void SendPacket(std::initializer_list<std::uint8_t> head, std::int32_t length);
 
+  /// Tells the programmer which mode its lines work in; the packet carries what the command buffer
+  /// holds behind it.
+  void SelectLineMode(std::uint8_t mode) { SendPacket({0x30, mode}, kLongPacket); }
+
   /// Puts the first `length` bytes of `config` into the command buffer, where every long packet
   /// carries them along.
   void ConfigureShifter(const ShifterConfig& config, ShifterLength length);
 };
-
-/// Lengths of USB packets.
-inline constexpr std::int32_t kLongPacket = 15;
-inline constexpr std::int32_t kShortPacket = 8;
 
 }  // namespace fliglaf
