@@ -261,7 +261,8 @@ TEST_F(ChipCommand, RefusesWhatHasNoPort) {
   const std::string taken = std::to_string(port_);
   const pid_t first = std::exchange(chip_, 0);
   EXPECT_EQ(Run("chip jtag-byte-16k --remote-bitbang " + taken), 2);
-  EXPECT_THAT(err_, HasSubstr("port " + taken + " is not available: Address already in use; 0 takes"));
+  EXPECT_THAT(err_,
+              HasSubstr("port " + taken + " is not available: Address already in use; 0 takes"));
   kill(first, SIGTERM);
   EXPECT_EQ(Wait(first), 130);
 }
