@@ -52,7 +52,7 @@ class AvrJtag : public Family {
 
   void Enter() override {
     lines_ = kJtagPort0;
-    tap_.SendModePacket();
+    run.SelectLineMode(1);
     tap_.OpenInput();
     io.WriteLatch(lines_.fixed(), lines_.lineRegister);
     io.DelayMs(100);
@@ -74,8 +74,8 @@ class AvrJtag : public Family {
   }
 
  protected:
-  /// Refuses an EEPROM that one block cannot bring back, and a flash that the data buffer cannot
-  /// hold.
+  /// Throws std::length_error for an EEPROM that one block cannot bring back, RangeError for a flash
+  /// larger than the data buffer and than any device.
   void RequireImage() const {
     RequireOneBlock(image_.data_bytes);
     RequireData(run, 0, image_.main_bytes - 1);
@@ -387,7 +387,7 @@ class AvrJtagB final : public AvrJtag {
     jtagBReadPass(CheckMode::kBlankCheck);
   }
 
-  /// The first byte that comes out means nothing.
+  /// The first byte that comes out is a filler.
   [[nodiscard]] bool jtagBReadFlash(CheckMode mode) {
     return ReadFlash(mode, [this] {
       tap_.pulseTckN(8);

@@ -51,9 +51,8 @@ bool Family::FetchOrCountAsLost(std::int32_t count, std::int32_t wait_ms) {
 }
 
 bool Family::HandOver(const Block& block, CheckMode mode) {
-  const auto bytes = static_cast<std::int32_t>(block.bytes);
   const auto image = static_cast<std::int32_t>(block.image);
-  for (std::int32_t i = 0; i < bytes; ++i) {
+  for (std::int32_t i = 0; i < block.bytes; ++i) {
     const std::int32_t captured = vars.quorinibuf2[i];
     const std::int32_t byte =
         block.order == BitOrder::kLowFirst ? reverseBits(captured, 8) : captured;

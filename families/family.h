@@ -1,19 +1,18 @@
-// What a family of devices is to the USB engine, and the steps that its passes share.
+// The base of the device families, and the steps that their passes share.
 #pragma once
 
 #include <cstdint>
 
 #include "families/lines.h"
 #include "image_layout/image_layout.h"
+#include "shared/signature.h"
 #include "usb/components/programmer.h"
 #include "usb/request/run.h"
-#include "usb/request/signature_check.h"
 
 namespace fliglaf {
 
 /// A family of devices, made for the power-up, for the signature check and for each operation, on
-/// the lines that it drives. Its class stands in a file of its own; the family table makes it by
-/// its code.
+/// the lines that it drives. The family table makes it by its code.
 class Family {
  public:
   virtual ~Family() = default;
@@ -27,8 +26,8 @@ class Family {
   /// Writes and verifies: code 6.
   virtual void Program() = 0;
 
-  // Erase, lock and configuration. Which code does which differs from family to family; one that a
-  // family does not say does nothing.
+  // Erase, lock and configuration. Which code does which differs from family to family; a code that
+  // a family does not override does nothing.
   virtual void Code8() {}
   virtual void Code9() {}
   virtual void Code10() {}
@@ -36,13 +35,13 @@ class Family {
 
   /// False where parts in programming mode have no signature: no check is made then.
   [[nodiscard]] virtual bool HasSignature() const { return true; }
-  /// Zeros where the family does not say how it is read, so that the user is asked.
+  /// Zeros unless overridden, so that the user is asked.
   [[nodiscard]] virtual Signature ReadSignature() { return {}; }
 
  protected:
   explicit Family(Run& request) : run(request), vars(request.vars), io(request.io) {}
 
-  /// The second byte of the packet that opens a pass.
+  /// The second byte of the packet that opens a pass. How the programmer uses it is not known.
   enum class PassKind : std::uint8_t { kBlocks = 0x0A, kBytes = 0x10 };
 
   /// How captured bytes come: the programmer takes the first bit for bit 7.

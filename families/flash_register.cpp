@@ -62,7 +62,7 @@ class FlashRegister : public Family {
     flash_.FlushAndWait();
   }
 
-  /// Refuses an image that the data buffer cannot hold.
+  /// Throws RangeError for an image larger than the data buffer and than any device.
   void RequireImage() const { RequireData(run, 0, std::max(sizes_.size, image_.main_bytes) - 1); }
 
   void StartAccess() {
@@ -99,13 +99,13 @@ class FlashRegister : public Family {
     return true;
   }
 
-  /// What makes no whole block. An empty rest is captured and fetched all the same.
+  /// The last, partial block. An empty one is captured and fetched regardless.
   [[nodiscard]] bool ReadRest(CheckMode mode) {
     return ReadBlock(rest_start(), image_.main_bytes - rest_start(), mode);
   }
 
   /// The second area, from `address` of the device on, with a command for each byte. It comes last
-  /// in a pass, so nobody asks how it ended.
+  /// in a pass, so its result is not needed.
   void ReadSecond(Area area, std::int64_t address, CheckMode mode) {
     ArmCapture();
     flash_.enterFlashAccess();

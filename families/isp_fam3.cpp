@@ -26,7 +26,7 @@ constexpr std::int32_t kErase = 10;
 constexpr std::int32_t kResetPulse = 2;
 
 /// Where programming takes the EEPROM from: behind the largest program memory. A read puts it
-/// behind the program memory that there is, which is the same place for 512 words.
+/// right behind the program memory, which is the same place for 512 words.
 constexpr std::int64_t kEepromImage = 0x400;
 
 class IspFam3 : public Family {
@@ -36,7 +36,7 @@ class IspFam3 : public Family {
 
   /// Reset stays low; nothing answers the programming enable.
   void Enter() override {
-    lines_.SelectMode(1);
+    run.SelectLineMode(1);
     lines_.SetUp(ResetLevel::kHigh);
     io.DelayMs(100);
     lines_.SetReset(ResetLevel::kLow);
@@ -60,8 +60,8 @@ class IspFam3 : public Family {
     ClosePass();
   }
 
-  /// All words, and the EEPROM from RangeStart on. The device is erased: bytes of 0xFF are left
-  /// out.
+  /// All words, and the EEPROM from RangeStart on. An erased device already holds 0xFF, so those
+  /// bytes are not sent.
   void ispFam3Program() {
     RequireOneBlock(image_.main_bytes);
     OpenPass(PassKind::kBytes);

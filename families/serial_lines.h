@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <initializer_list>
 
+#include "shared/signature.h"
 #include "usb/request/run.h"
-#include "usb/request/signature_check.h"
 
 namespace fliglaf {
 
@@ -34,7 +34,6 @@ class SerialLines {
   static constexpr std::uint8_t kEnable = 0x53;
 
   /// Sends the mode packet, which comes before the lines are set up.
-  void SelectMode(std::uint8_t mode) { run_.SelectLineMode(mode); }
   /// Writes the four latches of the lines: the reset line at `level`, the other outputs idle.
   void SetUp(ResetLevel level);
   /// Makes the reset line an output at `level`.

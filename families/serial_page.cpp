@@ -47,9 +47,9 @@ void SerialPage::Enter() {
 void SerialPage::SelectMode() {
   switch (vars.quorinwoption[0]) {
     case 14:
-      return lines_.SelectMode(3);
+      return run.SelectLineMode(3);
     case 15:
-      return lines_.SelectMode(1);
+      return run.SelectLineMode(1);
     default:
       return run.SendPacket({}, kLongPacket);
   }

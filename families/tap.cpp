@@ -2,8 +2,6 @@
 
 namespace fliglaf {
 
-void Tap::SendModePacket() { run_.SelectLineMode(1); }
-
 void Tap::OpenInput() {
   io_.WriteLatch(lines_.tdoMask, static_cast<std::uint8_t>(lines_.lineRegister + 1));
 }

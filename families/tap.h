@@ -30,7 +30,6 @@ class Tap {
   Tap& operator=(const Tap&) = delete;
 
   /// Makes the programmer drive lines, ahead of their set-up.
-  void SendModePacket();
   /// Lets TDO through the input mask of the port.
   void OpenInput();
   /// Tells the programmer's shifter which lines are which.

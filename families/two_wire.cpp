@@ -32,7 +32,7 @@ class TwoWire : public Family {
         lines_(lines.two_wire),
         interface_(request, [this] { resetTarget(); }),
         page_(vars.quorinpagelength[0]),
-        main_bytes_(LayoutOf(code, SizesOf(vars)).config_start + 1) {}
+        array_bytes_(LayoutOf(code, SizesOf(vars)).config_start + 1) {}
 
   void ReadPass(CheckMode mode) override { dataOp12(mode); }
   void Program() override { program12(); }
@@ -110,11 +110,11 @@ class TwoWire : public Family {
     interface_.writeFlashBlock(lock(), 1, FrameMode::kCom);
   }
 
-  /// Throws RangeError when the sizes of the host leave no main array, or one that no data buffer
-  /// holds.
+  /// Throws RangeError for a negative size, and for an array larger than the data buffer and than
+  /// any device.
   void RequireArray() const {
-    if (main_bytes_ < 0) throw RangeError();
-    RequireData(run, 0, main_bytes_ - 1);
+    if (array_bytes_ < 0) throw RangeError();
+    RequireData(run, 0, array_bytes_ - 1);
   }
 
   /// Every operation on the main array ends in a pass over it, and does not begin where that pass
@@ -130,7 +130,7 @@ class TwoWire : public Family {
     }
   }
 
-  [[nodiscard]] std::int32_t lock() const { return static_cast<std::int32_t>(main_bytes_ - 1); }
+  [[nodiscard]] std::int32_t lock() const { return static_cast<std::int32_t>(array_bytes_ - 1); }
 
   /// Half a page; in passes that read, halves round to even.
   [[nodiscard]] std::int32_t chunk_to_read() const {
@@ -141,7 +141,7 @@ class TwoWire : public Family {
 
   /// Writes the progress; false after a stop.
   [[nodiscard]] bool GoesOnInArray(std::int32_t address) {
-    run.Progress(address, main_bytes_);
+    run.Progress(address, array_bytes_);
     return !run.stopped();
   }
 
@@ -214,8 +214,8 @@ class TwoWire : public Family {
     }
   }
 
-  std::int32_t page_;        ///< bytes
-  std::int64_t main_bytes_;  ///< with the lock byte
+  std::int32_t page_;         ///< bytes
+  std::int64_t array_bytes_;  ///< with the lock byte
 };
 
 class TwoWire12 : public TwoWire {

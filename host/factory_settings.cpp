@@ -70,7 +70,7 @@ void PresetConfiguration(SharedVariables& vars) {
     case ConfigArea::kFuses:
       return PresetFuses(vars);
     case ConfigArea::kBlockLocks:
-    case ConfigArea::kLockByte:  // two bytes below its lock byte, as if it had block locks
+    case ConfigArea::kLockByte:  // presets where block locks would be, not the lock byte
       return PresetBlockLocks(vars);
     case ConfigArea::kFuseAndLock:
       return PresetFuseAndLock(vars);

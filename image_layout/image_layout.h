@@ -7,7 +7,7 @@
 
 namespace fliglaf {
 
-/// What the host says of a device's memories, in the unit in which its family counts: words of two
+/// The sizes that the host gives for a device's memories, in the unit in which its family counts: words of two
 /// bytes in families 3 to 7, 13 and 14, bytes in the others.
 struct ImageSizes {
   std::int64_t size = 0;       ///< of all that the image has: quorintlength(0)
@@ -26,8 +26,8 @@ enum class ConfigArea : std::uint8_t {
   kFuseAndLock,  ///< fuse bits, lock bits
 };
 
-/// Indexes and lengths in bytes of the image. The main memory begins at 0; sizes that the host got
-/// wrong give lengths below 0.
+/// Indexes and lengths in bytes of the image. The main memory begins at 0. Wrong sizes from the
+/// host give negative lengths.
 struct ImageLayout {
   std::int64_t main_bytes = 0;
   std::int64_t data_start = 0;

@@ -26,7 +26,7 @@ class mpu4prg {
   /// Judges a byte read from the device: see parallel/page_operations.h.
   [[nodiscard]] std::int32_t dataout(std::int16_t data, std::int32_t address, std::int16_t mode);
 
-  /// Announces a verify pass: see prgnote1 in usb/notes.h.
+  /// Announces a verify pass: see prgnote1 in usb/request/notes.h.
   void prgnote1(std::uint8_t pass);
 
   void Form_Load();

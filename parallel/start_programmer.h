@@ -20,8 +20,8 @@ void SendInstruction(EngineRun& run, std::initializer_list<std::int32_t> bytes);
 /// Clocks a byte in.
 [[nodiscard]] std::uint8_t TakeByte(EngineRun& run);
 
-/// Opens the programmer, powers the socket and has the device enable its programming. A supply that
-/// answers as a missing adapter does has been switched on, too.
+/// Opens the programmer, powers the socket and has the device enable its programming. When SetVcc
+/// returns 2 the result is kAborted, though the supply has been switched on.
 [[nodiscard]] StartResult StartProgrammer(EngineRun& run);
 
 }  // namespace fliglaf::parallel

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <utility>
 
 #include "shared/text.h"
 #include "simulator/judge.h"
@@ -24,6 +25,13 @@ constexpr std::uint32_t kInvalidArgument = 0x80070057;
 /// answer takes a second frame.
 constexpr std::int64_t kCommand = usb::kFrame;
 constexpr std::int64_t kQuestion = 2 * usb::kFrame;
+
+/// A number beyond the modes is one without a name, in which every byte is accepted.
+CheckMode ModeOf(std::int32_t number) {
+  constexpr std::int16_t kNoName = -1;
+  return CheckMode{std::in_range<std::int16_t>(number) ? static_cast<std::int16_t>(number)
+                                                       : kNoName};
+}
 
 }  // namespace
 
@@ -263,7 +271,7 @@ std::int32_t SimulatedProgrammer::BlockTransfer(std::int32_t data, std::int32_t 
   try {
     return ComponentJudge(vars_, on_turn)
         .Judge({.data = static_cast<std::uint8_t>(data), .address = address, .index = address},
-               CheckMode{static_cast<std::int16_t>(check_mode)});
+               ModeOf(check_mode));
   } catch (const RangeError&) {
     throw ComponentError("BlockTransfer", kInvalidArgument);
   }

@@ -24,7 +24,7 @@ class usbmpu4prg {
   /// leaves, and on every way out but a failed start the run has been ended with EndRun.
   void wmpu0();
 
-  /// Announces a verify pass: see prgnote1 in usb/notes.h.
+  /// Announces a verify pass: see prgnote1 in usb/request/notes.h.
   void prgnote1(std::uint8_t pass);
 
   void Form_Load();

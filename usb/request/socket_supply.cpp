@@ -12,7 +12,8 @@ constexpr std::uint8_t kOn = 1;
 
 /// Halves go to the even neighbour.
 std::int32_t MarginSupply(const EngineRun& run, int sign) {
-  const double margin = sign * run.vars.quorinwlverifyvcc[0] * kMarginStep;
+  const double steps = run.vars.quorinwlverifyvcc[0];
+  const double margin = sign * steps * kMarginStep;
   const double supply = std::nearbyint(run.vars.quorinbvcc[0] * (1 + margin));
   // Clamped so that Millivolts() still fits 32 bits.
   constexpr std::int32_t kLargest = std::numeric_limits<std::int32_t>::max() / 10;

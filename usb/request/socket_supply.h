@@ -7,11 +7,11 @@
 
 namespace fliglaf {
 
-/// How the start of a run ended. Values without a name, which the component that was asked last may
-/// return, are those of a programmer that is ready.
+/// How the start of a run ended: what the last start-up call returned. Values without a name mean
+/// that the programmer is ready.
 enum class StartResult : std::int32_t {
   kReady = 0,
-  kNotFound = 1,  ///< or, on the parallel port, no supply
+  kNotFound = 1,  ///< on the parallel port also: no supply
   kAborted = 2    ///< the adapter is missing
 };
 
@@ -20,7 +20,7 @@ enum class StartResult : std::int32_t {
   return tens_of_millivolts * 10;
 }
 
-/// Connects the ground pins, waits until the supply stands, releases the outputs and connects the
+/// Connects the ground pins, waits until the supply has settled, releases the outputs and connects the
 /// supply pins: one or two of each.
 void SwitchSupplyPins(EngineRun& run);
 
