@@ -16,8 +16,8 @@ void Attempt(std::vector<std::string>& problems, const Write& write) {
     write();
   } catch (const ImageError& error) {
     problems.emplace_back(error.what());
-  } catch (const platform::Stopped& stopped) {
-    problems.emplace_back(stopped.what());
+  } catch (const platform::Stopped&) {
+    problems.emplace_back("stopped while a file waited for its reader; it is not written");
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <exception>
 #include <iostream>
 #include <span>
 #include <string>
@@ -136,7 +137,8 @@ ExitStatus InImage(const Options& options, const DeviceProfile& device) {
   page.Confirm();
   Report report;
   const std::string files = output.Write(session.image(), report);
-  if (!files.empty()) report.message = fmt::format("{}: {} written", device.name, files);
+  if (files.empty()) throw ImageError(report.unwritten.front());  // no device was touched
+  report.message = fmt::format("{}: {} written", device.name, files);
   return PrintReport(options, report);
 }
 
@@ -164,7 +166,13 @@ class InDevice {
         run.Keep(report);
         return PrintUnwritten(report);
       }
-      report = Changed(page);
+      try {
+        report = Changed(page);
+      } catch (const std::exception&) {  // refused, or stopped, after the device has been read
+        run.Keep(report);
+        PrintUnwritten(report);
+        throw;
+      }
     }
     run.Keep(report);
     return PrintReport(options_, report);

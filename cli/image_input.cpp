@@ -27,9 +27,13 @@ ImageInput::ImageInput(const Options& options, const DeviceProfile& device)
     throw UsageError(
         fmt::format("{}: name the file with the device's contents", options.command_name));
   }
-  for (const auto& memory : {Within(0, main_bytes), Within(data_start, data_start + data_bytes)}) {
+  const auto main = Within(0, main_bytes);
+  const auto data = Within(data_start, data_start + data_bytes);
+  for (const auto& memory : {main, data}) {
     for (const auto& [first, end] : memory) bytes_ += static_cast<std::size_t>(end - first);
   }
+  has_main_ = !main.empty();
+  has_data_ = !data.empty();
 }
 
 /// Takes a file whose addresses count from `start` of the image; `what` and `device` name the

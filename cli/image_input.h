@@ -27,6 +27,9 @@ class ImageInput {
 
   /// Bytes that the files give of the memories that program, verify and compare work on.
   [[nodiscard]] std::size_t bytes() const { return bytes_; }
+  /// Whether some of them are of the main memory, and of the data memory.
+  [[nodiscard]] bool has_main() const { return has_main_; }
+  [[nodiscard]] bool has_data() const { return has_data_; }
   /// True when the files give every byte of these memories.
   [[nodiscard]] bool is_whole() const;
   /// Where the files give something else, such as the configuration bytes of an image: "0x3FE0 to
@@ -47,6 +50,8 @@ class ImageInput {
   std::int64_t image_bytes_;
   std::vector<Segment> segments_;  ///< by image address
   std::size_t bytes_ = 0;
+  bool has_main_ = false;
+  bool has_data_ = false;
 };
 
 }  // namespace fliglaf::cli

@@ -53,11 +53,12 @@ std::string ImageOutput::Write(std::span<const std::uint8_t> image, Report& repo
   return names;
 }
 
-bool ImageOutput::IsUniform(std::span<const std::uint8_t> image) const {
+std::optional<std::uint8_t> ImageOutput::OneValue(std::span<const std::uint8_t> image) const {
   const std::uint8_t first = Part(files_.front(), image).front();
-  return std::ranges::all_of(files_, [&](const File& file) {
+  const bool all = std::ranges::all_of(files_, [&](const File& file) {
     return std::ranges::all_of(Part(file, image), [first](std::uint8_t b) { return b == first; });
   });
+  return all ? std::optional(first) : std::nullopt;
 }
 
 }  // namespace fliglaf::cli

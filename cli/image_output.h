@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -24,8 +25,8 @@ class ImageOutput {
   /// Writes each file whole or not at all. The report gets the number of bytes written and what
   /// could not be written; returns the names of the files that were.
   std::string Write(std::span<const std::uint8_t> image, Report& report) const;
-  /// The bytes of `image` that go into files are all the same.
-  [[nodiscard]] bool IsUniform(std::span<const std::uint8_t> image) const;
+  /// The value of all bytes of `image` that go into files, when they are all the same.
+  [[nodiscard]] std::optional<std::uint8_t> OneValue(std::span<const std::uint8_t> image) const;
 
  private:
   struct File {

@@ -27,7 +27,7 @@ std::vector<NamedFile> NamedFiles(const Options& options) {
   add("FILE", options.memory_file);
   add("--eeprom", options.eeprom_file);
   add("--image", options.image_file);
-  add("--output", options.output);
+  add("-o", options.output);
   add("--chip", options.chip_file);
   add("--record", options.record_file);
   add("--vcd", options.waveform_file);
@@ -43,7 +43,7 @@ std::vector<NamedFile> NamedFiles(const Options& options) {
 /// The one name of what a write to `path` reaches, whether it exists or not.
 fs::path EndOf(const fs::path& path) {
   std::error_code error;
-  return fs::weakly_canonical(EndOfLinks(path), error);
+  return fs::weakly_canonical(fs::absolute(EndOfLinks(path)), error);
 }
 
 bool AreSame(const fs::path& one, const fs::path& other) {

@@ -13,6 +13,7 @@
 #include "cli/operation_run.h"
 #include "cli/report.h"
 #include "cli/usage_error.h"
+#include "devices/memory_layout.h"
 #include "usb/request/operation.h"
 
 namespace fliglaf::cli {
@@ -76,13 +77,18 @@ bool TakesImage(Command command) {
 }
 
 /// An erase clears all memories, and a program pass writes the erased value where no file says
-/// otherwise.
-void CheckLosesNothing(const Options& options) {
-  if (options.command != Command::kProgram || options.erase_all) return;
-  if (options.eeprom_file.empty() || !options.memory_file.empty()) return;
+/// otherwise. Throws UsageError when the main memory would be lost so, or nothing is to be done.
+void CheckInput(const Options& options, const ImageInput& input) {
+  if (input.bytes() == 0) {
+    throw UsageError(
+        fmt::format("{}: the file gives nothing of the device's memories{}", options.command_name,
+                    input.others().empty() ? "" : "; \"fliglaf config\" writes configuration"));
+  }
+  if (options.command != Command::kProgram || options.erase_all || input.has_main()) return;
   throw UsageError(
-      "program: with --eeprom alone the main memory would be cleared; name its FILE as well, or "
-      "add --erase-all");
+      "program: no file gives anything of the main memory, which would be cleared; name its FILE "
+      "as "
+      "well, or add --erase-all");
 }
 
 /// What the files give and the operation does not work on, as the end of a sentence.
@@ -94,10 +100,11 @@ std::string LeftOut(const ImageInput& input, std::string_view done) {
 }
 
 /// What a read of nothing but one value may mean.
-std::string UniformNote(std::uint8_t value, const DeviceProfile& device) {
-  return value == device.erased
-             ? fmt::format(" Every byte is {:02X}: the device is blank, or locked.", value)
-             : fmt::format(" Every byte is {:02X}: is the device locked?", value);
+std::string UniformNote(std::optional<std::uint8_t> value, const DeviceProfile& device) {
+  if (!value) return {};
+  return fmt::format(" Every byte is {:02X}: {}", *value,
+                     *value == device.erased ? "blank, or the device is locked."
+                                             : "is the device locked, or the socket empty?");
 }
 
 /// A command on one device from its checks to its report.
@@ -105,8 +112,10 @@ class OperationCommand {
  public:
   OperationCommand(const Options& options, const DeviceProfile& device)
       : options_(options), device_(device), codes_(Codes(options, device)) {
-    CheckLosesNothing(options);
-    if (TakesImage(options.command)) input_.emplace(options, device);
+    if (TakesImage(options.command)) {
+      input_.emplace(options, device);
+      CheckInput(options, *input_);
+    }
     if (options.command == Command::kRead) output_.emplace(options, device);
     run_.emplace(options, device);
   }
@@ -146,7 +155,8 @@ class OperationCommand {
   std::string Success(Report& report) {
     switch (options_.command) {
       case Command::kProgram:
-        return fmt::format("programmed with {} bytes and verified{}", report.bytes,
+        return fmt::format("programmed with {} bytes and verified{}{}", report.bytes,
+                           ClearsData() ? "; the data memory is cleared" : "",
                            LeftOut(*input_, "written"));
       case Command::kRead:
         return ReadInto(report);
@@ -166,11 +176,16 @@ class OperationCommand {
     }
   }
 
+  [[nodiscard]] bool ClearsData() const {
+    return LayoutOf(device_).data_bytes > 0 && !input_->has_data();
+  }
+
   std::string ReadInto(Report& report) {
     const std::span<const std::uint8_t> image = run_->session().image();
     const std::string files = output_->Write(image, report);
-    return fmt::format("{} bytes read{}.{}", report.bytes, files.empty() ? "" : " into " + files,
-                       output_->IsUniform(image) ? UniformNote(image.front(), device_) : "");
+    if (files.empty()) return "read, but no file was written.";
+    return fmt::format("{} bytes read into {}.{}", report.bytes, files,
+                       UniformNote(output_->OneValue(image), device_));
   }
 
   const Options& options_;

@@ -294,7 +294,7 @@ class Parser {
                     "Bits to change: the name as the table has it, or the bit (low.5);\n"
                     "the value in digits or what it means")
         ->type_name("NAME=VALUE");
-    AddImage(sub)->excludes("--chip");
+    AddImage(sub)->excludes("--chip")->excludes("--record")->excludes("--vcd");
     AddYes(sub);
   }
 

@@ -62,7 +62,7 @@ std::int32_t Components::Call(const char* name,
   if (!helper_) {
     std::array<VARIANT, sizeof...(values)> arguments{};
     std::size_t place = arguments.size();
-    (PointAt(values, arguments[--place]), ...);
+    (platform::PointAt(values, arguments[--place]), ...);
     status = CallByName(name, arguments, result);
   } else if constexpr (sizeof...(Parameters) > sizeof...(Values)) {
     status = (helper_.Get()->*method)(&values..., &result);

@@ -154,7 +154,7 @@ TEST_F(NamedFiles, AStopEndsEveryWait) {
     Sleep(200);
     kill(run, SIGINT);
     EXPECT_EQ(Wait(run), 130) << arguments << err_;
-    EXPECT_THAT(err_, HasSubstr("stopped\n"));
+    EXPECT_THAT(err_, HasSubstr("stopped"));
   }
   EXPECT_EQ(Run("verify isp51-8k random.bin --chip c"), 0) << "done before the wait";
 }
