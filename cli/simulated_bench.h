@@ -36,7 +36,7 @@ class SimulatedBench {
   /// it while this lives. Without a file the chip is new. Throws UsageError for one that is
   /// damaged, in use or holds another device, ImageError for one that could not be written later.
   void UseChipFile(const std::filesystem::path& file);
-  /// Makes a file for a new chip, if there is none. True when there was none.
+  /// Makes a file for a new chip unless it exists. True if it was made.
   [[nodiscard]] bool CreateChipFile(const std::filesystem::path& file) const;
 
   /// Writes the chip's contents to its file, if there is one. Throws ImageError when that fails.

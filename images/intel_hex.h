@@ -9,7 +9,7 @@
 namespace fliglaf {
 
 /// The image that `text` holds, in records 00 to 05. What passes the end of the addresses goes
-/// where the "Hexadecimal Object File Format Specification", revision A (Intel, 1988), has it:
+/// where the paper on the format (Hexadecimal Object File Format, revision A, 1988) has it:
 /// after record 02, SBA + ((DRLO + DRI) mod 64K), to the start of the segment; after record 04, and
 /// without either, (LBA + DRLO + DRI) mod 4G, to the next 64 KiB, and from 0xFFFFFFFF to address 0.
 /// Lower-case digits and a byte order mark are accepted. Throws ImageError with `name` as the file
