@@ -94,7 +94,7 @@ template <class Differs>
 void WriteWhere(std::string& out, std::string_view name, std::size_t index,
                 std::span<const std::int32_t> values, const Differs& differs) {
   std::size_t first = 0;
-  std::size_t end = 0;  // of the piece that is not written yet; `first` when there is none
+  std::size_t end = 0;  // of the piece that is not written yet; `first` if nothing is left
   const auto write = [&] {
     if (end > first) WriteNumbers(out, name, index + first, values.subspan(first, end - first));
   };

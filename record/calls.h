@@ -24,7 +24,7 @@ enum class Form : std::uint8_t {
 [[nodiscard]] Form FormOf(const Operation& operation);
 /// How many numbers an operation of Form::kNumbers takes.
 [[nodiscard]] int ArgumentCount(const Operation& operation);
-/// The row of an operation or of the message box; null when there is none.
+/// The row of an operation or of the message box; null for an unknown name.
 [[nodiscard]] const Operation* FindCall(std::string_view name);
 
 /// What was called.

@@ -36,7 +36,7 @@ class Tap : public ForwardingProgrammer {
   struct Call {
     std::string_view operation;
     std::int32_t value = 0;   ///< the first argument; of a transfer, its bytes
-    std::int32_t target = 0;  ///< the second: register, latch, state; 0 where there is none
+    std::int32_t target = 0;  ///< the second: register, latch, state; 0 if the call has none
   };
   std::function<bool(const Call&)> before;
   std::vector<Call> calls;

@@ -65,7 +65,7 @@ extern const std::array<Operation, kOperationCount> kOperations;
 [[nodiscard]] inline const Operation& Row(Op op) {
   return kOperations[static_cast<std::size_t>(op)];
 }
-/// Null when there is none.
+/// Null for an unknown name.
 [[nodiscard]] const Operation* FindOperation(std::string_view name);
 
 }  // namespace fliglaf
