@@ -18,7 +18,7 @@
 #include "devices/profile_error.h"
 #include "images/whole_file.h"
 #include "platform/terminal.h"
-#include "record/replay.h"
+#include "replay/replay.h"
 
 namespace fliglaf::cli {
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "fuzz/check.h"
-#include "record/player.h"
+#include "replay/player.h"
 
 namespace {
 

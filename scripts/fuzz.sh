@@ -15,9 +15,11 @@ configure_and_build fuzz "${targets[@]/%/_fuzz}"
 # fuzz TARGET SECONDS: a line when it has ended, with its log before that when it has failed.
 fuzz() {
   local log=build/fuzz/$1.log found=build/fuzz/found/$1 status=0 verdict="no fault" inputs
+  local given=
+  [ "$1" != record_reader ] || given=tests/records/given
   mkdir -p "$found"
   "build/fuzz/bin/${1}_fuzz" -max_total_time="$2" -max_len=65536 -timeout=60 -verbosity=0 \
-    -print_final_stats=1 -artifact_prefix="build/fuzz/$1-" "$found" "fuzz/corpus/$1" \
+    -print_final_stats=1 -artifact_prefix="build/fuzz/$1-" "$found" "fuzz/corpus/$1" $given \
     >"$log" 2>&1 || status=1
   if [ $status -ne 0 ]; then
     cat "$log"

@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include "record/player.h"
 #include "record/recorder.h"
+#include "replay/player.h"
 #include "simulator/faulty_programmer.h"
 #include "tests/support/small_devices.h"
 

@@ -13,7 +13,7 @@
 
 #include "host/cls_mpu.h"
 #include "platform/portable/portable_desktop.h"
-#include "record/player.h"
+#include "replay/player.h"
 #include "usb/request/engine_run.h"
 
 namespace fliglaf::record {

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "record/playback.h"
+#include "replay/playback.h"
 
 namespace fliglaf::record {
 

@@ -1,4 +1,4 @@
-#include "record/player.h"
+#include "replay/player.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "record/playback.h"
+#include "replay/playback.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "record/replay.h"
+#include "replay/replay.h"
 
 #include <algorithm>
 #include <exception>
@@ -6,7 +6,7 @@
 
 #include <fmt/format.h>
 
-#include "record/player.h"
+#include "replay/player.h"
 #include "shared/utf8.h"
 
 namespace fliglaf::record {
