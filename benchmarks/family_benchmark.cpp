@@ -8,10 +8,10 @@
 #include <benchmark/benchmark.h>
 
 #include "cli/host_session.h"
-#include "cli/simulated_bench.h"
 #include "devices/device_catalogue.h"
 #include "devices/memory_layout.h"
 #include "platform/portable/portable_desktop.h"
+#include "simulator/bench/simulated_bench.h"
 #include "usb/components/forwarding_programmer.h"
 #include "usb/request/operation.h"
 
@@ -66,7 +66,7 @@ class Job {
   }
 
   cli::HostSession session_;
-  cli::SimulatedBench bench_;
+  simulator::SimulatedBench bench_;
   platform::PortableDesktop desktop_;
 };
 

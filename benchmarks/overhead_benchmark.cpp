@@ -9,10 +9,10 @@
 
 #include "benchmarks/tape.h"
 #include "cli/host_session.h"
-#include "cli/simulated_bench.h"
 #include "devices/device_catalogue.h"
 #include "host/cls_mpu.h"
 #include "platform/portable/portable_desktop.h"
+#include "simulator/bench/simulated_bench.h"
 #include "usb/request/operation.h"
 
 namespace fliglaf {
@@ -97,7 +97,7 @@ class Measurement {
   const DeviceProfile& device_;
   cli::Engine engine_;
   cli::HostSession session_;
-  cli::SimulatedBench bench_;
+  simulator::SimulatedBench bench_;
   platform::PortableDesktop desktop_;
 };
 

@@ -5,10 +5,10 @@
 
 #include "benchmarks/counting_sink.h"
 #include "cli/host_session.h"
-#include "cli/simulated_bench.h"
 #include "devices/device_catalogue.h"
 #include "families/software_tap.h"
 #include "platform/portable/portable_desktop.h"
+#include "simulator/bench/simulated_bench.h"
 #include "usb/power_up.h"
 #include "usb/request/run.h"
 
@@ -53,7 +53,7 @@ class Scans {
   const DeviceCatalogue catalogue_ = DeviceCatalogue::BuiltIn();
   const DeviceProfile& device_ = *catalogue_.Find("jtag-page-64k");
   cli::HostSession session_{cli::HostSession::FreeInstance(), device_, cli::Engine::kUsb};
-  cli::SimulatedBench bench_{device_, session_.instance(), {.faults = {}}};
+  simulator::SimulatedBench bench_{device_, session_.instance(), {.faults = {}}};
   platform::PortableDesktop desktop_{bench_.bench()};
   platform::Form window_;
   platform::Timer watchdog_{desktop_, "none", [] {}};

@@ -11,9 +11,9 @@
 #include "cli/chip_file_option.h"
 #include "cli/loopback_port.h"
 #include "cli/report.h"
-#include "cli/simulated_bench.h"
 #include "cli/usage_error.h"
 #include "platform/terminal.h"
+#include "simulator/bench/simulated_bench.h"
 #include "simulator/remote_bitbang.h"
 
 namespace fliglaf::cli {
@@ -34,7 +34,7 @@ void Serve(LoopbackPort& port, simulator::JtagCable& cable) {
 }
 
 ExitStatus RunChipCommand(const Options& options, const DeviceProfile& device) {
-  SimulatedBench bench(device, 0, {.faults = {}});
+  simulator::SimulatedBench bench(device, 0, {.faults = {}});
   const auto cable = bench.bench().AttachJtagCable();
   if (cable == nullptr) {
     throw UsageError(fmt::format(

@@ -7,7 +7,7 @@
 
 namespace fliglaf::cli {
 
-void UseChipFile(SimulatedBench& bench, const Options& options) {
+void UseChipFile(simulator::SimulatedBench& bench, const Options& options) {
   const std::filesystem::path& file = options.chip_file;
   if (file.empty()) return;
   if (WritesDevice(options)) {

@@ -6,7 +6,6 @@
 
 #include "cli/chip_command.h"
 #include "cli/chip_file_option.h"
-#include "cli/simulated_bench.h"
 #include "cli/workplace.h"
 #include "host/com/client.h"
 #include "host/com/request_recorder.h"
@@ -15,6 +14,7 @@
 #include "platform/win32/activation.h"
 #include "platform/win32/host_watch.h"
 #include "platform/win32/process.h"
+#include "simulator/bench/simulated_bench.h"
 
 namespace fliglaf::cli {
 namespace {
@@ -48,10 +48,10 @@ void SetUpStandIns(const Options& options, const DeviceProfile& device, std::int
 
 /// Whether the options ask for something that can be had, before anything is done.
 void CheckBench(const Options& options, const DeviceProfile& device, std::int16_t instance) {
-  SimulatedBench bench(device, instance,
-                       {.faults = options.faults,
-                        .real_time = options.real_time,
-                        .waveform_file = options.waveform_file});
+  simulator::SimulatedBench bench(device, instance,
+                                  {.faults = options.faults,
+                                   .real_time = options.real_time,
+                                   .waveform_file = options.waveform_file});
   UseChipFile(bench, options);
 }
 

@@ -19,6 +19,7 @@
 #include "images/whole_file.h"
 #include "platform/terminal.h"
 #include "replay/replay.h"
+#include "simulator/bench/bench_error.h"
 
 namespace fliglaf::cli {
 namespace {
@@ -74,6 +75,8 @@ ExitStatus Main(int argc, const char* const* argv) {
   } catch (const platform::Stopped& stopped) {
     return end(ExitStatus::kStopped, stopped.what());
   } catch (const UsageError& error) {
+    return end(ExitStatus::kUsage, error.what());
+  } catch (const simulator::BenchError& error) {
     return end(ExitStatus::kUsage, error.what());
   } catch (const ImageError& error) {
     return end(ExitStatus::kUsage, error.what());

@@ -8,12 +8,12 @@
 #include "cli/attempt.h"
 #include "cli/chip_file_option.h"
 #include "cli/programmer_watch.h"
-#include "cli/simulated_bench.h"
 #include "cli/workplace.h"
 #include "host/cls_mpu.h"
 #include "images/whole_file.h"
 #include "platform/portable/portable_desktop.h"
 #include "record/recorder.h"
+#include "simulator/bench/simulated_bench.h"
 
 namespace fliglaf::cli {
 namespace {
@@ -96,7 +96,7 @@ class PortableWorkplace : public Workplace {
   }
 
   const Options& options_;
-  SimulatedBench bench_;
+  simulator::SimulatedBench bench_;
   ProgrammerWatch watch_;
   platform::PortableDesktop desktop_;
   bool is_recorded_ = false;  ///< the request that the record is to hold

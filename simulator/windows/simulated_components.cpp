@@ -72,9 +72,9 @@ SimulatedComponents::SimulatedComponents() {
   for (const std::string& folder : ListSetting(L"FLIGLAF_SIM_DEVICES"))
     devices_.AddFolder(Utf8Path(folder));
   const std::vector<std::string> faults = ListSetting(L"FLIGLAF_SIM_FAULTS");
-  bench_ = std::make_unique<cli::SimulatedBench>(
+  bench_ = std::make_unique<SimulatedBench>(
       Device(devices_), InstanceNumber(),
-      cli::SimulatedBench::Settings{
+      SimulatedBench::Settings{
           .faults = faults,
           .parallel = !platform::EnvironmentText(L"FLIGLAF_SIM_PARALLEL").empty(),
           .real_time = !platform::EnvironmentText(L"FLIGLAF_SIM_REALTIME").empty(),

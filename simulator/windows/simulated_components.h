@@ -2,9 +2,9 @@
 
 #include <memory>
 
-#include "cli/simulated_bench.h"
 #include "devices/device_catalogue.h"
 #include "platform/win32/win32_desktop.h"
+#include "simulator/bench/simulated_bench.h"
 
 namespace fliglaf::simulator {
 
@@ -34,7 +34,7 @@ class SimulatedComponents {
   DeviceCatalogue devices_ = DeviceCatalogue::BuiltIn();
   platform::Win32Desktop desktop_;
   platform::Timer transfer_{desktop_, "transfer", [this] { GoOn(); }};
-  std::unique_ptr<cli::SimulatedBench> bench_;
+  std::unique_ptr<SimulatedBench> bench_;
 };
 
 /// The one of the process: begins with the first use.

@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "simulator/bench.h"
+#include "simulator/bench/bench.h"
 
 namespace fliglaf::simulator {
 namespace {

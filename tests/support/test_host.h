@@ -13,7 +13,7 @@
 
 #include "host/cls_mpu.h"
 #include "platform/portable/portable_desktop.h"
-#include "simulator/bench.h"
+#include "simulator/bench/bench.h"
 #include "usb/components/forwarding_programmer.h"
 
 namespace fliglaf::test {

@@ -1,20 +1,18 @@
-#include "cli/fault_option.h"
+#include "simulator/bench/fault_option.h"
 
 #include <algorithm>
 #include <charconv>
 #include <string_view>
 #include <vector>
 
-#include "cli/usage_error.h"
 #include "devices/nearest_names.h"
+#include "simulator/bench/bench_error.h"
 
-namespace fliglaf::cli {
+namespace fliglaf::simulator {
 namespace {
 
-using simulator::CapturePipe;
-
 [[noreturn]] void Fail(const std::string& fault, const std::string& reason) {
-  throw UsageError("--fault " + fault + ": " + reason);
+  throw BenchError("--fault " + fault + ": " + reason);
 }
 
 /// A number in decimal or, after 0x, hexadecimal.
@@ -28,8 +26,8 @@ std::optional<std::uint32_t> Number(std::string_view text) {
 }
 
 /// ADDRESS.BIT=VALUE
-simulator::StuckBit ParseStuckBit(const std::string& fault, std::string_view text,
-                                  std::uint32_t memory_bytes) {
+StuckBit ParseStuckBit(const std::string& fault, std::string_view text,
+                       std::uint32_t memory_bytes) {
   const std::size_t dot = text.find('.');
   const std::size_t equals = text.find('=');
   if (dot == text.npos || equals == text.npos || equals < dot) {
@@ -106,4 +104,4 @@ FaultOptions ParseFaults(std::span<const std::string> faults, std::uint32_t memo
   return options;
 }
 
-}  // namespace fliglaf::cli
+}  // namespace fliglaf::simulator

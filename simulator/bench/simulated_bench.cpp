@@ -1,24 +1,24 @@
-#include "cli/simulated_bench.h"
+#include "simulator/bench/simulated_bench.h"
 
 #include <system_error>
 
-#include "cli/fault_option.h"
-#include "cli/usage_error.h"
 #include "devices/memory_layout.h"
 #include "images/whole_file.h"
+#include "simulator/bench/bench_error.h"
+#include "simulator/bench/fault_option.h"
 #include "simulator/chip_file.h"
 #include "simulator/failing_call.h"
 
-namespace fliglaf::cli {
+namespace fliglaf::simulator {
 namespace {
 
-std::optional<simulator::ConfigWordPart> ConfigWords(const DeviceProfile& device) {
+std::optional<ConfigWordPart> ConfigWords(const DeviceProfile& device) {
   if (device.config_words == 0) return std::nullopt;
-  return simulator::ConfigWordPart{.socket = {.pins = device.pin_count, .mode = device.family},
-                                   .words = device.config_words};
+  return ConfigWordPart{.socket = {.pins = device.pin_count, .mode = device.family},
+                        .words = device.config_words};
 }
 
-simulator::ChipDescription Describe(const DeviceProfile& device) {
+ChipDescription Describe(const DeviceProfile& device) {
   const ImageLayout memory = LayoutOf(device);
   return {.family = device.family,
           .option = device.option,
@@ -48,18 +48,17 @@ std::span<const std::uint8_t> Bytes(const std::string& text) {
 SimulatedBench::SimulatedBench(const DeviceProfile& device, std::int16_t instance,
                                const Settings& settings)
     : device_(device.name) {
-  if (!simulator::Bench::Supports(device.family)) {
-    throw UsageError(device.name + ": there is no simulated chip of family " +
+  if (!Bench::Supports(device.family)) {
+    throw BenchError(device.name + ": there is no simulated chip of family " +
                      std::to_string(device.family) + " yet");
   }
-  const simulator::ChipDescription description = Describe(device);
+  const ChipDescription description = Describe(device);
   const FaultOptions faults = ParseFaults(settings.faults, description.flash_bytes);
-  bench_ =
-      std::make_unique<simulator::Bench>(description, instance, faults.bench, settings.real_time);
+  bench_ = std::make_unique<Bench>(description, instance, faults.bench, settings.real_time);
   if (settings.parallel) bench_->programmer().AttachToParallelPort();
   if (faults.failing_call) {
-    failing_ = std::make_unique<simulator::FailingCall>(
-        bench_->programmer(), faults.failing_call->operation, faults.failing_call->nth);
+    failing_ = std::make_unique<FailingCall>(bench_->programmer(), faults.failing_call->operation,
+                                             faults.failing_call->nth);
   }
   if (!settings.waveform_file.empty()) {
     waveform_ = std::make_unique<WaveformFile>(settings.waveform_file, device_, *bench_);
@@ -74,7 +73,7 @@ Programmer& SimulatedBench::programmer() {
 /// that it is theirs.
 bool SimulatedBench::CreateChipFile(const std::filesystem::path& file) const {
   if (std::filesystem::exists(file)) return false;
-  return CreateFileWhole(file, Bytes(simulator::SaveChip(bench_->chip(), device_)));
+  return CreateFileWhole(file, Bytes(SaveChip(bench_->chip(), device_)));
 }
 
 void SimulatedBench::UseChipFile(const std::filesystem::path& file) {
@@ -82,25 +81,25 @@ void SimulatedBench::UseChipFile(const std::filesystem::path& file) {
   try {
     lock_.emplace(file);
     const auto bytes = ReadFileWhole(file);
-    simulator::LoadChip(bench_->chip(), device_,
-                        {reinterpret_cast<const char*>(bytes.data()), bytes.size()}, file.string());
+    LoadChip(bench_->chip(), device_, {reinterpret_cast<const char*>(bytes.data()), bytes.size()},
+             file.string());
   } catch (const platform::FileInUse& error) {
-    throw UsageError(error.what());
+    throw BenchError(error.what());
   } catch (const std::system_error& error) {
-    throw UsageError(file.string() + ": cannot be opened: " + error.code().message());
-  } catch (const simulator::ChipFileError& error) {
-    throw UsageError(error.what());
+    throw BenchError(file.string() + ": cannot be opened: " + error.code().message());
+  } catch (const ChipFileError& error) {
+    throw BenchError(error.what());
   }
   chip_file_ = file;
 }
 
 void SimulatedBench::KeepChip() {
   if (chip_file_.empty()) return;
-  WriteFileWhole(chip_file_, Bytes(simulator::SaveChip(bench_->chip(), device_)), &*lock_);
+  WriteFileWhole(chip_file_, Bytes(SaveChip(bench_->chip(), device_)), &*lock_);
 }
 
 void SimulatedBench::KeepWaveform() {
   if (waveform_ != nullptr) waveform_->Keep();
 }
 
-}  // namespace fliglaf::cli
+}  // namespace fliglaf::simulator

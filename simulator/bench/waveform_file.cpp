@@ -1,9 +1,8 @@
-#include "cli/waveform_file.h"
+#include "simulator/bench/waveform_file.h"
 
-namespace fliglaf::cli {
+namespace fliglaf::simulator {
 
-WaveformFile::WaveformFile(const std::filesystem::path& path, std::string_view title,
-                           simulator::Bench& bench)
+WaveformFile::WaveformFile(const std::filesystem::path& path, std::string_view title, Bench& bench)
     : file_(path),
       waveform_(bench.clock(), bench.chip().Signals(), title, [this](std::string_view text) {
         file_.Write({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
@@ -16,4 +15,4 @@ void WaveformFile::Keep() {
   file_.Keep();
 }
 
-}  // namespace fliglaf::cli
+}  // namespace fliglaf::simulator

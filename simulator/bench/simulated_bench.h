@@ -6,13 +6,13 @@
 #include <span>
 #include <string>
 
-#include "cli/waveform_file.h"
 #include "devices/device_profile.h"
 #include "platform/file_lock.h"
-#include "simulator/bench.h"
+#include "simulator/bench/bench.h"
+#include "simulator/bench/waveform_file.h"
 #include "usb/components/programmer.h"
 
-namespace fliglaf::cli {
+namespace fliglaf::simulator {
 
 /// The simulated bench as the command line's options describe it, with the chip's contents kept in
 /// a file.
@@ -25,15 +25,15 @@ class SimulatedBench {
     std::filesystem::path waveform_file = {};  ///< empty: none
   };
 
-  /// Throws UsageError for a device without a simulated chip and an unknown fault; ImageError for a
+  /// Throws BenchError for a device without a simulated chip and an unknown fault; ImageError for a
   /// waveform that cannot be written.
   SimulatedBench(const DeviceProfile& device, std::int16_t instance, const Settings& settings);
 
   [[nodiscard]] Programmer& programmer();
-  [[nodiscard]] simulator::Bench& bench() { return *bench_; }
+  [[nodiscard]] Bench& bench() { return *bench_; }
 
   /// Takes the chip's contents from a file, in which KeepChip stores them; no other process can use
-  /// it while this lives. Without a file the chip is new. Throws UsageError for one that is
+  /// it while this lives. Without a file the chip is new. Throws BenchError for one that is
   /// damaged, in use or holds another device, ImageError for one that could not be written later.
   void UseChipFile(const std::filesystem::path& file);
   /// Makes a file for a new chip unless it exists. True if it was made.
@@ -47,10 +47,10 @@ class SimulatedBench {
  private:
   std::string device_;
   std::filesystem::path chip_file_;
-  std::unique_ptr<simulator::Bench> bench_;
+  std::unique_ptr<Bench> bench_;
   std::optional<platform::FileLock> lock_;  ///< on the chip file
   std::unique_ptr<Programmer> failing_;  ///< around the bench's programmer, where a call is to fail
   std::unique_ptr<WaveformFile> waveform_;
 };
 
-}  // namespace fliglaf::cli
+}  // namespace fliglaf::simulator

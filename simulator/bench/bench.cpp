@@ -1,4 +1,4 @@
-#include "simulator/bench.h"
+#include "simulator/bench/bench.h"
 
 #include <algorithm>
 #include <stdexcept>

@@ -5,10 +5,10 @@
 #include <span>
 #include <string>
 
-#include "simulator/bench.h"
+#include "simulator/bench/bench.h"
 #include "usb/components/operations.h"
 
-namespace fliglaf::cli {
+namespace fliglaf::simulator {
 
 /// The faults that the --fault options name.
 struct FaultOptions {
@@ -16,13 +16,13 @@ struct FaultOptions {
     Op operation;
     unsigned nth = 1;
   };
-  simulator::Faults bench;
+  Faults bench;
   std::optional<Call> failing_call;
 };
 
-/// Throws UsageError for an unknown fault, an address outside `memory_bytes`, and an unknown
+/// Throws BenchError for an unknown fault, an address outside `memory_bytes`, and an unknown
 /// operation.
 [[nodiscard]] FaultOptions ParseFaults(std::span<const std::string> faults,
                                        std::uint32_t memory_bytes);
 
-}  // namespace fliglaf::cli
+}  // namespace fliglaf::simulator

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <stdexcept>
+
+namespace fliglaf::simulator {
+
+/// What was asked of the bench cannot be had: the message names the thing, the place and what would
+/// be right.
+class BenchError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+}  // namespace fliglaf::simulator
