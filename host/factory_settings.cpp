@@ -1,7 +1,6 @@
 #include "host/factory_settings.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <initializer_list>
 
@@ -13,26 +12,23 @@ namespace {
 /// Bytes from the first configuration byte to the end of the image, and one more.
 constexpr std::int64_t kAreaBytes = 33;
 
+/// Fuses as the parts with one of `options` leave the factory.
 struct Fuses {
-  std::initializer_list<std::uint8_t> variants;
-  std::uint8_t low;          ///< byte 0 of the area
-  std::uint8_t calibration;  ///< byte 1
-  std::uint8_t high;         ///< byte 2
-  std::uint8_t extended;     ///< byte 4
+  std::initializer_list<std::uint8_t> options;  ///< quorinwoption(0)
+  std::uint8_t low;
+  std::uint8_t calibration;
+  std::uint8_t high;
+  std::uint8_t extended;
 };
-
-/// Fuses as the parts leave the factory, by quorinwoption(0).
 // clang-format off
-constexpr std::initializer_list<std::uint8_t> kVariants[] = {
-  {4, 7, 8, 9}, {5, 6}, {10}, {11, 12, 13}, {14}, {15, 16}};
-constexpr std::array kFactoryFuses{
-  //    variants      low   cal   high  ext
-  Fuses{kVariants[0], 0x62, 0x00, 0x99, 0xFF},
-  Fuses{kVariants[1], 0xE1, 0x00, 0x99, 0xFD},
-  Fuses{kVariants[2], 0xCD, 0x00, 0xFE, 0xFF},
-  Fuses{kVariants[3], 0xE1, 0x00, 0xD9, 0xFF},
-  Fuses{kVariants[4], 0xDA, 0xFF, 0xFF, 0xFF},
-  Fuses{kVariants[5], 0x62, 0xFF, 0xDF, 0xFF},
+constexpr Fuses kFactoryFuses[] = {
+    // options       low   cal   high  ext
+    {{4, 7, 8, 9},   0x62, 0x00, 0x99, 0xFF},
+    {{5, 6},         0xE1, 0x00, 0x99, 0xFD},
+    {{10},           0xCD, 0x00, 0xFE, 0xFF},
+    {{11, 12, 13},   0xE1, 0x00, 0xD9, 0xFF},
+    {{14},           0xDA, 0xFF, 0xFF, 0xFF},
+    {{15, 16},       0x62, 0xFF, 0xDF, 0xFF},
 };
 // clang-format on
 
@@ -44,11 +40,11 @@ void PresetFuses(SharedVariables& vars) {
   const auto area = vars.quorinibuffer.Range(ConfigStart(vars), kAreaBytes);
   std::ranges::fill(area, std::uint8_t{0xFF});
   for (const Fuses& fuses : kFactoryFuses) {
-    if (std::ranges::find(fuses.variants, vars.quorinwoption[0]) == fuses.variants.end()) continue;
-    area[0] = fuses.low;
-    area[1] = fuses.calibration;
-    area[2] = fuses.high;
-    area[4] = fuses.extended;
+    if (std::ranges::find(fuses.options, vars.quorinwoption[0]) == fuses.options.end()) continue;
+    area[fuse_byte::kLow] = fuses.low;
+    area[fuse_byte::kCalibration] = fuses.calibration;
+    area[fuse_byte::kHigh] = fuses.high;
+    area[fuse_byte::kExtended] = fuses.extended;
   }
 }
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "image_layout/rounding.h"
+
 namespace fliglaf {
 namespace {
 
@@ -22,13 +24,10 @@ ImageLayout DataInBytes(const ImageSizes& sizes) {
   return DataBehind(sizes.size - sizes.data_size, sizes.data_size);
 }
 
-/// Two bytes of the data memory take the place of a word; half a word left over goes to the even
-/// neighbour.
+/// Two bytes of the data memory take the place of a word.
 ImageLayout WordsAndSmallData(const ImageSizes& sizes) {
-  const std::int64_t halves = 2 * (sizes.size - kConfigWords) - sizes.data_size;
-  const std::int64_t down = (halves - (halves & 1)) / 2;
-  const std::int64_t words = (halves & 1) != 0 && (down & 1) != 0 ? down + 1 : down;
-  return DataBehind(2 * words, sizes.data_size);
+  const std::int64_t bytes = 2 * (sizes.size - kConfigWords) - sizes.data_size;
+  return DataBehind(2 * DivideToEven(bytes, 2), sizes.data_size);
 }
 
 ImageLayout WithFuses(const ImageSizes& sizes, std::int64_t data_bytes) {

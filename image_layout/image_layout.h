@@ -20,11 +20,20 @@ struct ImageSizes {
 /// What the configuration bytes of a family are.
 enum class ConfigArea : std::uint8_t {
   kNone,
-  kFuses,        ///< low fuses, calibration, high fuses, lock bits, extended fuses
+  kFuses,        ///< the bytes of fuse_byte
   kBlockLocks,   ///< two bytes that protect the flash in eight blocks: write and erase, read
   kLockByte,     ///< one byte that protects the flash from its end down
   kFuseAndLock,  ///< fuse bits, lock bits
 };
+
+/// Where the bytes of ConfigArea::kFuses lie, counted from the first of them.
+namespace fuse_byte {
+inline constexpr int kLow = 0;
+inline constexpr int kCalibration = 1;
+inline constexpr int kHigh = 2;
+inline constexpr int kLock = 3;
+inline constexpr int kExtended = 4;
+}  // namespace fuse_byte
 
 /// Indexes and lengths in bytes of the image. The main memory begins at 0. Wrong sizes from the
 /// host give negative lengths.
