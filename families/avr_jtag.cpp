@@ -52,7 +52,7 @@ class AvrJtag : public Family {
 
   void Enter() override {
     lines_ = kJtagPort0;
-    run.SelectLineMode(1);
+    run.SelectLineMode(LineMode::kStandard);
     tap_.OpenInput();
     io.WriteLatch(lines_.fixed(), lines_.lineRegister);
     io.DelayMs(100);

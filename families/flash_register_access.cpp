@@ -88,7 +88,7 @@ constexpr std::int16_t kOperationBits = 2;
 
 void FlashRegisterAccess::Enter() {
   lines_.flash = kSetA;
-  run_.SelectLineMode(1);
+  run_.SelectLineMode(LineMode::kStandard);
   LoadAssignment();
   tap_.ConfigureShifter();
   for (int clocks = 0; clocks < 16; clocks += 8) run_.io.WriteRegister(0, reg::kShiftOut);

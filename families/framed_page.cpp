@@ -43,7 +43,7 @@ class FramedPage : public Family {
 
   /// Nothing answers the programming enable.
   void Enter() override {
-    run.SelectLineMode(1);
+    run.SelectLineMode(LineMode::kStandard);
     lines_.SetUp(ResetLevel::kLow);
     io.ShortDelay(10);
     lines_.SetReset(ResetLevel::kHigh);

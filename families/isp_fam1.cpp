@@ -39,7 +39,7 @@ class IspFam1 : public Family {
 
   /// A device that never answers the programming enable is left to the operation to find.
   void Enter() override {
-    run.SelectLineMode(1);
+    run.SelectLineMode(LineMode::kStandard);
     lines_.SetUp(ResetLevel::kHigh);
     io.DelayMs(100);
     lines_.ConfigureShifter(ShifterLength::kSerial, SerialLines::kIdleOutputs | kAnswerBuffer);

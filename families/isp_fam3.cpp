@@ -36,7 +36,7 @@ class IspFam3 : public Family {
 
   /// Reset stays low; nothing answers the programming enable.
   void Enter() override {
-    run.SelectLineMode(1);
+    run.SelectLineMode(LineMode::kStandard);
     lines_.SetUp(ResetLevel::kHigh);
     io.DelayMs(100);
     lines_.SetReset(ResetLevel::kLow);

@@ -38,17 +38,10 @@ void SerialLines::SetReset(ResetLevel level) {
 
 void SerialLines::ConfigureShifter(ShifterLength length, std::uint8_t fixed) {
   run_.ConfigureShifter({.line_register = kLineLatch,
-                         .clock_rests_high = 8,  // it rests low: only 1 would mean high
                          .clock = kClock,
                          .fixed = fixed,
                          .data_in = kDataIn,
-                         .data_out = kDataOut,
-                         .byte10 = 0,
-                         .low_bits = 8,
-                         .byte12 = 8,
-                         .line_register2 = 0,
-                         .fixed2 = 0,
-                         .mode_select = 0},
+                         .data_out = kDataOut},
                         length);
 }
 

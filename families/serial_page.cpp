@@ -47,9 +47,9 @@ void SerialPage::Enter() {
 void SerialPage::SelectMode() {
   switch (vars.quorinwoption[0]) {
     case 14:
-      return run.SelectLineMode(3);
+      return run.SelectLineMode(LineMode::kAlternate);
     case 15:
-      return run.SelectLineMode(1);
+      return run.SelectLineMode(LineMode::kStandard);
     default:
       return run.SendPacket({}, kLongPacket);
   }

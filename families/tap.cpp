@@ -8,14 +8,11 @@ void Tap::OpenInput() {
 
 void Tap::ConfigureShifter() {
   run_.ConfigureShifter({.line_register = lines_.lineRegister,
-                         .clock_rests_high = 8,  // only 1 means that it does
                          .clock = lines_.tckMask,
                          .fixed = lines_.fixed(),
                          .data_in = lines_.tdoMask,
                          .data_out = lines_.tdiMask,
-                         .byte10 = 0,
                          .low_bits = 6,
-                         .byte12 = 8,
                          .line_register2 = lines_.lineRegister,
                          .fixed2 = lines_.fixed(),
                          .mode_select = lines_.tmsMask},

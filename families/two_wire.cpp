@@ -55,17 +55,12 @@ class TwoWire : public Family {
   /// Tells the programmer's shifter how to drive the lines, and clocks it once each way.
   void SetUpShifter() {
     run.ConfigureShifter({.line_register = jtag_.lineRegister,
-                          .clock_rests_high = 1,
+                          .clock_rests_high = ShifterConfig::kClockRestsHigh,
                           .clock = lines_.clockState,
                           .fixed = jtag_.fixedBitsA,
                           .data_in = lines_.dataState,
                           .data_out = lines_.dataState,
-                          .byte10 = 0,
-                          .low_bits = 8,
-                          .byte12 = 8,
-                          .line_register2 = jtag_.lineRegister,
-                          .fixed2 = 0,
-                          .mode_select = 0},
+                          .line_register2 = jtag_.lineRegister},
                          ShifterLength::kTwoWire);
     io.WriteRegister(0, reg::kShiftOut);
     io.WriteRegister(0, reg::kShiftLow);
@@ -223,7 +218,7 @@ class TwoWire12 : public TwoWire {
   TwoWire12(Run& request, WindowLines& lines) : TwoWire(request, lines, 12) {}
 
   void Enter() override {
-    run.SelectLineMode(1);
+    run.SelectLineMode(LineMode::kStandard);
     if (const TwoWireAssignment* found = Assignment()) {
       SwitchPins(*found);
       Load(*found);

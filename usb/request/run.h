@@ -14,6 +14,9 @@ namespace fliglaf {
 inline constexpr std::int32_t kLongPacket = 15;
 inline constexpr std::int32_t kShortPacket = 8;
 
+/// Modes of the programmer's lines. What the alternate mode changes is not known.
+enum class LineMode : std::uint8_t { kStandard = 1, kAlternate = 3 };
+
 class Run : public EngineRun {
  public:
   Run(SharedVariables& variables, Programmer& programmer, platform::Desktop& the_desktop,
@@ -36,7 +39,9 @@ class Run : public EngineRun {
 
   /// Tells the programmer which mode its lines work in; the packet carries what the command buffer
   /// holds behind it.
-  void SelectLineMode(std::uint8_t mode) { SendPacket({0x30, mode}, kLongPacket); }
+  void SelectLineMode(LineMode mode) {
+    SendPacket({0x30, static_cast<std::uint8_t>(mode)}, kLongPacket);
+  }
 
   /// Puts the first `length` bytes of `config` into the command buffer, where every long packet
   /// carries them along.
