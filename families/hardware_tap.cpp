@@ -19,7 +19,24 @@ constexpr std::array kShifts{
 
 }  // namespace
 
-std::int32_t HardwareWalk::shiftBitsCapture(std::int32_t value, std::int16_t n) {
+void HardwareTap::shiftBits(std::int32_t value, std::int16_t n) {
+  auto bits = static_cast<std::uint32_t>(value);
+  if (n == 1) return LastBit(bits);
+  if (n == 19) return ShiftNineteen(bits);
+  const auto shift = std::ranges::find(kShifts, n, &Shift::bits);
+  if (shift == kShifts.end()) return;
+  for (int i = 0; i < shift->bytes; ++i, bits >>= 8) Queue(Reversed(bits), reg::kShiftOut);
+  Queue(Reversed(bits), shift->last);
+}
+
+void HardwareTap::ShiftNineteen(std::uint32_t bits) {
+  for (int i = 0; i < 3; ++i, bits >>= 6) {
+    Queue(static_cast<std::int32_t>(bits & 0x3F), reg::kShiftLow);
+  }
+  Queue(Reversed(bits & 1), reg::kLastBit);
+}
+
+std::int32_t HardwareTap::shiftBitsCapture(std::int32_t value, std::int16_t n) {
   switch (n) {
     case -32:
       return CaptureIdentification();
@@ -40,7 +57,7 @@ std::int32_t HardwareWalk::shiftBitsCapture(std::int32_t value, std::int16_t n) 
 }
 
 /// Of the code's fields the digest keeps what a signature needs.
-std::int32_t HardwareWalk::CaptureIdentification() {
+std::int32_t HardwareTap::CaptureIdentification() {
   io_.FlushQueue();
   OpenInput();
   io_.DelayMs(100);
@@ -53,13 +70,13 @@ std::int32_t HardwareWalk::CaptureIdentification() {
          (bytes[3] >> 4 & 0x0F) << 16;
 }
 
-void HardwareWalk::scanDr(std::int32_t value, std::int16_t n) {
+void HardwareTap::scanDr(std::int32_t value, std::int16_t n) {
   Queue(0, reg::kTmsHighLowLow);
   shiftBits(value, n);
   Queue(0, reg::kTmsHighLow);
 }
 
-void HardwareWalk::scanIr(std::int32_t value, std::int16_t n) {
+void HardwareTap::scanIr(std::int32_t value, std::int16_t n) {
   setTms(1);
   pulseTck();
   Queue(0, reg::kTmsHighLow);
@@ -69,28 +86,11 @@ void HardwareWalk::scanIr(std::int32_t value, std::int16_t n) {
   Queue(0, reg::kTmsHighLow);
 }
 
-std::int32_t HardwareWalk::scanDrCapture(std::int32_t value, std::int16_t n) {
+std::int32_t HardwareTap::scanDrCapture(std::int32_t value, std::int16_t n) {
   Queue(0, reg::kTmsHighLowLow);
   const std::int32_t captured = shiftBitsCapture(value, n);
   Queue(0, reg::kTmsHighLow);
   return captured;
-}
-
-void HardwareTap::shiftBits(std::int32_t value, std::int16_t n) {
-  auto bits = static_cast<std::uint32_t>(value);
-  if (n == 1) return LastBit(bits);
-  if (n == 19) return ShiftNineteen(bits);
-  const auto shift = std::ranges::find(kShifts, n, &Shift::bits);
-  if (shift == kShifts.end()) return;
-  for (int i = 0; i < shift->bytes; ++i, bits >>= 8) Queue(Reversed(bits), reg::kShiftOut);
-  Queue(Reversed(bits), shift->last);
-}
-
-void HardwareTap::ShiftNineteen(std::uint32_t bits) {
-  for (int i = 0; i < 3; ++i, bits >>= 6) {
-    Queue(static_cast<std::int32_t>(bits & 0x3F), reg::kShiftLow);
-  }
-  Queue(Reversed(bits & 1), reg::kLastBit);
 }
 
 }  // namespace fliglaf

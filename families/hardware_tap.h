@@ -6,37 +6,27 @@
 
 namespace fliglaf {
 
-/// The programmer's walks and captures. Which counts are shifted, and how, is up to the class on
-/// top; without one a scan walks and shifts nothing.
-class HardwareWalk : public Tap {
+class HardwareTap final : public Tap {
  public:
   using Tap::Tap;
 
-  void shiftBits(std::int32_t /*value*/, std::int16_t /*n*/) override {}
+  /// Counts of 1, 2, 10, 16, 17, 18, 19 and 32, which devices with 16-bit instructions need; nothing
+  /// for others. Bytes go out whole, whatever they hold above the count.
+  void shiftBits(std::int32_t value, std::int16_t n);
   /// 1 shifts a bit and captures nothing. 11 clocks three times and captures eight bits for the
   /// next bulk read. -32 returns the digest of an identification code. Other counts only wait.
-  std::int32_t shiftBitsCapture(std::int32_t value, std::int16_t n) final;
-  void scanDr(std::int32_t value, std::int16_t n) final;
-  void scanIr(std::int32_t value, std::int16_t n) final;
-  std::int32_t scanDrCapture(std::int32_t value, std::int16_t n) final;
+  std::int32_t shiftBitsCapture(std::int32_t value, std::int16_t n);
+  void scanDr(std::int32_t value, std::int16_t n);
+  void scanIr(std::int32_t value, std::int16_t n);
+  std::int32_t scanDrCapture(std::int32_t value, std::int16_t n);
 
   /// The digest of a 32-bit identification code: manufacturer in bits 0 to 7, part in 8 to 15,
   /// version in 16 to 19.
   [[nodiscard]] std::int32_t ReadIdentification() { return scanDrCapture(0, -32); }
 
  private:
-  std::int32_t CaptureIdentification();
-};
-
-/// Shifts the counts of the devices with 16-bit instructions: 1, 2, 10, 16, 17, 18, 19 and 32.
-/// Their bytes go out whole, whatever they hold above the count.
-class HardwareTap final : public HardwareWalk {
- public:
-  using HardwareWalk::HardwareWalk;
-  void shiftBits(std::int32_t value, std::int16_t n) override;
-
- private:
   void ShiftNineteen(std::uint32_t bits);
+  std::int32_t CaptureIdentification();
 };
 
 }  // namespace fliglaf

@@ -86,4 +86,5 @@ void SoftwareTap::Idle() {
   setTms(0);
   pulseTck();
 }
+
 }  // namespace fliglaf

@@ -11,14 +11,14 @@ class SoftwareTap final : public Tap {
   using Tap::Tap;
 
   /// Counts of 4, 8, 15 and 16; every other one shifts a single bit.
-  void shiftBits(std::int32_t value, std::int16_t n) override;
+  void shiftBits(std::int32_t value, std::int16_t n);
   /// Captures eight bits out of a shift of 15, for which the low byte of `value` is not sent. With
   /// 15 they come with the next bulk read, with -15 they are returned, first bit in bit 0; nothing
   /// is sent for other counts.
-  std::int32_t shiftBitsCapture(std::int32_t value, std::int16_t n) override;
-  void scanDr(std::int32_t value, std::int16_t n) override;
-  void scanIr(std::int32_t value, std::int16_t n) override;
-  std::int32_t scanDrCapture(std::int32_t value, std::int16_t n) override;
+  std::int32_t shiftBitsCapture(std::int32_t value, std::int16_t n);
+  void scanDr(std::int32_t value, std::int16_t n);
+  void scanIr(std::int32_t value, std::int16_t n);
+  std::int32_t scanDrCapture(std::int32_t value, std::int16_t n);
 
   /// Scans a command of 15 bits; the byte that the device answers comes with the next bulk read.
   void CaptureAnswer(std::int32_t command) { scanDrCapture(command, 15); }

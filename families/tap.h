@@ -2,7 +2,14 @@
 // shifts, and scans. Nearly all of it is queued: it reaches the device with the next FlushQueue.
 //
 // Two classes walk the port: SoftwareTap sets single levels of TMS and TCK, HardwareTap has the
-// programmer walk. A family has one or the other.
+// programmer walk. A family has one or the other. In both
+//
+//   shiftBits         shifts the low `n` bits of `value` into TDI, bit 0 first, with TMS high on the
+//                     last: from Shift-DR or Shift-IR to Exit1
+//   shiftBitsCapture  captures from TDO while it shifts
+//   scanDr, scanIr, scanDrCapture do the same from Run-Test/Idle and back
+//
+// The class says which counts there are.
 #pragma once
 
 #include <cstdint>
@@ -25,18 +32,13 @@ inline constexpr JtagLines kJtagPort0{.fixedBitsA = 0x80,
 class Tap {
  public:
   Tap(Run& run, JtagLines& lines) : lines_(lines), run_(run), io_(run.io) {}
-  virtual ~Tap() = default;
-  Tap(const Tap&) = delete;
-  Tap& operator=(const Tap&) = delete;
 
-  /// Makes the programmer drive lines, ahead of their set-up.
   /// Lets TDO through the input mask of the port.
   void OpenInput();
   /// Tells the programmer's shifter which lines are which.
   void ConfigureShifter();
 
   // Levels of a line: 0 or 1.
-  void setTck(std::uint8_t bit) { SetLine(lines_.tckState, bit, lines_.tckMask); }
   void setTms(std::uint8_t bit) { SetLine(lines_.tmsState, bit, lines_.tmsMask); }
   void setTdi(std::uint8_t bit) { SetLine(lines_.tdiState, bit, lines_.tdiMask); }
   void pulseTck() { pulseTckN(1); }
@@ -65,19 +67,9 @@ class Tap {
   /// From any state to Run-Test/Idle.
   void resetTap() { Walk(5, 2); }
 
-  /// Shifts the low `n` bits of `value` into TDI, bit 0 first, with TMS high on the last: from
-  /// Shift-DR or Shift-IR to Exit1. Which counts there are depends on the class.
-  virtual void shiftBits(std::int32_t value, std::int16_t n) = 0;
-  /// Captures from TDO while it shifts. The count says what is captured, and whether it is returned
-  /// or comes with the next bulk read.
-  virtual std::int32_t shiftBitsCapture(std::int32_t value, std::int16_t n) = 0;
-
-  // Scans from Run-Test/Idle and back.
-  virtual void scanDr(std::int32_t value, std::int16_t n) = 0;
-  virtual void scanIr(std::int32_t value, std::int16_t n) = 0;
-  virtual std::int32_t scanDrCapture(std::int32_t value, std::int16_t n) = 0;
-
  protected:
+  ~Tap() = default;
+
   void Queue(std::int32_t value, std::uint8_t command) { io_.QueueRegisterWrite(value, command); }
   void QueueCapture() { Queue(1, reg::kCapture); }
   /// Captures at once; the first bit is bit 0.

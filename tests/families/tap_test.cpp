@@ -144,11 +144,12 @@ class TapTest : public testing::Test {
 
 TEST_F(TapTest, ScansCarryTheirBitsInBothWalks) {
   std::mt19937 random(5);
-  const auto check = [&](Tap& tap, std::initializer_list<std::int16_t> widths) {
+  const auto check = [&](const std::string& walk, auto& tap,
+                         std::initializer_list<std::int16_t> widths) {
     for (const std::int16_t width : widths) {
       const auto value = static_cast<std::int32_t>(random());
       const auto bits = static_cast<std::uint32_t>(value) & (0xFFFFFFFFU >> (32 - width));
-      SCOPED_TRACE((&tap == &software_ ? "software, " : "hardware, ") + std::to_string(width));
+      SCOPED_TRACE(walk + ' ' + std::to_string(width));
       Forget();
       tap.scanDr(value, width);
       EXPECT_EQ(Scanned(TapState::kShiftDr, width), bits);
@@ -157,8 +158,8 @@ TEST_F(TapTest, ScansCarryTheirBitsInBothWalks) {
       EXPECT_EQ(Scanned(TapState::kShiftIr, width), bits);
     }
   };
-  check(software_, {1, 4, 8, 15, 16});
-  check(hardware_, {1, 2, 10, 16, 17, 18, 19, 32});
+  check("software", software_, {1, 4, 8, 15, 16});
+  check("hardware", hardware_, {1, 2, 10, 16, 17, 18, 19, 32});
 }
 
 TEST_F(TapTest, EveryWriteIsCounted) {
@@ -168,13 +169,10 @@ TEST_F(TapTest, EveryWriteIsCounted) {
     EXPECT_EQ(io_.calls.size(), io_.queued.size());
     return io_.calls.size();
   };
-  HardwareWalk walk(run_, lines_.jtag);
   EXPECT_EQ(writes([this] { software_.shiftBits(0x1234, 15); }), 7U);
   EXPECT_EQ(writes([this] { software_.shiftBits(0x1234, 12); }), 5U);  // the last bit only
   EXPECT_EQ(writes([this] { hardware_.shiftBits(0x1234, 12); }), 0U);
   EXPECT_EQ(writes([this] { hardware_.shiftBits(-1, 32); }), 4U);
-  EXPECT_EQ(writes([&] { walk.shiftBits(1, 1); }), 0U);
-  EXPECT_EQ(writes([&] { walk.scanDr(1, 1); }), 2U);
   EXPECT_EQ(writes([this] { software_.pulseTckN(-3); }), 0U);
   EXPECT_EQ(writes([this] { software_.resetTap(); }), 16U);
   writes([this] { software_.scanIr(0x0C, 4); });
@@ -184,13 +182,10 @@ TEST_F(TapTest, EveryWriteIsCounted) {
 
 TEST_F(TapTest, APulseIsTheClockSetHighAndLow) {
   software_.setTdi(1);
-  software_.setTck(1);
-  software_.setTck(0);
-  const auto levels = io_.queued;
   Forget();
-  software_.setTdi(1);
   software_.pulseTck();
-  EXPECT_EQ(io_.queued, levels);
+  EXPECT_THAT(io_.calls,
+              ElementsAre("QueueRegisterWrite(0xB1, 0x00)", "QueueRegisterWrite(0xA1, 0x00)"));
 }
 
 TEST_F(TapTest, CapturesInSoftware) {
