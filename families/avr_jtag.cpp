@@ -1,11 +1,11 @@
 #include "families/avr_jtag.h"
 
 #include <algorithm>
-#include <array>
 #include <span>
 
 #include "families/avr_jtag_commands.h"
 #include "families/software_tap.h"
+#include "image_layout/rounding.h"
 #include "usb/request/notes.h"
 
 namespace fliglaf {
@@ -19,10 +19,20 @@ constexpr std::int32_t kWithoutJtagEnable = 0xBF;
 
 /// Milliseconds until the programmer has the configuration, which takes longer than a block.
 constexpr std::int32_t kConfigWait = 1000;
+/// Words in a page of the flash for each byte in a page of the EEPROM.
+constexpr std::int64_t kFlashWordsPerEepromByte = 16;
 /// µs between the bytes of a long register.
 constexpr std::int32_t kBytePause = 2;
 /// µs before the EEPROM is read.
 constexpr std::int32_t kEepromPause = 100;
+
+// Pauses, in units of the write time.
+constexpr std::int32_t kPageOrConfigWrite = 1;
+constexpr std::int32_t kErase = 2;
+
+/// Of the devices with three fuse bytes.
+constexpr std::uint8_t kOptionsWithExtendedFuses[] = {4, 5, 7, 8};
+constexpr std::uint8_t kOptionWithTwoFuseBytes = 6;
 
 using Commands = std::span<const std::int32_t>;
 
@@ -30,16 +40,8 @@ constexpr std::int32_t LowByte(std::int64_t value) {
   return static_cast<std::int32_t>(value & 0xFF);
 }
 
-/// A sixteenth of the flash page in words, rounded to the nearest, halves to even; one byte at
-/// least.
-constexpr std::int64_t EepromPageBytes(std::int64_t page_words) {
-  const std::int64_t whole = page_words / 16;
-  const std::int64_t rest = page_words % 16;
-  const bool up = rest > 8 || (rest == 8 && whole % 2 != 0);
-  return std::max<std::int64_t>(up ? whole + 1 : whole, 1);
-}
-
-/// What the two variants share.
+/// What the two variants share. They differ in how a page of the flash passes through the data
+/// register.
 class AvrJtag : public Family {
  public:
   AvrJtag(Run& request, WindowLines& lines, std::uint8_t code)
@@ -48,7 +50,8 @@ class AvrJtag : public Family {
         lines_(lines.jtag),
         image_(LayoutOf(code, SizesOf(vars))),
         page_words_(std::max<std::int64_t>(vars.quorinpagelength[0], 1)),
-        eeprom_page_bytes_(EepromPageBytes(vars.quorinpagelength[0])) {}
+        eeprom_page_bytes_(std::max<std::int64_t>(
+            DivideToEven(vars.quorinpagelength[0], kFlashWordsPerEepromByte), 1)) {}
 
   void Enter() override {
     lines_ = kJtagPort0;
@@ -59,6 +62,19 @@ class AvrJtag : public Family {
     tap_.ConfigureShifter();
     enterJtagProg();
   }
+  void ReadPass(CheckMode mode) override {
+    RequireImage();
+    OpenPass(PassKind::kBlocks);
+    if (jtagReadFlash(mode) && jtagReadEeprom(mode) && mode == CheckMode::kRead) jtagReadConfig();
+    ClosePass();
+  }
+  void Program() override {
+    RequireImage();  // refuse before writing what could not be verified
+    jtagWriteFlash();
+    jtagWriteEeprom();
+    VerifyProgrammed();
+  }
+  void Code8() override { jtagErase(); }
   void Code9() override { jtagWriteConfig(); }
 
   Signature ReadSignature() override {
@@ -74,6 +90,16 @@ class AvrJtag : public Family {
   }
 
  protected:
+  /// Captures the page that Shift-DR gives, and stays there.
+  virtual void CapturePage() = 0;
+  /// Shifts the page from image byte `start` on, from Shift-DR to Run-Test/Idle.
+  virtual void LoadPage(std::int64_t start) = 0;
+
+  [[nodiscard]] std::int64_t page_bytes() const { return 2 * page_words_; }
+
+  SoftwareTap tap_;
+
+ private:
   /// Throws std::length_error for an EEPROM that one block cannot bring back, RangeError for a flash
   /// larger than the data buffer and than any device.
   void RequireImage() const {
@@ -81,30 +107,18 @@ class AvrJtag : public Family {
     RequireData(run, 0, image_.main_bytes - 1);
   }
 
-  void BeginReadPass() {
-    RequireImage();
-    OpenPass(PassKind::kBlocks);
-  }
-
-  /// EEPROM and, when reading, the configuration follow a flash that was read to its end.
-  void FinishReadPass(bool flash_read, CheckMode mode) {
-    if (flash_read && jtagReadEeprom(mode) && mode == CheckMode::kRead) jtagReadConfig(mode);
-    ClosePass();
-  }
-
   static constexpr std::int64_t kBlockWords = kBlockBytes / 2;
 
-  /// The flash in blocks of pages; `capture` captures the page that Shift-DR gives. A block is
-  /// judged to its end, also where the flash ends within it.
-  template <class Capture>
-  [[nodiscard]] bool ReadFlash(CheckMode mode, Capture capture) {
+  /// The flash in blocks of pages. A block is judged to its end, also where the flash ends within
+  /// it.
+  [[nodiscard]] bool jtagReadFlash(CheckMode mode) {
     tap_.Idle();
     Select(Instruction::kProgCommands);
     Send(command::kEnterFlashRead);
     for (std::int64_t block = 0; 2 * block < image_.main_bytes; block += kBlockWords) {
       ArmCapture();
       for (std::int64_t word = 0; word < kBlockWords; word += page_words_) {
-        CapturePage(block | word, capture);
+        ReadPage(block | word);
         ProgressAt(block | word);
       }
       const Block captured{.bytes = kBlockBytes, .image = 2 * block, .order = BitOrder::kLowFirst};
@@ -113,20 +127,27 @@ class AvrJtag : public Family {
     return true;
   }
 
-  /// The flash page by page; `load` shifts a page from Shift-DR and ends in Run-Test/Idle. Nothing
-  /// is polled: the pause must cover the write.
-  template <class Load>
-  void WriteFlash(Load load) {
+  void ReadPage(std::int64_t page) {
+    SendAddress(page);
+    Select(Instruction::kProgPageRead);
+    tap_.FromIdleToShiftDr();
+    CapturePage();
+    tap_.FromShiftDrToIdle();
+    Select(Instruction::kProgCommands);
+  }
+
+  /// The flash page by page. Nothing is polled: the pause must cover the write.
+  void jtagWriteFlash() {
     Select(Instruction::kProgCommands);
     Send(command::kEnterFlashWrite);
     for (std::int64_t page = 0; 2 * page < image_.main_bytes; page += page_words_) {
       SendAddress(page);
       Select(Instruction::kProgPageLoad);
       tap_.FromIdleToShiftDr();
-      load(2 * page);
+      LoadPage(2 * page);
       Select(Instruction::kProgCommands);
       Send(kWritePageOrFuseHigh);
-      io.QueueDelay(run.WriteTime(1));
+      io.QueueDelay(run.WriteTime(kPageOrConfigWrite));
       ProgressAt(page);
     }
     io.FlushQueue();
@@ -143,27 +164,22 @@ class AvrJtag : public Family {
         Send(kLatchData);
       }
       Send(kWriteEepromFuseLowOrLock);
-      io.QueueDelay(run.WriteTime(1));
+      io.QueueDelay(run.WriteTime(kPageOrConfigWrite));
       ProgressAt(page);
     }
     io.FlushQueue();
   }
 
-  /// With the note of the blank check that follows.
-  void jtagChipErase() {
+  void jtagErase() {
     RequireImage();
     Select(Instruction::kProgCommands);
     Send(kChipErase);
-    io.QueueDelay(run.WriteTime(2));
+    io.QueueDelay(run.WriteTime(kErase));
     io.FlushQueue();
     NoteBlankCheck(run);
+    ReadPass(CheckMode::kBlankCheck);
   }
 
-  [[nodiscard]] std::int64_t page_bytes() const { return 2 * page_words_; }
-
-  SoftwareTap tap_;
-
- private:
   /// From any state of the test access port to programming mode.
   void enterJtagProg() {
     tap_.Walk(7, 1);
@@ -178,16 +194,6 @@ class AvrJtag : public Family {
     Send(command::kAddressLow | address);
     Send(command::kReadStrobe);
     return tap_.ReadAnswerNow(command::kReadByte);
-  }
-
-  template <class Capture>
-  void CapturePage(std::int64_t page, Capture capture) {
-    SendAddress(page);
-    Select(Instruction::kProgPageRead);
-    tap_.FromIdleToShiftDr();
-    capture();
-    tap_.FromShiftDrToIdle();
-    Select(Instruction::kProgCommands);
   }
 
   [[nodiscard]] bool jtagReadEeprom(CheckMode mode) {
@@ -211,20 +217,13 @@ class AvrJtag : public Family {
   /// Which fuse bytes the device has, by its option; those of an unknown option are not read.
   enum class Fuses : std::uint8_t { kUnknown, kWithoutExtended, kWithExtended };
   [[nodiscard]] Fuses FusesOfDevice() const {
-    switch (vars.quorinwoption[0]) {
-      case 4:
-      case 5:
-      case 7:
-      case 8:
-        return Fuses::kWithExtended;
-      case 6:
-        return Fuses::kWithoutExtended;
-      default:
-        return Fuses::kUnknown;
-    }
+    const std::uint8_t option = vars.quorinwoption[0];
+    if (option == kOptionWithTwoFuseBytes) return Fuses::kWithoutExtended;
+    const bool extended = std::ranges::count(kOptionsWithExtendedFuses, option) > 0;
+    return extended ? Fuses::kWithExtended : Fuses::kUnknown;
   }
 
-  void jtagReadConfig(CheckMode mode) {
+  void jtagReadConfig() {
     const Fuses fuses = FusesOfDevice();
     ArmCapture();
     Select(Instruction::kProgCommands);
@@ -237,7 +236,7 @@ class AvrJtag : public Family {
     tap_.CaptureAnswer(command::kReadCalibration);
     if (!FetchOrCountAsLost(kBlockAndEndMark, kConfigWait)) return;
     if (fuses == Fuses::kUnknown) return;
-    HandConfigOver(std::span(kCaptureOrder).subspan(fuses == Fuses::kWithExtended ? 0 : 1), mode);
+    HandConfigOver(std::span(kCaptureOrder).subspan(fuses == Fuses::kWithExtended ? 0 : 1));
   }
 
   void CaptureFuses(Fuses fuses) {
@@ -252,12 +251,13 @@ class AvrJtag : public Family {
     tap_.CaptureAnswer(command::kReadLock);
   }
 
-  void HandConfigOver(std::span<const int> places, CheckMode mode) {
+  void HandConfigOver(std::span<const int> places) {
+    constexpr auto kStore = static_cast<std::int32_t>(CheckMode::kRead);
     std::int64_t captured = 0;
     for (const int place : places) {
       const std::int32_t byte = reverseBits(vars.quorinibuf2[captured++], 8);
       const auto image = static_cast<std::int32_t>(image_.config_start + place);
-      if (io.BlockTransfer(byte, image, static_cast<std::int32_t>(mode)) == 1) return;
+      if (io.BlockTransfer(byte, image, kStore) == 1) return;
     }
   }
 
@@ -266,16 +266,14 @@ class AvrJtag : public Family {
     Select(Instruction::kProgCommands);
     Send(command::kEnterFuseWrite);
     if (FusesOfDevice() == Fuses::kWithExtended) {
-      WriteConfigByte(command::kLoadData | ConfigByte(config_byte::kFuseExtended),
-                      kWriteFuseExtended);
+      WriteConfigByte(command::kLoadData | ConfigByte(fuse_byte::kExtended), kWriteFuseExtended);
     }
-    WriteConfigByte(command::kLoadData | (ConfigByte(config_byte::kFuseHigh) & kWithoutJtagEnable),
+    WriteConfigByte(command::kLoadData | (ConfigByte(fuse_byte::kHigh) & kWithoutJtagEnable),
                     kWritePageOrFuseHigh);
-    WriteConfigByte(command::kLoadData | ConfigByte(config_byte::kFuseLow),
-                    kWriteEepromFuseLowOrLock);
+    WriteConfigByte(command::kLoadData | ConfigByte(fuse_byte::kLow), kWriteEepromFuseLowOrLock);
     Select(Instruction::kProgCommands);
     Send(command::kEnterLockWrite);
-    WriteConfigByte(command::kLoadLock | ConfigByte(config_byte::kLock), kWriteEepromFuseLowOrLock);
+    WriteConfigByte(command::kLoadLock | ConfigByte(fuse_byte::kLock), kWriteEepromFuseLowOrLock);
     io.FlushQueue();
   }
 
@@ -286,7 +284,7 @@ class AvrJtag : public Family {
   void WriteConfigByte(std::int32_t load, Commands write) {
     Send(load);
     Send(write);
-    io.QueueDelay(run.WriteTime(1));
+    io.QueueDelay(run.WriteTime(kPageOrConfigWrite));
   }
 
   void Select(Instruction instruction) {
@@ -315,47 +313,23 @@ class AvrJtag : public Family {
 class AvrJtagA final : public AvrJtag {
  public:
   AvrJtagA(Run& request, WindowLines& lines) : AvrJtag(request, lines, 4) {}
-  void ReadPass(CheckMode mode) override { jtagAReadPass(mode); }
-  void Program() override { jtagAProgram(); }
-  void Code8() override { jtagAErase(); }
 
  private:
-  void jtagAReadPass(CheckMode mode) {
-    BeginReadPass();
-    FinishReadPass(jtagAReadFlash(mode), mode);
+  void CapturePage() override {
+    for (std::int64_t byte = 0; byte < page_bytes(); ++byte) {
+      tap_.CaptureByte();
+      tap_.UpdateFromShiftDr();
+    }
   }
 
-  void jtagAProgram() {
-    RequireImage();  // refuse before writing what could not be verified
-    jtagAWriteFlash();
-    jtagWriteEeprom();
-    VerifyProgrammed();
-  }
-
-  void jtagAErase() {
-    jtagChipErase();
-    jtagAReadPass(CheckMode::kBlankCheck);
-  }
-
-  [[nodiscard]] bool jtagAReadFlash(CheckMode mode) {
-    return ReadFlash(mode, [this] {
-      for (std::int64_t byte = 0; byte < page_bytes(); ++byte) {
-        tap_.CaptureByte();
-        tap_.UpdateFromShiftDr();
-      }
-    });
-  }
-
-  void jtagAWriteFlash() {
-    WriteFlash([this](std::int64_t start) {
-      const std::int64_t last = start + page_bytes() - 1;
-      for (std::int64_t byte = start; byte < last; ++byte) {
-        ShiftByte(byte);
-        tap_.UpdateFromExit1();
-      }
-      ShiftByte(last);
-      tap_.FromExit1ToIdle();
-    });
+  void LoadPage(std::int64_t start) override {
+    const std::int64_t last = start + page_bytes() - 1;
+    for (std::int64_t byte = start; byte < last; ++byte) {
+      ShiftByte(byte);
+      tap_.UpdateFromExit1();
+    }
+    ShiftByte(last);
+    tap_.FromExit1ToIdle();
   }
 
   void ShiftByte(std::int64_t image) { tap_.shiftBits(vars.quorinibuffer[image], 8); }
@@ -365,47 +339,23 @@ class AvrJtagA final : public AvrJtag {
 class AvrJtagB final : public AvrJtag {
  public:
   AvrJtagB(Run& request, WindowLines& lines) : AvrJtag(request, lines, 5) {}
-  void ReadPass(CheckMode mode) override { jtagBReadPass(mode); }
-  void Program() override { jtagBProgram(); }
-  void Code8() override { jtagBErase(); }
 
  private:
-  void jtagBReadPass(CheckMode mode) {
-    BeginReadPass();
-    FinishReadPass(jtagBReadFlash(mode), mode);
-  }
-
-  void jtagBProgram() {
-    RequireImage();  // refuse before writing what could not be verified
-    jtagBWriteFlash();
-    jtagWriteEeprom();
-    VerifyProgrammed();
-  }
-
-  void jtagBErase() {
-    jtagChipErase();
-    jtagBReadPass(CheckMode::kBlankCheck);
-  }
-
   /// The first byte that comes out is a filler.
-  [[nodiscard]] bool jtagBReadFlash(CheckMode mode) {
-    return ReadFlash(mode, [this] {
-      tap_.pulseTckN(8);
-      for (std::int64_t byte = 0; byte < page_bytes(); ++byte) {
-        io.QueueDelay(kBytePause);
-        tap_.CaptureByte();
-      }
-    });
+  void CapturePage() override {
+    tap_.pulseTckN(8);
+    for (std::int64_t byte = 0; byte < page_bytes(); ++byte) {
+      io.QueueDelay(kBytePause);
+      tap_.CaptureByte();
+    }
   }
 
-  void jtagBWriteFlash() {
-    WriteFlash([this](std::int64_t start) {
-      for (std::int64_t byte = start; byte < start + page_bytes(); ++byte) {
-        io.QueueDelay(kBytePause);
-        tap_.ShiftByte(vars.quorinibuffer[byte]);
-      }
-      tap_.FromShiftDrToIdle();
-    });
+  void LoadPage(std::int64_t start) override {
+    for (std::int64_t byte = start; byte < start + page_bytes(); ++byte) {
+      io.QueueDelay(kBytePause);
+      tap_.ShiftByte(vars.quorinibuffer[byte]);
+    }
+    tap_.FromShiftDrToIdle();
   }
 };
 

@@ -1,9 +1,11 @@
-// What is sent to parts with the AVR JTAG programming interface, and where their configuration
-// bytes lie. The numbers are those of the data sheets of such parts.
+// What is sent to parts with the AVR JTAG programming interface. The numbers are those of the data
+// sheets of such parts.
 #pragma once
 
 #include <array>
 #include <cstdint>
+
+#include "image_layout/image_layout.h"
 
 namespace fliglaf::avr_jtag {
 
@@ -56,17 +58,8 @@ inline constexpr std::array kWritePageOrFuseHigh{0x3700, 0x3500, 0x3700, 0x3700}
 inline constexpr std::array kWriteEepromFuseLowOrLock{0x3300, 0x3100, 0x3300, 0x3300};
 inline constexpr std::array kWriteFuseExtended{0x3B00, 0x3900, 0x3B00, 0x3B00};
 
-/// Places of the configuration bytes, counted from the first of them.
-namespace config_byte {
-inline constexpr int kFuseLow = 0;
-inline constexpr int kCalibration = 1;
-inline constexpr int kFuseHigh = 2;
-inline constexpr int kLock = 3;
-inline constexpr int kFuseExtended = 4;
-}  // namespace config_byte
-/// The same in the order in which they are captured.
-inline constexpr std::array kCaptureOrder{config_byte::kFuseExtended, config_byte::kFuseHigh,
-                                          config_byte::kFuseLow, config_byte::kLock,
-                                          config_byte::kCalibration};
+/// The bytes of the configuration in the order in which they are captured.
+inline constexpr std::array kCaptureOrder{fuse_byte::kExtended, fuse_byte::kHigh, fuse_byte::kLow,
+                                          fuse_byte::kLock, fuse_byte::kCalibration};
 
 }  // namespace fliglaf::avr_jtag
