@@ -23,23 +23,25 @@ constexpr std::uint8_t kReleased = SerialLines::kIdleOutputs | 0x04;
 constexpr std::int32_t kPageWrite = 1;
 constexpr std::int32_t kErase = 2;
 
-/// A group of configuration bits: which configuration byte of the image holds it, its instructions,
-/// and the bits that the device has.
+/// A group of configuration bits: which configuration byte of the image holds it, the instruction
+/// that writes it, and the bits that the device has.
 struct ConfigBits {
   int index;
   std::uint8_t write;
-  std::uint8_t read;
   std::uint8_t mask;
 };
 constexpr ConfigBits kConfig[] = {
-    {0, 0xE1, 0x61, 0x0F},  // fuse bits
-    {1, 0xE4, 0x64, 0x03},  // lock bits
+    {0, 0xE1, 0x0F},  // fuse bits
+    {1, 0xE4, 0x03},  // lock bits
 };
 
 class FramedPage : public Family {
  public:
   explicit FramedPage(Run& request)
-      : Family(request), lines_(request), image_(LayoutOf(15, SizesOf(request.vars))) {}
+      : Family(request),
+        lines_(request),
+        image_(LayoutOf(15, SizesOf(vars))),
+        page_bytes_(std::max<std::int64_t>(vars.quorinpagelength[0], 1)) {}
 
   /// Nothing answers the programming enable.
   void Enter() override {
@@ -56,10 +58,23 @@ class FramedPage : public Family {
     lines_.Send({kStart, SerialLines::kControl, SerialLines::kEnable});
     Release();
   }
-  void ReadPass(CheckMode mode) override { dataOp15(mode); }
-  void Program() override { program15(); }
+  /// A read leaves the configuration bytes of the image alone.
+  void ReadPass(CheckMode mode) override {
+    RequireOneBlock(image_.main_bytes);
+    OpenPass(PassKind::kBlocks);
+    static_cast<void>(ReadCode(mode));  // every way out closes the pass
+    ClosePass();
+  }
+  /// A stop leaves at once.
+  void Program() override {
+    RequireOneBlock(image_.main_bytes);  // for the verify
+    if (!WriteCode()) return;
+    io.FlushQueue();
+    io.DelayMs(100);
+    VerifyProgrammed();
+  }
   void Code8() override { erase15(); }
-  void Code9() override { config15(ConfigDirection::kInput); }
+  void Code9() override { config15(); }
 
   Signature ReadSignature() override {
     Signature bytes{};
@@ -71,23 +86,6 @@ class FramedPage : public Family {
   }
 
  private:
-  /// A read leaves the configuration bytes of the image alone.
-  void dataOp15(CheckMode mode) {
-    RequireOneBlock(image_.main_bytes);
-    OpenPass(PassKind::kBlocks);
-    static_cast<void>(ReadCode(mode));  // every way out closes the pass
-    ClosePass();
-  }
-
-  /// A stop leaves at once.
-  void program15() {
-    RequireOneBlock(image_.main_bytes);  // for the verify
-    if (!WriteCode()) return;
-    io.FlushQueue();
-    io.DelayMs(100);
-    VerifyProgrammed();
-  }
-
   void erase15() {
     RequireOneBlock(image_.main_bytes);  // for the blank check
     Select();
@@ -95,32 +93,27 @@ class FramedPage : public Family {
     Release();
     io.ShortDelay(run.WriteTime(kErase));
     NoteBlankCheck(run);
-    dataOp15(CheckMode::kBlankCheck);
+    ReadPass(CheckMode::kBlankCheck);
   }
 
-  /// No operation asks for kOutput.
-  void config15(ConfigDirection direction) {
+  /// Writes the configuration of the image to the device.
+  void config15() {
     for (const ConfigBits& bits : kConfig) {
-      if (direction == ConfigDirection::kInput) {
-        WriteBits(bits);
-      } else {
-        ReadBits(bits);
-      }
+      const std::uint8_t byte = vars.quorinibuffer[image_.config_start + bits.index];
+      io.WriteRegister(kSelected, SerialLines::kLineLatch);
+      lines_.Send({kStart, bits.write, 0x00, 0x00, static_cast<std::uint8_t>(byte & bits.mask)});
+      io.WriteRegister(kReleased, SerialLines::kLineLatch);
     }
   }
 
   void Select() { io.WriteLatch(kSelected, SerialLines::kLineLatch); }
   void Release() { io.WriteLatch(kReleased, SerialLines::kLineLatch); }
 
-  [[nodiscard]] std::int64_t PageBytes() const {
-    return std::max<std::int64_t>(vars.quorinpagelength[0], 1);
-  }
-
   bool ReadCode(CheckMode mode) {
     ArmCapture();
-    for (std::int64_t page = 0; page < image_.main_bytes; page += PageBytes()) {
+    for (std::int64_t page = 0; page < image_.main_bytes; page += page_bytes_) {
       QueuePageInstruction(kReadPage, page);
-      for (std::int64_t i = 0; i < PageBytes(); ++i) lines_.QueueCapture();
+      for (std::int64_t i = 0; i < page_bytes_; ++i) lines_.QueueCapture();
       QueueRelease();
       if (!GoesOn(page)) return false;
     }
@@ -128,9 +121,9 @@ class FramedPage : public Family {
   }
 
   bool WriteCode() {
-    for (std::int64_t page = 0; page < image_.main_bytes; page += PageBytes()) {
+    for (std::int64_t page = 0; page < image_.main_bytes; page += page_bytes_) {
       QueuePageInstruction(kWritePage, page);
-      for (std::int64_t i = 0; i < PageBytes(); ++i) {
+      for (std::int64_t i = 0; i < page_bytes_; ++i) {
         lines_.QueueSend({vars.quorinibuffer[page + i]});
       }
       QueueRelease();
@@ -149,27 +142,9 @@ class FramedPage : public Family {
 
   void QueueRelease() { io.QueueRegisterWrite(kReleased, SerialLines::kLineLatch); }
 
-  std::uint8_t& ImageByte(const ConfigBits& bits) {
-    return vars.quorinibuffer[image_.config_start + bits.index];
-  }
-
-  void WriteBits(const ConfigBits& bits) {
-    io.WriteRegister(kSelected, SerialLines::kLineLatch);
-    const auto value = static_cast<std::uint8_t>(ImageByte(bits) & bits.mask);
-    lines_.Send({kStart, bits.write, 0x00, 0x00, value});
-    io.WriteRegister(kReleased, SerialLines::kLineLatch);
-  }
-
-  void ReadBits(const ConfigBits& bits) {
-    io.WriteRegister(kSelected, SerialLines::kLineLatch);
-    lines_.Send({kStart, bits.read, 0x00, 0x00});
-    const std::uint8_t answer = lines_.Receive();
-    io.WriteRegister(kReleased, SerialLines::kLineLatch);
-    ImageByte(bits) = answer;
-  }
-
   SerialLines lines_;
   const ImageLayout image_;
+  const std::int64_t page_bytes_;
 };
 
 }  // namespace
