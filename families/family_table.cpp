@@ -9,8 +9,7 @@
 #include "families/isp_fam1.h"
 #include "families/isp_fam2.h"
 #include "families/isp_fam3.h"
-#include "families/serial_page_fam13.h"
-#include "families/serial_page_fam14.h"
+#include "families/serial_page.h"
 #include "families/two_wire.h"
 
 namespace fliglaf {
@@ -35,8 +34,8 @@ constexpr std::array kFamilies{
     FamilyRow{10, MakeFlashRegister10},
     FamilyRow{11, MakeFlashRegister11},
     FamilyRow{12, MakeTwoWire12},
-    FamilyRow{13, MakeSerialPageFam13},
-    FamilyRow{14, MakeSerialPageFam14},
+    FamilyRow{13, MakeSerialPage13},
+    FamilyRow{14, MakeSerialPage14},
     FamilyRow{15, MakeFramedPage},
     FamilyRow{16, MakeTwoWire16},
 };

@@ -13,12 +13,6 @@ namespace fliglaf {
 /// What the latch of the reset line drives.
 enum class ResetLevel : std::uint8_t { kLow = 0x00, kHigh = 0x08 };
 
-/// Which way the configuration bytes go.
-enum class ConfigDirection : std::uint8_t {
-  kInput,  ///< from the image to the device
-  kOutput  ///< from the device to the image
-};
-
 class SerialLines {
  public:
   explicit SerialLines(Run& run) : run_(run) {}
@@ -33,7 +27,6 @@ class SerialLines {
   /// Second byte of the programming enable.
   static constexpr std::uint8_t kEnable = 0x53;
 
-  /// Sends the mode packet, which comes before the lines are set up.
   /// Writes the four latches of the lines: the reset line at `level`, the other outputs idle.
   void SetUp(ResetLevel level);
   /// Makes the reset line an output at `level`.
