@@ -7,6 +7,7 @@
 
 #include "families/flash_interface.h"
 #include "families/two_wire_lines.h"
+#include "image_layout/rounding.h"
 #include "usb/request/latches.h"
 #include "usb/request/notes.h"
 
@@ -18,6 +19,11 @@ using Command = FlashInterface::Command;
 
 /// Of the reset pulse, in µs.
 constexpr std::int32_t kResetTime = 20;
+
+/// The adapter of this option has supply pins of its own.
+constexpr std::uint8_t kOptionWithAdapter = 23;
+constexpr std::uint8_t kAdapterVccPin = 0x77;
+constexpr std::uint8_t kAdapterGndPins[] = {0x76, 0x13};
 
 /// Sent after the erase command, so that no disturbed line erases a device.
 constexpr std::array<std::int16_t, 3> kEraseKey{0xDE, 0xAD, 0xA5};
@@ -34,8 +40,23 @@ class TwoWire : public Family {
         page_(vars.quorinpagelength[0]),
         array_bytes_(LayoutOf(code, SizesOf(vars)).config_start + 1) {}
 
-  void ReadPass(CheckMode mode) override { dataOp12(mode); }
-  void Program() override { program12(); }
+  /// A read also fetches the lock byte.
+  void ReadPass(CheckMode mode) override {
+    RequireReadable();
+    RequireData(run, std::min(run.RangeStart, 0), run.RangeEnd);
+    OpenPass(PassKind::kBlocks);
+    ArmCapture();
+    if (ReadMain(mode) && mode == CheckMode::kRead) ReadLock();
+    ClosePass();
+  }
+  /// The main array up to the lock byte is written in chunks of half a page, then verified.
+  void Program() override {
+    RequireReadable();
+    WriteMain();
+    io.FlushQueue();
+    io.DelayMs(100);
+    VerifyProgrammed();
+  }
   void Code8() override { erase12(); }
   void Code9() override { writeLock12(); }
 
@@ -46,10 +67,10 @@ class TwoWire : public Family {
   void Load(const TwoWireAssignment& assignment) {
     lines_.clockState = lines_.clockMask = assignment.clock;
     lines_.dataState = lines_.dataMask = assignment.data;
-    if (assignment.extra) lines_.extraBits = *assignment.extra;
+    if (assignment.has_vpp) lines_.extraBits = assignment.extra;
     jtag_.fixedBitsA = assignment.fixed;
     jtag_.lineRegister = assignment.line_register;
-    WriteLatches(run, assignment.latches.latches());
+    WriteLatches(run, assignment.latches);
   }
 
   /// Tells the programmer's shifter how to drive the lines, and clocks it once each way.
@@ -72,31 +93,12 @@ class TwoWire : public Family {
   FlashInterface interface_;
 
  private:
-  /// Read-type pass over the main array; a read also fetches the lock byte.
-  void dataOp12(CheckMode mode) {
-    RequireReadable();
-    RequireData(run, std::min(run.RangeStart, 0), run.RangeEnd);
-    OpenPass(PassKind::kBlocks);
-    ArmCapture();
-    if (ReadMain(mode) && mode == CheckMode::kRead) ReadLock();
-    ClosePass();
-  }
-
-  /// The main array up to the lock byte written in chunks of half a page, then verified.
-  void program12() {
-    RequireReadable();
-    WriteMain();
-    io.FlushQueue();
-    io.DelayMs(100);
-    VerifyProgrammed();
-  }
-
   /// The blank check decides the result.
   void erase12() {
     RequireReadable();
     EraseDevice();
     NoteBlankCheck(run);
-    dataOp12(CheckMode::kBlankCheck);
+    ReadPass(CheckMode::kBlankCheck);
   }
 
   /// The lock byte of the image.
@@ -127,10 +129,9 @@ class TwoWire : public Family {
 
   [[nodiscard]] std::int32_t lock() const { return static_cast<std::int32_t>(array_bytes_ - 1); }
 
-  /// Half a page; in passes that read, halves round to even.
+  // Half a page: halves round to even in what a pass reads at a time, and down in what it writes.
   [[nodiscard]] std::int32_t chunk_to_read() const {
-    const std::int32_t half = page_ / 2;
-    return std::max(page_ % 2 != 0 && half % 2 != 0 ? half + 1 : half, 1);
+    return std::max(static_cast<std::int32_t>(DivideToEven(page_, 2)), 1);
   }
   [[nodiscard]] std::int32_t chunk_to_write() const { return std::max(page_ / 2, 1); }
 
@@ -219,7 +220,7 @@ class TwoWire12 : public TwoWire {
 
   void Enter() override {
     run.SelectLineMode(LineMode::kStandard);
-    if (const TwoWireAssignment* found = Assignment()) {
+    if (const TwoWireAssignment* found = Fam12Assignment(vars.quorinwoption[0])) {
       SwitchPins(*found);
       Load(*found);
     }
@@ -234,18 +235,12 @@ class TwoWire12 : public TwoWire {
   }
 
  private:
-  [[nodiscard]] const TwoWireAssignment* Assignment() const {
-    return Fam12Assignment(vars.quorinwoption[0]);
-  }
-
   void SwitchPins(const TwoWireAssignment& assignment) {
-    constexpr std::uint8_t kAdapterWithOwnSupplyPins = 23;
-    if (assignment.option == kAdapterWithOwnSupplyPins) {
-      io.SetVccPin(0x77, 1);
-      io.SetGndPin(0x76, 1);
-      io.SetGndPin(0x13, 1);
+    if (assignment.option == kOptionWithAdapter) {
+      io.SetVccPin(kAdapterVccPin, 1);
+      for (const std::uint8_t pin : kAdapterGndPins) io.SetGndPin(pin, 1);
     }
-    if (assignment.extra) io.SetVppPin(vars.quorinbvpppin[0], 1);
+    if (assignment.has_vpp) io.SetVppPin(vars.quorinbvpppin[0], 1);
   }
 
   /// The clock line is the reset line too: it resets the device when it stays low.
@@ -259,8 +254,8 @@ class TwoWire12 : public TwoWire {
 
   void WritePort() {
     std::int32_t levels = jtag_.fixedBitsA | lines_.dataState | lines_.clockState;
-    const TwoWireAssignment* found = Assignment();
-    if (found != nullptr && found->extra) levels |= lines_.extraBits;
+    const TwoWireAssignment* found = Fam12Assignment(vars.quorinwoption[0]);
+    if (found != nullptr && found->has_vpp) levels |= lines_.extraBits;
     io.QueueRegisterWrite(levels, jtag_.lineRegister);
   }
 };
