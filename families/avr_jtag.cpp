@@ -62,19 +62,25 @@ class AvrJtag : public Family {
     tap_.ConfigureShifter();
     enterJtagProg();
   }
+  /// jtagAReadPass, jtagBReadPass.
   void ReadPass(CheckMode mode) override {
     RequireImage();
     OpenPass(PassKind::kBlocks);
     if (jtagReadFlash(mode) && jtagReadEeprom(mode) && mode == CheckMode::kRead) jtagReadConfig();
     ClosePass();
   }
+  /// jtagAProgram, jtagBProgram.
   void Program() override {
     RequireImage();  // refuse before writing what could not be verified
     jtagWriteFlash();
     jtagWriteEeprom();
     VerifyProgrammed();
   }
-  void Code8() override { jtagErase(); }
+  /// jtagAErase, jtagBErase.
+  void Code8() override {
+    jtagChipErase();
+    ReadPass(CheckMode::kBlankCheck);
+  }
   void Code9() override { jtagWriteConfig(); }
 
   Signature ReadSignature() override {
@@ -109,8 +115,8 @@ class AvrJtag : public Family {
 
   static constexpr std::int64_t kBlockWords = kBlockBytes / 2;
 
-  /// The flash in blocks of pages. A block is judged to its end, also where the flash ends within
-  /// it.
+  /// jtagAReadFlash, jtagBReadFlash: the flash in blocks of pages. A block is judged to its end,
+  /// also where the flash ends within it.
   [[nodiscard]] bool jtagReadFlash(CheckMode mode) {
     tap_.Idle();
     Select(Instruction::kProgCommands);
@@ -136,7 +142,8 @@ class AvrJtag : public Family {
     Select(Instruction::kProgCommands);
   }
 
-  /// The flash page by page. Nothing is polled: the pause must cover the write.
+  /// jtagAWriteFlash, jtagBWriteFlash: the flash page by page. Nothing is polled: the pause must
+  /// cover the write.
   void jtagWriteFlash() {
     Select(Instruction::kProgCommands);
     Send(command::kEnterFlashWrite);
@@ -170,14 +177,14 @@ class AvrJtag : public Family {
     io.FlushQueue();
   }
 
-  void jtagErase() {
+  /// With the note of the blank check that follows.
+  void jtagChipErase() {
     RequireImage();
     Select(Instruction::kProgCommands);
     Send(kChipErase);
     io.QueueDelay(run.WriteTime(kErase));
     io.FlushQueue();
     NoteBlankCheck(run);
-    ReadPass(CheckMode::kBlankCheck);
   }
 
   /// From any state of the test access port to programming mode.

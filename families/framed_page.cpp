@@ -58,21 +58,8 @@ class FramedPage : public Family {
     lines_.Send({kStart, SerialLines::kControl, SerialLines::kEnable});
     Release();
   }
-  /// A read leaves the configuration bytes of the image alone.
-  void ReadPass(CheckMode mode) override {
-    RequireOneBlock(image_.main_bytes);
-    OpenPass(PassKind::kBlocks);
-    static_cast<void>(ReadCode(mode));  // every way out closes the pass
-    ClosePass();
-  }
-  /// A stop leaves at once.
-  void Program() override {
-    RequireOneBlock(image_.main_bytes);  // for the verify
-    if (!WriteCode()) return;
-    io.FlushQueue();
-    io.DelayMs(100);
-    VerifyProgrammed();
-  }
+  void ReadPass(CheckMode mode) override { dataOp15(mode); }
+  void Program() override { program15(); }
   void Code8() override { erase15(); }
   void Code9() override { config15(); }
 
@@ -86,6 +73,23 @@ class FramedPage : public Family {
   }
 
  private:
+  /// A read leaves the configuration bytes of the image alone.
+  void dataOp15(CheckMode mode) {
+    RequireOneBlock(image_.main_bytes);
+    OpenPass(PassKind::kBlocks);
+    static_cast<void>(ReadCode(mode));  // every way out closes the pass
+    ClosePass();
+  }
+
+  /// A stop leaves at once.
+  void program15() {
+    RequireOneBlock(image_.main_bytes);  // for the verify
+    if (!WriteCode()) return;
+    io.FlushQueue();
+    io.DelayMs(100);
+    VerifyProgrammed();
+  }
+
   void erase15() {
     RequireOneBlock(image_.main_bytes);  // for the blank check
     Select();
@@ -93,7 +97,7 @@ class FramedPage : public Family {
     Release();
     io.ShortDelay(run.WriteTime(kErase));
     NoteBlankCheck(run);
-    ReadPass(CheckMode::kBlankCheck);
+    dataOp15(CheckMode::kBlankCheck);
   }
 
   /// Writes the configuration of the image to the device.

@@ -62,7 +62,8 @@ struct ConfigRead {
   std::uint8_t forced = 0;
 };
 
-/// What both families do. They differ in pauses and in their configuration bytes.
+/// What both families do: dataOp14, program14 and erase14 are dataOp13, program13 and erase13 with
+/// other pauses. The configuration bytes are each family's own.
 class SerialPage : public Family {
  public:
   /// Sends the programming enable until the device echoes its second byte, at most Retries() times
@@ -79,24 +80,9 @@ class SerialPage : public Family {
     }
     lines_.Send({0x00});  // the fourth byte of the programming enable
   }
-  void ReadPass(CheckMode mode) override {
-    RequireReadable();
-    OpenPass(PassKind::kBlocks);
-    if (ReadFlash(mode) && ReadEeprom(mode) && mode == CheckMode::kRead) ReadConfig();
-    ClosePass();
-  }
-  /// A stop leaves at once.
-  void Program() override {
-    RequireReadable();
-    if (!WriteFlash()) return;
-    io.FlushQueue();
-    io.DelayMs(100);
-    if (!WriteEeprom()) return;
-    io.FlushQueue();
-    io.DelayMs(100);
-    VerifyProgrammed();
-  }
-  void Code8() override { Erase(); }
+  void ReadPass(CheckMode mode) override { dataOp13(mode); }
+  void Program() override { program13(); }
+  void Code8() override { erase13(); }
   void Code9() override { WriteConfig(); }
   Signature ReadSignature() override { return lines_.ReadWordFamilySignature(); }
 
@@ -113,8 +99,8 @@ class SerialPage : public Family {
         variant_(variant),
         image_(LayoutOf(variant.code, SizesOf(vars))) {}
 
-  virtual void WriteConfig() = 0;
-  virtual void ReadConfig() = 0;
+  virtual void WriteConfig() = 0;  ///< config13 and config14, "input"
+  virtual void ReadConfig() = 0;   ///< config13 and config14, "output"
 
   /// The image's copy of a configuration byte.
   [[nodiscard]] std::uint8_t& ImageByte(int place) {
@@ -162,12 +148,31 @@ class SerialPage : public Family {
     return lines_.Receive() == SerialLines::kEnable;
   }
 
-  void Erase() {
+  void dataOp13(CheckMode mode) {
+    RequireReadable();
+    OpenPass(PassKind::kBlocks);
+    if (ReadFlash(mode) && ReadEeprom(mode) && mode == CheckMode::kRead) ReadConfig();
+    ClosePass();
+  }
+
+  /// A stop leaves at once.
+  void program13() {
+    RequireReadable();
+    if (!WriteFlash()) return;
+    io.FlushQueue();
+    io.DelayMs(100);
+    if (!WriteEeprom()) return;
+    io.FlushQueue();
+    io.DelayMs(100);
+    VerifyProgrammed();
+  }
+
+  void erase13() {
     RequireReadable();
     lines_.SendControl({kChipErase, 0x00, 0x00});
     io.ShortDelay(run.WriteTime(kErase));
     NoteBlankCheck(run);
-    ReadPass(CheckMode::kBlankCheck);
+    dataOp13(CheckMode::kBlankCheck);
   }
 
   /// Flash and EEPROM are read in one block each. Every operation but the configuration's ends by

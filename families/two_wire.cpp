@@ -40,23 +40,8 @@ class TwoWire : public Family {
         page_(vars.quorinpagelength[0]),
         array_bytes_(LayoutOf(code, SizesOf(vars)).config_start + 1) {}
 
-  /// A read also fetches the lock byte.
-  void ReadPass(CheckMode mode) override {
-    RequireReadable();
-    RequireData(run, std::min(run.RangeStart, 0), run.RangeEnd);
-    OpenPass(PassKind::kBlocks);
-    ArmCapture();
-    if (ReadMain(mode) && mode == CheckMode::kRead) ReadLock();
-    ClosePass();
-  }
-  /// The main array up to the lock byte is written in chunks of half a page, then verified.
-  void Program() override {
-    RequireReadable();
-    WriteMain();
-    io.FlushQueue();
-    io.DelayMs(100);
-    VerifyProgrammed();
-  }
+  void ReadPass(CheckMode mode) override { dataOp12(mode); }
+  void Program() override { program12(); }
   void Code8() override { erase12(); }
   void Code9() override { writeLock12(); }
 
@@ -93,12 +78,31 @@ class TwoWire : public Family {
   FlashInterface interface_;
 
  private:
+  /// A read also fetches the lock byte.
+  void dataOp12(CheckMode mode) {
+    RequireReadable();
+    RequireData(run, std::min(run.RangeStart, 0), run.RangeEnd);
+    OpenPass(PassKind::kBlocks);
+    ArmCapture();
+    if (ReadMain(mode) && mode == CheckMode::kRead) ReadLock();
+    ClosePass();
+  }
+
+  /// The main array up to the lock byte is written in chunks of half a page, then verified.
+  void program12() {
+    RequireReadable();
+    WriteMain();
+    io.FlushQueue();
+    io.DelayMs(100);
+    VerifyProgrammed();
+  }
+
   /// The blank check decides the result.
   void erase12() {
     RequireReadable();
     EraseDevice();
     NoteBlankCheck(run);
-    ReadPass(CheckMode::kBlankCheck);
+    dataOp12(CheckMode::kBlankCheck);
   }
 
   /// The lock byte of the image.
