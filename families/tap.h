@@ -39,6 +39,7 @@ class Tap {
   void ConfigureShifter();
 
   // Levels of a line: 0 or 1.
+  void setTck(std::uint8_t bit) { SetLine(lines_.tckState, bit, lines_.tckMask); }
   void setTms(std::uint8_t bit) { SetLine(lines_.tmsState, bit, lines_.tmsMask); }
   void setTdi(std::uint8_t bit) { SetLine(lines_.tdiState, bit, lines_.tdiMask); }
   void pulseTck() { pulseTckN(1); }
