@@ -14,6 +14,7 @@
 #include "platform/win32/activation.h"
 #include "platform/win32/host_watch.h"
 #include "platform/win32/process.h"
+#include "simulator/bench/fault_option.h"
 #include "simulator/bench/simulated_bench.h"
 
 namespace fliglaf::cli {
@@ -48,10 +49,8 @@ void SetUpStandIns(const Options& options, const DeviceProfile& device, std::int
 
 /// Whether the options ask for something that can be had, before anything is done.
 void CheckBench(const Options& options, const DeviceProfile& device, std::int16_t instance) {
-  simulator::SimulatedBench bench(device, instance,
-                                  {.faults = options.faults,
-                                   .real_time = options.real_time,
-                                   .waveform_file = options.waveform_file});
+  static_cast<void>(simulator::ParseFaults(options.faults, device, "--fault"));
+  simulator::SimulatedBench bench(device, instance, {.waveform_file = options.waveform_file});
   UseChipFile(bench, options);
 }
 

@@ -12,6 +12,7 @@
 #include "cli/workplace.h"
 #include "devices/nearest_names.h"
 #include "images/utf8_path.h"
+#include "simulator/bench/fault_option.h"
 
 namespace fliglaf::cli {
 namespace {
@@ -170,10 +171,9 @@ class Parser {
     const char* const group = "Simulated bench";
     CLI::Option* const chip = AddChipFile(sub)->group(group);
     CLI::Option* const fault =
-        sub->add_option("--fault", options_.faults,
-                        "Something that goes wrong: no-programmer, no-adapter, no-chip, supply,\n"
-                        "usb-timeout, usb-failure, answer=LEVEL, stuck=ADDRESS.BIT=VALUE,\n"
-                        "call=OPERATION[:NTH]")
+        sub->add_option(
+               "--fault", options_.faults,
+               "Something that goes wrong; may be given several times.\n" + simulator::FaultHelp())
             ->type_name("FAULT")
             ->allow_extra_args(false)
             ->group(group);

@@ -13,6 +13,7 @@
 #include "images/whole_file.h"
 #include "platform/portable/portable_desktop.h"
 #include "record/recorder.h"
+#include "simulator/bench/fault_option.h"
 #include "simulator/bench/simulated_bench.h"
 
 namespace fliglaf::cli {
@@ -29,7 +30,7 @@ class PortableWorkplace : public Workplace {
   PortableWorkplace(const Options& options, const DeviceProfile& device, std::int16_t instance)
       : options_(options),
         bench_(device, instance,
-               {.faults = options.faults,
+               {.faults = simulator::ParseFaults(options.faults, device, "--fault"),
                 .parallel = options.parallel,
                 .real_time = options.real_time,
                 .waveform_file = options.waveform_file}),
@@ -66,6 +67,7 @@ class PortableWorkplace : public Workplace {
       std::cerr << fmt::format("the programmer drove a line against the chip {} times\n",
                                conflicts);
     }
+    for (const std::string& line : bench_.FaultReport()) std::cerr << "--fault " << line << "\n";
     std::vector<std::string> problems;
     Attempt(problems, [this] { bench_.KeepChip(); });
     Attempt(problems, [this] { bench_.KeepWaveform(); });

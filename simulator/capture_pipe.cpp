@@ -6,11 +6,6 @@
 #include "usb/components/programmer.h"
 
 namespace fliglaf::simulator {
-namespace {
-
-constexpr std::uint8_t kStatusFailed = bulk_status::kLastGood + 1;
-
-}  // namespace
 
 void CapturePipe::Arm() {
   ready_.swap(running_);
@@ -25,8 +20,6 @@ void CapturePipe::Clear() {
 
 void CapturePipe::Start(std::int64_t now, std::span<std::uint8_t> destination,
                         std::uint8_t& status) {
-  transfer_.reset();
-  if (fault_ == Fault::kNeverAnswers) return;
   // The last byte asked for is a packet of its own: it comes after the data are reported.
   const std::int64_t data_due = now + usb::kFrame + usb::TransferTime(destination.size() - 1);
   transfer_ = Transfer{.destination = destination,
@@ -42,11 +35,6 @@ std::optional<std::int64_t> CapturePipe::NextEvent() const {
 
 void CapturePipe::Poll(std::int64_t now) {
   if (!transfer_ || now < NextEvent()) return;
-  if (fault_ == Fault::kFails) {
-    *transfer_->status = kStatusFailed;
-    transfer_.reset();
-    return;
-  }
   if (!transfer_->data_delivered) DeliverData(*transfer_);
   if (now < transfer_->mark_due) return;
   transfer_->destination.back() = kEndMark;

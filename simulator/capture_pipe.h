@@ -12,10 +12,6 @@ namespace fliglaf::simulator {
 /// end mark.
 class CapturePipe {
  public:
-  enum class Fault : std::uint8_t { kNone, kNeverAnswers, kFails };
-
-  void SetFault(Fault fault) { fault_ = fault; }
-
   void Capture(std::uint8_t byte) { running_.push_back(byte); }
   void Arm();
   /// Drops captures and a transfer in progress.
@@ -43,7 +39,6 @@ class CapturePipe {
   std::vector<std::uint8_t> running_;  ///< captured since the last arming
   std::vector<std::uint8_t> ready_;    ///< the run before it
   std::optional<Transfer> transfer_;
-  Fault fault_ = Fault::kNone;
 };
 
 }  // namespace fliglaf::simulator

@@ -13,8 +13,12 @@ constexpr std::uint32_t kUnspecifiedError = 0x80004005;
 constexpr std::uint8_t kStatusFailed = bulk_status::kLastGood + 1;
 constexpr std::uint32_t kLongestDelay = 10'000;  // ms
 
-bool IsOfTransfer(Fault fault) {
-  return fault != Fault::kNone && fault != Fault::kFailedCall && fault != Fault::kFlippedBit;
+bool ConcernsBulkReads(Fault fault) {
+  return fault != Fault::kNone && fault != Fault::kFailedCall && fault != Fault::kRefusal;
+}
+
+bool CanBeRefused(Op op) {
+  return op == Op::kOpenProgrammer || op == Op::kSetFigMode || op == Op::kSetVcc;
 }
 
 bool HandsOverAByte(Op op) { return op == Op::kReadRegister || op == Op::kBlockTransfer; }
@@ -49,6 +53,10 @@ void FaultyProgrammer::usbcomwrite(std::span<const std::uint8_t> packet) {
 
 std::int32_t FaultyProgrammer::Perform(Op op, const Arguments& arguments) {
   const Choice choice = Begin(op);
+  if (choice.fault == Fault::kRefusal && CanBeRefused(op)) {
+    Fire(choice.fault, op);
+    return Refuse(op);
+  }
   const bool flips = choice.fault == Fault::kFlippedBit && HandsOverAByte(op);
   Arguments passed = arguments;
   if (flips && op == Op::kBlockTransfer) passed[0] = WithFlippedBit(passed[0], choice.detail);
@@ -58,18 +66,29 @@ std::int32_t FaultyProgrammer::Perform(Op op, const Arguments& arguments) {
   return flips && op == Op::kReadRegister ? WithFlippedBit(result, choice.detail) : result;
 }
 
+/// A programmer that does not start answers all the same, and lets go of the shared blocks.
+std::int32_t FaultyProgrammer::Refuse(Op op) {
+  if (op == Op::kSetVcc) {
+    next().SetVcc(0);
+    return kSupplyFailed;
+  }
+  const std::int64_t answered = time_.Now() + usb::kQuestion;
+  next().EndRun();
+  detour_.reset();
+  time_.WaitUntil(answered);
+  return op == Op::kOpenProgrammer ? kNoProgrammer : kAdapterAbort;
+}
+
 void FaultyProgrammer::usbbulkread(std::span<std::uint8_t> destination, std::uint8_t& status) {
   const Choice choice = Begin(Op::kUsbBulkRead);
   detour_.reset();
-  if (!IsOfTransfer(choice.fault) && choice.fault != Fault::kFlippedBit) {
-    return next().usbbulkread(destination, status);
-  }
+  if (!ConcernsBulkReads(choice.fault)) return next().usbbulkread(destination, status);
   Fire(choice.fault, Op::kUsbBulkRead);
-  if (choice.fault == Fault::kSilentTransfer) return;
-  if (choice.fault == Fault::kFailedTransfer) {
-    status = kStatusFailed;
-    return;
-  }
+  if (choice.fault != Fault::kSilentTransfer) StartDetour(choice, destination, status);
+}
+
+void FaultyProgrammer::StartDetour(const Choice& choice, std::span<std::uint8_t> destination,
+                                   std::uint8_t& status) {
   detour_ =
       Detour{.choice = choice, .destination = destination, .status = &status, .due = std::nullopt};
   std::vector<std::uint8_t> bytes(destination.size());
@@ -90,19 +109,24 @@ void FaultyProgrammer::DeliverData() {
   detour_->data_delivered = true;
 }
 
-void FaultyProgrammer::Poll() {
-  if (!detour_) return;
-  const std::int64_t now = time_.Now();
-  if (!detour_->due) {
-    if (status_ > bulk_status::kLastGood) {
-      *detour_->status = status_;
-      detour_.reset();
-      return;
-    }
-    if (status_ != bulk_status::kDone || bytes_.back() != kEndMark) return;
-    const bool late = detour_->choice.fault == Fault::kLateTransfer;
-    detour_->due = now + (late ? detour_->choice.detail * Clock::kMillisecond : 0);
+/// Looks at what `next` has brought so far.
+void FaultyProgrammer::TakeArrival() {
+  if (detour_->choice.fault == Fault::kFailedTransfer && status_ == bulk_status::kDone) {
+    status_ = kStatusFailed;
   }
+  if (status_ > bulk_status::kLastGood) {
+    *detour_->status = status_;
+    return detour_.reset();
+  }
+  if (status_ != bulk_status::kDone || bytes_.back() != kEndMark) return;
+  const bool late = detour_->choice.fault == Fault::kLateTransfer;
+  detour_->due = time_.Now() + (late ? detour_->choice.detail * Clock::kMillisecond : 0);
+}
+
+void FaultyProgrammer::Poll() {
+  if (detour_ && !detour_->due) TakeArrival();
+  if (!detour_ || !detour_->due) return;
+  const std::int64_t now = time_.Now();
   if (now < *detour_->due) return;
   if (!detour_->data_delivered) {
     DeliverData();
@@ -126,7 +150,19 @@ void FaultyProgrammer::WaitUntil(std::int64_t time) {
   Poll();
 }
 
-Fault SeededFaults::Draw(std::span<const std::pair<Fault, double>> rates) {
+FaultyProgrammer::Choice PlannedFaults::Choose(Op op) {
+  const std::uint32_t nth = ++calls_[static_cast<std::size_t>(op)];
+  // Drawn in any case, so that another fault does not shift those of the seed.
+  Choice choice = plan_.random ? ChooseRandom(op) : Choice{};
+  for (const ScheduledFault& scheduled : plan_.scheduled) {
+    if (scheduled.operation != op) continue;
+    if (scheduled.nth == nth) return {scheduled.fault};
+    if (scheduled.nth == 0) choice = {scheduled.fault};
+  }
+  return choice;
+}
+
+Fault PlannedFaults::Draw(std::span<const std::pair<Fault, double>> rates) {
   double chance = Random() / 4294967296.0;
   for (const auto& [fault, rate] : rates) {
     if (chance < rate) return fault;
@@ -135,21 +171,23 @@ Fault SeededFaults::Draw(std::span<const std::pair<Fault, double>> rates) {
   return Fault::kNone;
 }
 
-FaultyProgrammer::Choice SeededFaults::Choose(Op op) {
+Fault PlannedFaults::DrawFor(Op op, const FaultRates& rates) {
   using Rate = std::pair<Fault, double>;
-  const Rate call{Fault::kFailedCall, rates_.failed_call};
-  const Rate bit{Fault::kFlippedBit, rates_.flipped_bit};
-  Choice choice;
+  const Rate call{Fault::kFailedCall, rates.failed_call};
+  const Rate bit{Fault::kFlippedBit, rates.flipped_bit};
   if (op == Op::kUsbBulkRead) {
-    choice.fault = Draw(std::array{call, Rate{Fault::kFailedTransfer, rates_.failed_transfer},
-                                   Rate{Fault::kSilentTransfer, rates_.silent_transfer},
-                                   Rate{Fault::kLateTransfer, rates_.late_transfer},
-                                   Rate{Fault::kShortTransfer, rates_.short_transfer}, bit});
-  } else if (HandsOverAByte(op)) {
-    choice.fault = Draw(std::array{call, bit});
-  } else {
-    choice.fault = Draw(std::array{call});
+    return Draw(std::array{call, Rate{Fault::kFailedTransfer, rates.failed_transfer},
+                           Rate{Fault::kSilentTransfer, rates.silent_transfer},
+                           Rate{Fault::kLateTransfer, rates.late_transfer},
+                           Rate{Fault::kShortTransfer, rates.short_transfer}, bit});
   }
+  if (HandsOverAByte(op)) return Draw(std::array{call, bit});
+  if (CanBeRefused(op)) return Draw(std::array{call, Rate{Fault::kRefusal, rates.refusal}});
+  return Draw(std::array{call});
+}
+
+FaultyProgrammer::Choice PlannedFaults::ChooseRandom(Op op) {
+  Choice choice{DrawFor(op, plan_.random->rates)};
   if (choice.fault == Fault::kLateTransfer) choice.detail = Random() % kLongestDelay + 1;
   if (choice.fault == Fault::kFlippedBit) choice.detail = Random();
   return choice;

@@ -5,6 +5,7 @@
 #include <optional>
 #include <random>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "platform/portable/time_source.h"
@@ -15,16 +16,17 @@ namespace fliglaf::simulator {
 enum class Fault : std::uint8_t {
   kNone,
   kFailedCall,      ///< the component returns an error; the call has done nothing
-  kFailedTransfer,  ///< a bulk read reports its failure
+  kRefusal,         ///< no programmer is found, its adapter is missing or its supply fails
+  kFailedTransfer,  ///< a bulk read reports its failure when its data are due
   kSilentTransfer,  ///< a bulk read never reports
   kLateTransfer,    ///< a bulk read brings everything, later
   kShortTransfer,   ///< a bulk read brings half of the data, reports success, and no end mark
   kFlippedBit,      ///< one bit of what is read or judged is wrong
 };
-inline constexpr std::size_t kFaults = 7;
+inline constexpr std::size_t kFaults = 8;
 
-/// Sits before any programmer and does wrong what it is told to. It is the desktop's time source as
-/// well, since what comes late has to come some time.
+/// Stands in front of any programmer and makes its calls go wrong. It is the desktop's time source
+/// as well, since a late transfer comes in the time of the programmer.
 class FaultyProgrammer : public ForwardingProgrammer, public platform::TimeSource {
  public:
   /// `time` is that of `next`.
@@ -72,6 +74,9 @@ class FaultyProgrammer : public ForwardingProgrammer, public platform::TimeSourc
 
   Choice Begin(Op op);
   void Fire(Fault fault, Op op);
+  std::int32_t Refuse(Op op);
+  void StartDetour(const Choice& choice, std::span<std::uint8_t> destination, std::uint8_t& status);
+  void TakeArrival();
   void Poll();
   void DeliverData();
 
@@ -87,6 +92,7 @@ class FaultyProgrammer : public ForwardingProgrammer, public platform::TimeSourc
 /// How often a fault happens: 0 never, 1 at every call that can have it.
 struct FaultRates {
   double failed_call = 0;
+  double refusal = 0;
   double failed_transfer = 0;
   double silent_transfer = 0;
   double late_transfer = 0;  ///< by up to 10 s
@@ -94,12 +100,37 @@ struct FaultRates {
   double flipped_bit = 0;  ///< in a bulk read, a register that is read, a byte that is judged
 };
 
+struct ScheduledFault {
+  Fault fault;
+  Op operation;
+  std::uint32_t nth = 0;  ///< which call of the operation, from 1; 0: every call
+};
+
 /// Faults at random; the same seed repeats them.
-class SeededFaults : public FaultyProgrammer {
+struct RandomFaults {
+  std::uint32_t seed = 0;
+  FaultRates rates;
+};
+
+/// What goes wrong with the calls of a programmer. Where several faults fall on one call, the one
+/// for that call comes first, then one for every call, then a random one.
+struct FaultPlan {
+  std::vector<ScheduledFault> scheduled = {};
+  std::optional<RandomFaults> random = std::nullopt;
+
+  [[nodiscard]] bool empty() const { return scheduled.empty() && !random; }
+};
+
+class PlannedFaults : public FaultyProgrammer {
  public:
-  SeededFaults(Programmer& next, platform::TimeSource& time, std::uint32_t seed,
-               const FaultRates& rates)
-      : FaultyProgrammer(next, time), random_(seed), rates_(rates) {}
+  PlannedFaults(Programmer& next, platform::TimeSource& time, FaultPlan plan)
+      : FaultyProgrammer(next, time),
+        plan_(std::move(plan)),
+        random_(plan_.random.value_or(RandomFaults{}).seed) {}
+
+  [[nodiscard]] const FaultPlan& plan() const { return plan_; }
+  /// How often an operation has been called.
+  [[nodiscard]] std::uint32_t Calls(Op op) const { return calls_[static_cast<std::size_t>(op)]; }
 
  protected:
   Choice Choose(Op op) override;
@@ -108,9 +139,12 @@ class SeededFaults : public FaultyProgrammer {
   std::uint32_t Random() { return static_cast<std::uint32_t>(random_()); }
   /// One of the faults with these rates, or none.
   Fault Draw(std::span<const std::pair<Fault, double>> rates);
+  Fault DrawFor(Op op, const FaultRates& rates);
+  Choice ChooseRandom(Op op);
 
+  FaultPlan plan_;
   std::mt19937 random_;
-  FaultRates rates_;
+  std::array<std::uint32_t, kOperationCount> calls_{};
 };
 
 }  // namespace fliglaf::simulator

@@ -21,10 +21,11 @@ constexpr std::size_t kArmBytes = 8;
 
 constexpr std::uint32_t kInvalidArgument = 0x80070057;
 
-/// A call that sends one packet is over with the frame that carries it; one that waits for an
-/// answer takes a second frame.
-constexpr std::int64_t kCommand = usb::kFrame;
-constexpr std::int64_t kQuestion = 2 * usb::kFrame;
+using usb::kCommand;
+using usb::kQuestion;
+
+/// In real time a wait is cut short, so that a stop request is noticed while it lasts.
+constexpr std::int64_t kLongestRealWait = 20 * Clock::kMillisecond;
 
 /// A number beyond the modes is one without a name, in which every byte is accepted.
 CheckMode ModeOf(std::int32_t number) {
@@ -35,29 +36,26 @@ CheckMode ModeOf(std::int32_t number) {
 
 }  // namespace
 
-SimulatedProgrammer::SimulatedProgrammer(Clock& clock, Socket& socket, std::int16_t instance,
-                                         const Defects& defects)
-    : clock_(clock),
-      socket_(socket),
-      wires_(clock, socket),
-      shifter_(wires_),
-      instance_(instance),
-      defects_(defects) {
-  pipe_.SetFault(defects.usb);
+SimulatedProgrammer::SimulatedProgrammer(Clock& clock, Socket& socket, std::int16_t instance)
+    : clock_(clock), socket_(socket), wires_(clock, socket), shifter_(wires_), instance_(instance) {
   PresetLines();
 }
 
 void SimulatedProgrammer::Spend(std::int64_t nanoseconds) {
   clock_.Advance(nanoseconds);
   clock_.CatchUp();
-  Poll();
+  pipe_.Poll(clock_.now());
+}
+
+void SimulatedProgrammer::WaitUntil(std::int64_t time) {
+  const std::int64_t wait = time - clock_.now();
+  Spend(clock_.real_time() ? std::min(wait, kLongestRealWait) : wait);
 }
 
 // Supplies, pins, signals
 
 std::int32_t SimulatedProgrammer::OpenProgrammer() {
   Spend(kQuestion);
-  if (defects_.not_found) return kNoProgrammer;
   OpenBlocks();
   register_setup_.reset();
   PresetLines();
@@ -74,30 +72,24 @@ void SimulatedProgrammer::OpenBlocks() {
   vars_.OpenDataBuffers(vars_.DataBufferLength(), none);
 }
 
-void SimulatedProgrammer::CloseBlocks() {
+void SimulatedProgrammer::EndRun() {
+  Spend(kCommand);
+  socket_.AllOff();
+  queue_.Clear();
   pipe_.Clear();
   vars_.ReleaseMainGroup();
   vars_.ReleaseDataBuffers();
 }
 
-void SimulatedProgrammer::EndRun() {
-  Spend(kCommand);
-  socket_.AllOff();
-  queue_.Clear();
-  CloseBlocks();
-}
-
 std::int32_t SimulatedProgrammer::SetFigMode(std::uint8_t /*mode*/) {
   Spend(kQuestion);
-  if (!defects_.adapter_missing) return 0;
-  CloseBlocks();
-  return kAdapterAbort;
+  return 0;
 }
 
 std::int32_t SimulatedProgrammer::SetVcc(std::int32_t millivolts) {
   Spend(kQuestion);
-  socket_.SetSupply(defects_.supply_fails ? 0 : millivolts);
-  return defects_.supply_fails ? kSupplyFailed : 0;
+  socket_.SetSupply(millivolts);
+  return 0;
 }
 
 std::int32_t SimulatedProgrammer::SetVpp(std::int32_t /*millivolts*/, std::uint8_t /*channel*/) {

@@ -5,6 +5,7 @@
 #include <functional>
 #include <optional>
 
+#include "platform/portable/time_source.h"
 #include "shared/shared_variables.h"
 #include "simulator/capture_pipe.h"
 #include "simulator/clock.h"
@@ -19,18 +20,10 @@ namespace fliglaf::simulator {
 /// A programmer attached by USB: ports and latches on the socket's lines, a shifter, a queue, a
 /// capture memory, and the component that judges what was read. Every call takes the time that it
 /// would take on the bench.
-class SimulatedProgrammer : public Programmer {
+class SimulatedProgrammer : public Programmer, public platform::TimeSource {
  public:
-  /// What may be wrong with it from the start.
-  struct Defects {
-    bool not_found = false;        ///< OpenProgrammer finds no programmer
-    bool supply_fails = false;     ///< the supply does not come up
-    bool adapter_missing = false;  ///< SetFigMode finds no adapter
-    CapturePipe::Fault usb = CapturePipe::Fault::kNone;
-  };
-
   /// `instance`: the number of the shared blocks that it serves.
-  SimulatedProgrammer(Clock& clock, Socket& socket, std::int16_t instance, const Defects& defects);
+  SimulatedProgrammer(Clock& clock, Socket& socket, std::int16_t instance);
 
   /// Lets the message loop of whoever calls turn once: a compare does so at each difference, so
   /// that it can be stopped.
@@ -45,9 +38,10 @@ class SimulatedProgrammer : public Programmer {
     PresetLines();
   }
 
-  /// News of a running transfer, for whoever waits in virtual time.
-  [[nodiscard]] std::optional<std::int64_t> NextEvent() const { return pipe_.NextEvent(); }
-  void Poll() { pipe_.Poll(clock_.now()); }
+  [[nodiscard]] std::int64_t Now() const override { return clock_.now(); }
+  /// News of a running transfer.
+  [[nodiscard]] std::optional<std::int64_t> NextEvent() const override { return pipe_.NextEvent(); }
+  void WaitUntil(std::int64_t time) override;
 
   void EndRun() override;
   std::int32_t SetVcc(std::int32_t millivolts) override;
@@ -85,7 +79,6 @@ class SimulatedProgrammer : public Programmer {
   std::optional<std::uint8_t> Execute(std::uint8_t value, std::uint8_t register_number);
   void PresetLines();
   void OpenBlocks();
-  void CloseBlocks();
 
   Clock& clock_;
   Socket& socket_;
@@ -93,7 +86,6 @@ class SimulatedProgrammer : public Programmer {
   Shifter shifter_;
   CapturePipe pipe_;
   std::int16_t instance_;
-  Defects defects_;
   SharedVariables vars_;
   WriteQueue queue_;
   std::uint8_t captured_ = 0;

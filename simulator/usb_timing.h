@@ -8,6 +8,10 @@
 namespace fliglaf::simulator::usb {
 
 inline constexpr std::int64_t kFrame = 1'000'000;  ///< ns
+/// A call that sends one packet is over with the frame that carries it; one that waits for an
+/// answer takes a second frame.
+inline constexpr std::int64_t kCommand = kFrame;
+inline constexpr std::int64_t kQuestion = 2 * kFrame;
 inline constexpr std::int64_t kPacket = kFrame / 19;
 inline constexpr std::size_t kPacketBytes = 64;
 /// A queued register write or delay on the wire: a code and two bytes.

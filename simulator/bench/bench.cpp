@@ -16,9 +16,6 @@
 namespace fliglaf::simulator {
 namespace {
 
-/// In real time a wait is cut short, so that a stop request is noticed while it lasts.
-constexpr std::int64_t kLongestRealWait = 20 * Clock::kMillisecond;
-
 std::unique_ptr<Chip> MakeIsp51DataChip(const ChipDescription& description, const Clock& clock) {
   return std::make_unique<Isp51DataChip>(
       clock, Isp51DataModel{.flash_bytes = description.flash_bytes,
@@ -203,21 +200,19 @@ Bench::Bench(const ChipDescription& description, std::int16_t instance, const Fa
       chip_(MakeChip(description, clock_)),
       socket_(faults.no_chip ? nullptr : chip_.get(), SupplyOf(description)),
       jtag_wiring_(JtagWiringOf(description)),
-      programmer_(clock_, socket_, instance, faults.programmer) {
+      programmer_(clock_, socket_, instance) {
   if (description.config_words) socket_.JoinInput();
-  if (faults.stuck_bit) chip_->Break(*faults.stuck_bit);
+  for (const StuckBit& stuck : faults.stuck_bits) chip_->Break(stuck);
   if (faults.answer_stuck) socket_.StickAnswer(*faults.answer_stuck);
+  if (faults.programmer.empty()) return;
+  faults_ = std::make_unique<PlannedFaults>(programmer_, programmer_, faults.programmer);
+  io_ = faults_.get();
+  time_ = faults_.get();
 }
 
 std::unique_ptr<JtagCable> Bench::AttachJtagCable() {
   if (jtag_wiring_ == nullptr) return nullptr;
   return std::make_unique<JtagCable>(clock_, socket_, *jtag_wiring_);
-}
-
-void Bench::WaitUntil(std::int64_t time) {
-  clock_.AdvanceTo(clock_.real_time() ? std::min(time, clock_.now() + kLongestRealWait) : time);
-  clock_.CatchUp();
-  programmer_.Poll();
 }
 
 }  // namespace fliglaf::simulator

@@ -5,11 +5,13 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/portable/time_source.h"
 #include "simulator/chip.h"
 #include "simulator/clock.h"
 #include "simulator/config_word_wiring.h"
+#include "simulator/faulty_programmer.h"
 #include "simulator/jtag_cable.h"
 #include "simulator/simulated_programmer.h"
 #include "simulator/socket.h"
@@ -44,9 +46,9 @@ struct ChipDescription {
 
 /// What is to go wrong.
 struct Faults {
-  SimulatedProgrammer::Defects programmer = {};
+  FaultPlan programmer = {};
   bool no_chip = false;
-  std::optional<StuckBit> stuck_bit = std::nullopt;
+  std::vector<StuckBit> stuck_bits = {};
   std::optional<bool> answer_stuck = std::nullopt;  ///< the line on which the chip answers
 };
 
@@ -63,6 +65,10 @@ class Bench : public platform::TimeSource {
         bool real_time = false);
 
   [[nodiscard]] SimulatedProgrammer& programmer() { return programmer_; }
+  /// The programmer as a host meets it, behind its faults.
+  [[nodiscard]] Programmer& io() { return *io_; }
+  /// Null for a programmer that has none.
+  [[nodiscard]] const PlannedFaults* faults() const { return faults_.get(); }
   [[nodiscard]] Chip& chip() { return *chip_; }
   [[nodiscard]] const Clock& clock() const { return clock_; }
   /// True when a chip may be taken out of the socket.
@@ -75,9 +81,9 @@ class Bench : public platform::TimeSource {
 
   [[nodiscard]] std::int64_t Now() const override { return clock_.now(); }
   [[nodiscard]] std::optional<std::int64_t> NextEvent() const override {
-    return programmer_.NextEvent();
+    return time_->NextEvent();
   }
-  void WaitUntil(std::int64_t time) override;
+  void WaitUntil(std::int64_t time) override { time_->WaitUntil(time); }
 
  private:
   Clock clock_;
@@ -85,6 +91,9 @@ class Bench : public platform::TimeSource {
   Socket socket_;
   const JtagWiring* jtag_wiring_;
   SimulatedProgrammer programmer_;
+  std::unique_ptr<PlannedFaults> faults_;
+  Programmer* io_ = &programmer_;
+  platform::TimeSource* time_ = &programmer_;
 };
 
 }  // namespace fliglaf::simulator

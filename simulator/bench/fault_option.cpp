@@ -2,106 +2,297 @@
 
 #include <algorithm>
 #include <charconv>
-#include <string_view>
-#include <vector>
+#include <iterator>
 
+#include <fmt/format.h>
+
+#include "devices/memory_layout.h"
 #include "devices/nearest_names.h"
 #include "simulator/bench/bench_error.h"
 
 namespace fliglaf::simulator {
 namespace {
 
-[[noreturn]] void Fail(const std::string& fault, const std::string& reason) {
-  throw BenchError("--fault " + fault + ": " + reason);
-}
+constexpr double kCallRate = 1.0 / 100'000;
+constexpr double kTransferRate = 1.0 / 100;
+constexpr FaultRates kRandomRates{.failed_call = kCallRate,
+                                  .refusal = kTransferRate,
+                                  .failed_transfer = kTransferRate / 4,
+                                  .silent_transfer = kTransferRate / 4,
+                                  .late_transfer = kTransferRate / 4,
+                                  .short_transfer = kTransferRate / 4,
+                                  .flipped_bit = kCallRate};
 
-/// A number in decimal or, after 0x, hexadecimal.
-std::optional<std::uint32_t> Number(std::string_view text) {
+/// A fault as it is written, and where it goes.
+struct Parse {
+  Faults& faults;
+  std::string_view source;
+  std::string_view fault;     ///< the whole of it
+  std::string_view argument;  ///< what follows the '='
+  std::uint32_t memory_bytes;
+
+  [[noreturn]] void Fail(std::string_view reason) const {
+    throw BenchError(fmt::format("{} {}: {}", source, fault, reason));
+  }
+};
+
+struct FaultKind {
+  std::string_view name;
+  std::string_view argument;  ///< how it is written; empty for a fault that takes none
+  std::string_view example;   ///< of an argument
+  std::string_view help;
+  void (*apply)(const Parse&);
+};
+
+/// A number in decimal or, after 0x, hexadecimal. Fails unless it is from `least` to `most`.
+std::uint32_t Number(const Parse& parse, std::string_view what, std::string_view text,
+                     std::uint32_t least, std::uint32_t most) {
   const int base = text.starts_with("0x") || text.starts_with("0X") ? 16 : 10;
   if (base == 16) text.remove_prefix(2);
   std::uint32_t value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, base);
-  if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
+  if (error != std::errc{} || end != text.data() + text.size() || value < least || value > most) {
+    parse.Fail(most == 1 ? fmt::format("the {} must be 0 or 1", what)
+                         : fmt::format("the {} must be from {} to {}", what, least, most));
+  }
   return value;
 }
 
-/// ADDRESS.BIT=VALUE
-StuckBit ParseStuckBit(const std::string& fault, std::string_view text,
-                       std::uint32_t memory_bytes) {
+/// Every call of the operation.
+template <Fault kFault, Op kOperation>
+void ApplyToEveryCall(const Parse& parse) {
+  std::vector<ScheduledFault>& scheduled = parse.faults.programmer.scheduled;
+  const bool contradicted = std::ranges::any_of(scheduled, [](const ScheduledFault& other) {
+    return other.operation == kOperation && other.nth == 0 && other.fault != kFault;
+  });
+  if (contradicted) {
+    parse.Fail(fmt::format("conflicts with another fault of {}", Row(kOperation).name));
+  }
+  scheduled.push_back({kFault, kOperation});
+}
+
+void ApplyNoChip(const Parse& parse) { parse.faults.no_chip = true; }
+
+void ApplyAnswer(const Parse& parse) {
+  const bool level = Number(parse, "level", parse.argument, 0, 1) == 1;
+  std::optional<bool>& stuck = parse.faults.answer_stuck;
+  if (stuck.value_or(level) != level) parse.Fail("the line is already stuck at the other level");
+  stuck = level;
+}
+
+void ApplyStuck(const Parse& parse) {
+  const std::string_view text = parse.argument;
   const std::size_t dot = text.find('.');
   const std::size_t equals = text.find('=');
   if (dot == text.npos || equals == text.npos || equals < dot) {
-    Fail(fault, "expected stuck=ADDRESS.BIT=VALUE, as in stuck=0x1A7.3=0");
+    parse.Fail("must be stuck=ADDRESS.BIT=VALUE, as in stuck=0x1A7.3=0");
   }
-  const auto address = Number(text.substr(0, dot));
-  const auto bit = Number(text.substr(dot + 1, equals - dot - 1));
-  const auto value = Number(text.substr(equals + 1));
-  if (!address || *address >= memory_bytes) {
-    Fail(fault, "the address must be from 0 to " + std::to_string(memory_bytes - 1));
+  const StuckBit stuck{
+      .address = Number(parse, "address", text.substr(0, dot), 0, parse.memory_bytes - 1),
+      .bit = static_cast<int>(Number(parse, "bit", text.substr(dot + 1, equals - dot - 1), 0, 7)),
+      .value = Number(parse, "value", text.substr(equals + 1), 0, 1) == 1};
+  for (const StuckBit& other : parse.faults.stuck_bits) {
+    if (other.address == stuck.address && other.bit == stuck.bit && other.value != stuck.value) {
+      parse.Fail("the bit is already stuck at the other value");
+    }
   }
-  if (!bit || *bit > 7) Fail(fault, "the bit must be from 0 to 7");
-  if (!value || *value > 1) Fail(fault, "the value must be 0 or 1");
-  return {.address = *address, .bit = static_cast<int>(*bit), .value = *value == 1};
+  parse.faults.stuck_bits.push_back(stuck);
 }
 
-Op ParseOperation(const std::string& fault, std::string_view name) {
-  if (const Operation* const known = FindOperation(name)) return known->op;
+std::vector<std::string_view> OperationNames() {
   std::vector<std::string_view> names;
-  std::string list;
-  for (const Operation& operation : kOperations) {
-    list += (names.empty() ? "must be one of " : ", ") + std::string(operation.name);
-    names.push_back(operation.name);
-  }
-  const auto nearest = NearestNames(name, names);
-  Fail(fault, "unknown operation \"" + std::string(name) + "\"; " +
-                  (nearest.empty() ? list : "did you mean " + nearest.front() + "?"));
+  std::ranges::transform(kOperations, std::back_inserter(names), &Operation::name);
+  return names;
 }
 
-/// OPERATION[:NTH]
-FaultOptions::Call ParseCall(const std::string& fault, std::string_view text) {
-  const std::size_t colon = std::min(text.find(':'), text.size());
-  FaultOptions::Call call{.operation = ParseOperation(fault, text.substr(0, colon))};
-  if (colon < text.size()) {
-    const auto nth = Number(text.substr(colon + 1));
-    if (!nth || *nth < 1) Fail(fault, "the number of the call must be 1 or more");
-    call.nth = *nth;
+/// "did you mean ...?", or all of `names` where none is near.
+std::string Suggestion(std::string_view word, std::span<const std::string_view> names) {
+  const auto nearest = NearestNames(word, names);
+  if (!nearest.empty()) return fmt::format("did you mean {}?", nearest.front());
+  return fmt::format("must be one of {}", fmt::join(names, ", "));
+}
+
+void ApplyCall(const Parse& parse) {
+  const std::size_t colon = std::min(parse.argument.find(':'), parse.argument.size());
+  const std::string_view name = parse.argument.substr(0, colon);
+  const Operation* const operation = FindOperation(name);
+  if (operation == nullptr) {
+    parse.Fail(
+        fmt::format("unknown operation \"{}\"; {}", name, Suggestion(name, OperationNames())));
   }
-  return call;
+  const std::uint32_t nth =
+      colon == parse.argument.size()
+          ? 1
+          : Number(parse, "number of the call", parse.argument.substr(colon + 1), 1, 0xFFFF'FFFF);
+  parse.faults.programmer.scheduled.push_back({Fault::kFailedCall, operation->op, nth});
+}
+
+void ApplyRandom(const Parse& parse) {
+  const std::uint32_t seed = Number(parse, "seed", parse.argument, 0, 0xFFFF'FFFF);
+  std::optional<RandomFaults>& random = parse.faults.programmer.random;
+  if (random && random->seed != seed) parse.Fail("one seed at a time");
+  random = {.seed = seed, .rates = kRandomRates};
+}
+
+constexpr std::array kKinds{
+    FaultKind{"no-programmer", "", "", "no programmer is found",
+              ApplyToEveryCall<Fault::kRefusal, Op::kOpenProgrammer>},
+    FaultKind{"no-adapter", "", "", "the programmer reports the wrong adapter, or none",
+              ApplyToEveryCall<Fault::kRefusal, Op::kSetFigMode>},
+    FaultKind{"no-chip", "", "", "the socket is empty", ApplyNoChip},
+    FaultKind{"supply", "", "", "the device's supply stays off",
+              ApplyToEveryCall<Fault::kRefusal, Op::kSetVcc>},
+    FaultKind{"usb-timeout", "", "", "bulk reads never report",
+              ApplyToEveryCall<Fault::kSilentTransfer, Op::kUsbBulkRead>},
+    FaultKind{"usb-failure", "", "", "bulk reads report that they failed",
+              ApplyToEveryCall<Fault::kFailedTransfer, Op::kUsbBulkRead>},
+    FaultKind{"answer", "LEVEL", "answer=0",
+              "the line on which the chip answers is stuck at LEVEL, 0 or 1", ApplyAnswer},
+    FaultKind{"stuck", "ADDRESS.BIT=VALUE", "stuck=0x1A7.3=0",
+              "a bit of the main memory always reads as VALUE, 0 or 1", ApplyStuck},
+    FaultKind{"call", "OPERATION[:NTH]", "call=FlushQueue:3",
+              "the NTH call of OPERATION fails, the first unless given", ApplyCall},
+    FaultKind{"random", "SEED", "random=7",
+              "faults of the programmer at random: one in 100,000 calls and bytes, one in 100 "
+              "bulk reads and power-up calls; the same SEED repeats them",
+              ApplyRandom},
+};
+
+std::string Usage(const FaultKind& kind) {
+  return fmt::format("{}{}{}", kind.name, kind.argument.empty() ? "" : "=", kind.argument);
+}
+
+std::vector<std::string_view> KindNames() {
+  std::vector<std::string_view> names;
+  std::ranges::transform(kKinds, std::back_inserter(names), &FaultKind::name);
+  return names;
+}
+
+[[noreturn]] void FailUnknown(const Parse& parse, std::string_view name) {
+  std::vector<std::string> usages;
+  std::ranges::transform(kKinds, std::back_inserter(usages), Usage);
+  const auto nearest = NearestNames(name, KindNames());
+  parse.Fail(fmt::format("unknown fault; {}ust be one of {}",
+                         nearest.empty() ? "m" : "did you mean " + nearest.front() + "? M",
+                         fmt::join(usages, ", ")));
+}
+
+void Apply(Parse parse) {
+  const std::size_t equals = parse.fault.find('=');
+  const std::string_view name = parse.fault.substr(0, equals);
+  const auto kind = std::ranges::find(kKinds, name, &FaultKind::name);
+  if (kind == kKinds.end()) FailUnknown(parse, name);
+  const bool has_argument = equals != parse.fault.npos;
+  if (has_argument && kind->argument.empty()) parse.Fail("takes no argument");
+  if (!has_argument && !kind->argument.empty()) {
+    parse.Fail(fmt::format("must be {}, as in {}", Usage(*kind), kind->example));
+  }
+  if (has_argument) parse.argument = parse.fault.substr(equals + 1);
+  kind->apply(parse);
+}
+
+/// Addresses that a stuck bit may have: those of the configuration words where there is nothing
+/// else.
+std::uint32_t MemoryBytes(const DeviceProfile& device) {
+  const std::int64_t bytes =
+      device.config_words > 0 ? 2 * device.config_words : LayoutOf(device).main_bytes;
+  return static_cast<std::uint32_t>(bytes);
+}
+
+/// Appends words in lines of at most 70 columns that begin with `indent` blanks.
+void Wrap(std::string& text, std::string_view words, std::size_t indent) {
+  constexpr std::size_t kColumns = 70;
+  std::size_t column = indent;
+  for (std::size_t start = 0; start < words.size();) {
+    const std::size_t end = std::min(words.find(' ', start), words.size());
+    const std::size_t length = end - start;
+    if (column > indent && column + 1 + length > kColumns) {
+      text += "\n" + std::string(indent, ' ');
+      column = indent;
+    }
+    if (column > indent) text += ' ', ++column;
+    text += words.substr(start, length);
+    column += length;
+    start = end + 1;
+  }
+}
+
+std::string_view What(Fault fault) {
+  switch (fault) {
+    case Fault::kRefusal:
+      return "reported an error";
+    case Fault::kFailedTransfer:
+      return "reported a failed transfer";
+    case Fault::kSilentTransfer:
+      return "never reported";
+    case Fault::kLateTransfer:
+      return "came late";
+    case Fault::kShortTransfer:
+      return "brought half of the data";
+    case Fault::kFlippedBit:
+      return "had a wrong bit";
+    default:
+      return "failed";
+  }
+}
+
+std::string RandomReport(const PlannedFaults& faults, std::uint32_t seed) {
+  const auto& fired = faults.fired();
+  const std::string start = fmt::format("random={}: ", seed);
+  if (fired.empty()) return start + "no fault";
+  const auto& first = fired.front();
+  return fmt::format("{}{} fault{}; the first at call {}: {} {}", start, fired.size(),
+                     fired.size() == 1 ? "" : "s", first.call, Row(first.operation).name,
+                     What(first.fault));
 }
 
 }  // namespace
 
-FaultOptions ParseFaults(std::span<const std::string> faults, std::uint32_t memory_bytes) {
-  constexpr std::string_view kStuck = "stuck=";
-  constexpr std::string_view kCall = "call=";
-  FaultOptions options;
-  for (const std::string& fault : faults) {
-    const std::string_view text = fault;
-    if (text == "no-programmer") {
-      options.bench.programmer.not_found = true;
-    } else if (text == "no-adapter") {
-      options.bench.programmer.adapter_missing = true;
-    } else if (text == "no-chip") {
-      options.bench.no_chip = true;
-    } else if (text == "supply") {
-      options.bench.programmer.supply_fails = true;
-    } else if (text == "usb-timeout") {
-      options.bench.programmer.usb = CapturePipe::Fault::kNeverAnswers;
-    } else if (text == "usb-failure") {
-      options.bench.programmer.usb = CapturePipe::Fault::kFails;
-    } else if (text == "answer=0" || text == "answer=1") {
-      options.bench.answer_stuck = text.back() == '1';
-    } else if (text.starts_with(kStuck)) {
-      options.bench.stuck_bit = ParseStuckBit(fault, text.substr(kStuck.size()), memory_bytes);
-    } else if (text.starts_with(kCall)) {
-      options.failing_call = ParseCall(fault, text.substr(kCall.size()));
-    } else {
-      Fail(fault,
-           "expected no-programmer, no-adapter, no-chip, supply, usb-timeout, usb-failure, "
-           "answer=LEVEL, stuck=ADDRESS.BIT=VALUE or call=OPERATION[:NTH]");
+Faults ParseFaults(std::span<const std::string> list, const DeviceProfile& device,
+                   std::string_view source) {
+  Faults faults;
+  const std::uint32_t memory_bytes = MemoryBytes(device);
+  for (const std::string_view text : list) {
+    for (std::size_t start = 0; start <= text.size();) {
+      const std::size_t end = std::min(text.find(';', start), text.size());
+      if (end > start || text.empty()) {
+        Apply({faults, source, text.substr(start, end - start), {}, memory_bytes});
+      }
+      start = end + 1;
     }
   }
-  return options;
+  return faults;
+}
+
+std::string FaultHelp() {
+  constexpr std::size_t kIndent = 16;
+  std::string text;
+  for (const FaultKind& kind : kKinds) {
+    const std::string usage = Usage(kind);
+    text += usage;
+    text += usage.size() < kIndent ? std::string(kIndent - usage.size(), ' ')
+                                   : "\n" + std::string(kIndent, ' ');
+    Wrap(text, kind.help, kIndent);
+    text += '\n';
+  }
+  text += "OPERATION       ";
+  Wrap(text, fmt::format("one of {}", fmt::join(OperationNames(), ", ")), kIndent);
+  return text;
+}
+
+std::vector<std::string> FaultReport(const PlannedFaults& faults) {
+  std::vector<std::string> lines;
+  for (const auto& [fault, operation, nth] : faults.plan().scheduled) {
+    const std::uint32_t calls = faults.Calls(operation);
+    if (calls >= nth) continue;
+    const std::string_view name = Row(operation).name;
+    lines.push_back(fmt::format("call={}:{}: not reached: {} call{} of {} in all", name, nth, calls,
+                                calls == 1 ? "" : "s", name));
+  }
+  if (const auto& random = faults.plan().random) {
+    lines.push_back(RandomReport(faults, random->seed));
+  }
+  return lines;
 }
 
 }  // namespace fliglaf::simulator

@@ -1,28 +1,26 @@
 #pragma once
 
-#include <cstdint>
-#include <optional>
 #include <span>
 #include <string>
+#include <string_view>
+#include <vector>
 
+#include "devices/device_profile.h"
 #include "simulator/bench/bench.h"
-#include "usb/components/operations.h"
 
 namespace fliglaf::simulator {
 
-/// The faults that the --fault options name.
-struct FaultOptions {
-  struct Call {
-    Op operation;
-    unsigned nth = 1;
-  };
-  Faults bench;
-  std::optional<Call> failing_call;
-};
+/// The faults that `list` names, for a bench with this device. A text may hold several, separated
+/// by ';'. Throws BenchError for an unknown fault, an argument that is missing or out of range, and
+/// faults that contradict each other; the message begins with `source`.
+[[nodiscard]] Faults ParseFaults(std::span<const std::string> list, const DeviceProfile& device,
+                                 std::string_view source);
 
-/// Throws BenchError for an unknown fault, an address outside `memory_bytes`, and an unknown
-/// operation.
-[[nodiscard]] FaultOptions ParseFaults(std::span<const std::string> faults,
-                                       std::uint32_t memory_bytes);
+/// The faults that there are, a line or more each, in at most 70 columns.
+[[nodiscard]] std::string FaultHelp();
+
+/// What a user cannot see in the log of a run: the random faults, and the faults of calls that were
+/// not reached. A line each, which begins with the fault.
+[[nodiscard]] std::vector<std::string> FaultReport(const PlannedFaults& faults);
 
 }  // namespace fliglaf::simulator

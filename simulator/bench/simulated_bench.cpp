@@ -7,7 +7,6 @@
 #include "simulator/bench/bench_error.h"
 #include "simulator/bench/fault_option.h"
 #include "simulator/chip_file.h"
-#include "simulator/failing_call.h"
 
 namespace fliglaf::simulator {
 namespace {
@@ -52,21 +51,11 @@ SimulatedBench::SimulatedBench(const DeviceProfile& device, std::int16_t instanc
     throw BenchError(device.name + ": there is no simulated chip of family " +
                      std::to_string(device.family) + " yet");
   }
-  const ChipDescription description = Describe(device);
-  const FaultOptions faults = ParseFaults(settings.faults, description.flash_bytes);
-  bench_ = std::make_unique<Bench>(description, instance, faults.bench, settings.real_time);
+  bench_ = std::make_unique<Bench>(Describe(device), instance, settings.faults, settings.real_time);
   if (settings.parallel) bench_->programmer().AttachToParallelPort();
-  if (faults.failing_call) {
-    failing_ = std::make_unique<FailingCall>(bench_->programmer(), faults.failing_call->operation,
-                                             faults.failing_call->nth);
-  }
   if (!settings.waveform_file.empty()) {
     waveform_ = std::make_unique<WaveformFile>(settings.waveform_file, device_, *bench_);
   }
-}
-
-Programmer& SimulatedBench::programmer() {
-  return failing_ != nullptr ? *failing_ : bench_->programmer();
 }
 
 /// Made before it is locked: two runs that make it at the same time would otherwise both believe
@@ -96,6 +85,11 @@ void SimulatedBench::UseChipFile(const std::filesystem::path& file) {
 void SimulatedBench::KeepChip() {
   if (chip_file_.empty()) return;
   WriteFileWhole(chip_file_, Bytes(SaveChip(bench_->chip(), device_)), &*lock_);
+}
+
+std::vector<std::string> SimulatedBench::FaultReport() const {
+  const PlannedFaults* const faults = bench_->faults();
+  return faults == nullptr ? std::vector<std::string>{} : simulator::FaultReport(*faults);
 }
 
 void SimulatedBench::KeepWaveform() {

@@ -3,8 +3,8 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
-#include <span>
 #include <string>
+#include <vector>
 
 #include "devices/device_profile.h"
 #include "platform/file_lock.h"
@@ -19,17 +19,17 @@ namespace fliglaf::simulator {
 class SimulatedBench {
  public:
   struct Settings {
-    std::span<const std::string> faults;
+    Faults faults;
     bool parallel = false;  ///< a programmer on the parallel port
     bool real_time = false;
     std::filesystem::path waveform_file = {};  ///< empty: none
   };
 
-  /// Throws BenchError for a device without a simulated chip and an unknown fault; ImageError for a
-  /// waveform that cannot be written.
+  /// Throws BenchError for a device without a simulated chip; ImageError for a waveform that cannot
+  /// be written.
   SimulatedBench(const DeviceProfile& device, std::int16_t instance, const Settings& settings);
 
-  [[nodiscard]] Programmer& programmer();
+  [[nodiscard]] Programmer& programmer() { return bench_->io(); }
   [[nodiscard]] Bench& bench() { return *bench_; }
 
   /// Takes the chip's contents from a file, in which KeepChip stores them; no other process can use
@@ -41,6 +41,8 @@ class SimulatedBench {
 
   /// Writes the chip's contents to its file, if there is one. Throws ImageError when that fails.
   void KeepChip();
+  /// See simulator::FaultReport; empty for a bench without faults.
+  [[nodiscard]] std::vector<std::string> FaultReport() const;
   /// Completes the waveform, if one was asked for: it ends here. Throws ImageError when that fails.
   void KeepWaveform();
 
@@ -49,7 +51,6 @@ class SimulatedBench {
   std::filesystem::path chip_file_;
   std::unique_ptr<Bench> bench_;
   std::optional<platform::FileLock> lock_;  ///< on the chip file
-  std::unique_ptr<Programmer> failing_;  ///< around the bench's programmer, where a call is to fail
   std::unique_ptr<WaveformFile> waveform_;
 };
 

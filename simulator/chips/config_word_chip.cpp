@@ -164,10 +164,11 @@ std::uint16_t ConfigWordChip::ReadWord() const {
   if (!at_a_word()) return 0;
   const std::size_t cell = 2 * static_cast<std::size_t>(address_ - kFirstWord);
   std::uint8_t bytes[] = {cells_[cell], cells_[cell + 1]};
-  if (stuck_.address / 2 == cell / 2) {
-    std::uint8_t& byte = bytes[stuck_.address % 2];
-    const auto mask = static_cast<std::uint8_t>(1U << stuck_.bit);
-    byte = static_cast<std::uint8_t>(stuck_.value ? byte | mask : byte & ~mask);
+  for (const StuckBit& stuck : stuck_) {
+    if (stuck.address / 2 != cell / 2) continue;
+    std::uint8_t& byte = bytes[stuck.address % 2];
+    const auto mask = static_cast<std::uint8_t>(1U << stuck.bit);
+    byte = static_cast<std::uint8_t>(stuck.value ? byte | mask : byte & ~mask);
   }
   return static_cast<std::uint16_t>(bytes[0] | bytes[1] << 8);
 }

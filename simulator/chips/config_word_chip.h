@@ -37,7 +37,7 @@ class ConfigWordChip : public Chip {
   void Observe(Lines levels) override;
   [[nodiscard]] std::vector<Signal> Signals() const override;
   [[nodiscard]] std::vector<MemoryArea> Memory() override;
-  void Break(const StuckBit& stuck) override { stuck_ = stuck; }
+  void Break(const StuckBit& stuck) override { stuck_.push_back(stuck); }
 
  private:
   enum class Entry : std::uint8_t { kNone, kSupplied, kReady, kEntered };
@@ -58,7 +58,7 @@ class ConfigWordChip : public Chip {
   ConfigWordWiring wiring_;
   ConfigWordModel model_;
   std::array<std::uint8_t, 4> cells_{0xFF, kHighBits, 0xFF, kHighBits};  ///< low and high bytes
-  StuckBit stuck_{.address = 0xFFFF};
+  std::vector<StuckBit> stuck_;
 
   Lines seen_ = 0;
   bool powered_ = false;

@@ -16,10 +16,12 @@ int& Helpers() {
 }
 
 /// Says on the debugger's channel and on standard error what a host without a log cannot show.
-void Complain(const std::exception& error) noexcept {
-  std::fprintf(stderr, "fliglaf simulator: %s\n", error.what());
-  OutputDebugStringA(error.what());
+void Say(const char* text) noexcept {
+  std::fprintf(stderr, "fliglaf simulator: %s\n", text);
+  OutputDebugStringA(text);
 }
+
+void Complain(const std::exception& error) noexcept { Say(error.what()); }
 
 /// Carries out an operation; no exception leaves the module.
 template <class Operation>
@@ -63,6 +65,7 @@ IoHelper::IoHelper() {
 IoHelper::~IoHelper() {
   if (--Helpers() > 0) return;
   try {
+    for (const std::string& line : TheComponents().FaultReport()) Say(line.c_str());
     EndComponents();
   } catch (const std::exception& error) {
     Complain(error);

@@ -9,6 +9,7 @@
 
 #include "images/utf8_path.h"
 #include "platform/win32/module.h"
+#include "simulator/bench/fault_option.h"
 
 namespace fliglaf::simulator {
 namespace {
@@ -54,6 +55,11 @@ std::vector<std::string> ListSetting(const wchar_t* name) {
   return parts;
 }
 
+Faults FaultsFor(const DeviceProfile& device) {
+  const std::string text = Setting(L"FLIGLAF_SIM_FAULTS");
+  return text.empty() ? Faults{} : ParseFaults({&text, 1}, device, "FLIGLAF_SIM_FAULTS");
+}
+
 const DeviceProfile& Device(const DeviceCatalogue& devices) {
   std::string name = Setting(L"FLIGLAF_SIM_DEVICE");
   if (name.empty()) name = kDefaultDevice;
@@ -71,11 +77,11 @@ SimulatedComponents*& Current() {
 SimulatedComponents::SimulatedComponents() {
   for (const std::string& folder : ListSetting(L"FLIGLAF_SIM_DEVICES"))
     devices_.AddFolder(Utf8Path(folder));
-  const std::vector<std::string> faults = ListSetting(L"FLIGLAF_SIM_FAULTS");
+  const DeviceProfile& device = Device(devices_);
   bench_ = std::make_unique<SimulatedBench>(
-      Device(devices_), InstanceNumber(),
+      device, InstanceNumber(),
       SimulatedBench::Settings{
-          .faults = faults,
+          .faults = FaultsFor(device),
           .parallel = !platform::EnvironmentText(L"FLIGLAF_SIM_PARALLEL").empty(),
           .real_time = !platform::EnvironmentText(L"FLIGLAF_SIM_REALTIME").empty(),
           .waveform_file = platform::EnvironmentText(L"FLIGLAF_SIM_VCD")});

@@ -61,6 +61,19 @@ TEST_F(Program, TellsADeviceThatDiffersFromACheckThatCouldNotBeMade) {
   EXPECT_THAT(out_, HasSubstr("Blank Check failed"));
 }
 
+TEST_F(Program, CombinesFaultsAndReportsThoseThatTheLogDoesNotShow) {
+  std::ofstream(folder_ / "blank.bin", std::ios::binary) << std::string(4096, '\xFF');
+  EXPECT_EQ(Run("compare isp51-4k blank.bin --fault stuck=0x10.1=0 --fault stuck=0x20.7=0"), 1);
+  EXPECT_THAT(err_, HasSubstr("2 bytes differ"));
+  EXPECT_EQ(Run("blank isp51-4k --fault call=EndRun:2"), 0);
+  EXPECT_THAT(err_, HasSubstr("--fault call=EndRun:2: not reached: 1 call of EndRun in all\n"));
+  EXPECT_EQ(Run("program isp51-4k blank.bin --no-signature --fault random=1"), 0) << err_;
+  EXPECT_THAT(err_, HasSubstr("--fault random=1: no fault\n"));
+  EXPECT_EQ(Run("program isp51-4k blank.bin --fault random=4"), 3) << err_;
+  EXPECT_THAT(err_,
+              testing::ContainsRegex("--fault random=4: 1 fault; the first at call [0-9]+: "));
+}
+
 TEST_F(Program, RefusesBadInputBeforeAnythingIsDone) {
   std::ofstream(folder_ / "sum.hex") << ":0100000000FE\n:00000001FF\n";
   std::ofstream(folder_ / "bad.chip")
@@ -86,8 +99,19 @@ TEST_F(Program, RefusesBadInputBeforeAnythingIsDone) {
            Case{"blank isp51-4k --record none/x.run", "none"},
            Case{"blank isp51-4k --vcd none/x.vcd", "none/x.vcd: there is no folder none"},
            Case{"config isp-page-16k --vcd .", ".: is a folder"},
-           Case{"blank isp51-4k --fault smoke", "--fault smoke: expected no-programmer"},
-           Case{"blank isp51-4k --fault stuck=4096.0=1", "from 0 to 4095"},
+           Case{"blank isp51-4k --fault smoke",
+                "--fault smoke: unknown fault; must be one of no-pr"},
+           Case{"blank isp51-4k --fault 'supply;no-chp'",
+                "--fault no-chp: unknown fault; did you "},
+           Case{"blank isp51-4k --fault supply=1", "--fault supply=1: takes no argument"},
+           Case{"blank isp51-4k --fault call", "must be call=OPERATION[:NTH], as in call="},
+           Case{"blank isp51-4k --fault call=flushqueu", "did you mean FlushQueue?"},
+           Case{"blank isp51-4k --fault call=EndRun:0", "must be from 1 to 4294967295"},
+           Case{"blank isp51-4k --fault stuck=4096.0=1", "the address must be from 0 to 4095"},
+           Case{"config config-word-8 low=1 high=2 --parallel --fault stuck=2.0=1",
+                "address must be 0 or 1"},
+           Case{"blank isp51-4k --fault usb-timeout --fault usb-failure", "usb-failure: conflicts"},
+           Case{"blank isp51-4k --fault stuck=1.2=0 --fault stuck=1.2=1", "at the other value"},
            Case{"blank isp51-4k --chip bad.chip", "bad.chip:4: the row goes beyond"},
            Case{"blank isp51-4k --chip other.chip", "other.chip:2: the file holds isp51-8k"},
            Case{"blank isp51-4k --chip cut.chip", "cut.chip:3: the file ends before"},

@@ -179,12 +179,11 @@ TEST(ParallelWindow, StopsFromItsButtonAndIsLowerAfterACompare) {
 
 TEST(ParallelStart, FailuresEndTheRunBeforeTheSocketIsUsed) {
   const struct {
-    simulator::SimulatedProgrammer::Defects defects;
+    Op refused;
     std::size_t reports;
-  } cases[] = {
-      {{.not_found = true}, 1}, {{.supply_fails = true}, 1}, {{.adapter_missing = true}, 0}};
-  for (const auto& [defects, reports] : cases) {
-    TestHost host(kSize, {.programmer = defects});
+  } cases[] = {{Op::kOpenProgrammer, 1}, {Op::kSetVcc, 1}, {Op::kSetFigMode, 0}};
+  for (const auto& [refused, reports] : cases) {
+    TestHost host(kSize, {.programmer = {.scheduled = {{simulator::Fault::kRefusal, refused}}}});
     host.UseParallelPort();
     host.Run(kProgram);
     EXPECT_EQ(host.log(), "");

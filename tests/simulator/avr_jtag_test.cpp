@@ -127,7 +127,7 @@ TEST_P(AvrJtag, FaultsOnTheBenchAreFound) {
   }
   const std::uint32_t address = GetParam().flash_bytes - 5;
   const bool wrong = (image_[address] & 0x08) == 0;
-  TestHost stuck(device_, {.stuck_bit = simulator::StuckBit{address, 3, wrong}});
+  TestHost stuck(device_, {.stuck_bits = {{address, 3, wrong}}});
   stuck.SetImage(image_);
   EXPECT_EQ(stuck.Run(kProgram), 1);
   EXPECT_THAT(stuck.log(),

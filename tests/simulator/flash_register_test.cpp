@@ -157,7 +157,7 @@ TEST_P(FlashRegister, AStopWhileBytesAreWrittenLeavesOutTheLockBytes) {
 TEST(FlashRegisterFamily10, RepeatsAFirstVerifyThatFails) {
   const TestDevice device = Device({10, 11, 0x1200});
   for (const std::int16_t retries : {std::int16_t{0}, std::int16_t{2}}) {
-    TestHost host(device, {.stuck_bit = simulator::StuckBit{5, 0, true}});
+    TestHost host(device, {.stuck_bits = {{5, 0, true}}});
     host.SetImage(Bytes(static_cast<std::size_t>(device.image_bytes)));
     host.vars.quorinwretry[0] = retries;
     host.vars.quorinwlverifyvcc[0] = 1;

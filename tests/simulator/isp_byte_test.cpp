@@ -238,7 +238,8 @@ TEST_P(IspByte, StopEndsThePassAtItsNextFetch) {
 }
 
 TEST_P(IspByte, AFailedFetchIsHandedOverAndJudged) {
-  TestHost host(device_, {.programmer = {.usb = simulator::CapturePipe::Fault::kFails}});
+  const simulator::FaultPlan faults{{{simulator::Fault::kFailedTransfer, Op::kUsbBulkRead}}};
+  TestHost host(device_, {.programmer = faults});
   host.SetImage(GetParam().few_bytes);
   EXPECT_EQ(host.Run(kVerify), 1) << "what was left in the buffer is not the image";
   EXPECT_EQ(Read(host), Counts(2, memory_bytes_)) << "nothing is repeated";

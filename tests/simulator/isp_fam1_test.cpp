@@ -42,7 +42,7 @@ TEST_P(IspFam1, RandomImageSurvivesProgramReadAndCompare) {
 }
 
 TEST(IspFam1Checks, NameTheFirstByteThatIsWrong) {
-  TestHost host(4096, {.stuck_bit = simulator::StuckBit{0x203, 4, true}});
+  TestHost host(4096, {.stuck_bits = {{0x203, 4, true}}});
   host.SetImage(std::vector<std::uint8_t>(4096, 0x00));
   EXPECT_EQ(host.Run({kErase, kProgram}), 1);
   EXPECT_THAT(host.log(), HasSubstr(">>Device Address:00000203H  Device Data:10H  Buffer "
@@ -100,7 +100,8 @@ TEST(IspFam1Stop, EndsProgrammingWithoutVerify) {
 }
 
 TEST(IspFam1Stop, IsNotLostWhileATransferHangs) {
-  TestHost host(4096, {.programmer = {.usb = simulator::CapturePipe::Fault::kNeverAnswers}});
+  const simulator::FaultPlan faults{{{simulator::Fault::kSilentTransfer, Op::kUsbBulkRead}}};
+  TestHost host(4096, {.programmer = faults});
   bool pressed = false;
   host.desktop.on_turn = [&] {
     if (pressed || host.tap.Count("usbbulkread") == 0) return false;
@@ -122,14 +123,6 @@ TEST(IspFam1Stop, EndsACompareThatLists) {
   };
   EXPECT_EQ(host.Run(kCompare), 2);
   EXPECT_EQ(host.tap.Count("BlockTransfer"), 10U);
-}
-
-TEST(IspFam1Transfers, ThatNeverAnswerAreGivenUpAfterTenCaptures) {
-  TestHost host(4096, {.programmer = {.usb = simulator::CapturePipe::Fault::kNeverAnswers}});
-  EXPECT_EQ(host.Run(kRead), 3);
-  EXPECT_EQ(host.tap.Count("usbbulkread"), 10U);
-  EXPECT_THAT(host.log(), StartsWith(">><op2>\nread-back fails\n>> 5"));  // ten times 5 s
-  EXPECT_EQ(host.tap.calls.back().operation, "EndRun");
 }
 
 TEST(IspFam1Signature, RetryReadsAllOfItAgain) {

@@ -88,7 +88,7 @@ class TestHost {
   explicit TestHost(const TestDevice& device, const simulator::Faults& faults = {},
                     std::int16_t instance = 7)
       : bench(device.chip, instance, faults),
-        tap(bench.programmer()),
+        tap(bench.io()),
         desktop(bench),
         library(tap, desktop),
         mpu(std::make_unique<clsMPU>(library)) {

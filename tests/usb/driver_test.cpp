@@ -1,14 +1,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "simulator/failing_call.h"
 #include "tests/support/test_host.h"
 #include "usb/usbmpu4prg.h"
 
 namespace fliglaf {
 namespace {
 
-using simulator::FailingCall;
+using simulator::Fault;
 using test::Narrow;
 using test::TestHost;
 using testing::EndsWith;
@@ -22,16 +21,8 @@ TEST(Driver, EveryComponentFailureEndsTheRunWithItsLine) {
        {Op::kOpenProgrammer, Op::kSetFigMode, Op::kSetVcc, Op::kWriteLatch, Op::kUsbComWrite,
         Op::kFlushQueue, Op::kBlockTransfer, Op::kReadRegister, Op::kSignalPass, Op::kEndRun}) {
     const std::string operation(Row(op).name);
-    TestHost host;
-    FailingCall failing(host.tap, op, 1);
-    Library library(failing, host.desktop);
-    clsMPU object(library);
-    std::int16_t instance = 7;
-    std::int16_t usb = -1;
-    object.bufcommpu4(instance);
-    host.vars.quorinprgresult[1] = 4;
-    object.runMpu4Prg(usb);
-    EXPECT_EQ(host.vars.quorinprgresult[0], 1) << operation;
+    TestHost host(4096, {.programmer = {.scheduled = {{Fault::kFailedCall, op, 1}}}});
+    EXPECT_EQ(host.Run(4), 1) << operation;
     EXPECT_THAT(host.log(), EndsWith(">>IoHelper." + operation + " failed: 0x80004005\n"));
     EXPECT_EQ(host.tap.calls.back().operation, "EndRun") << operation;
     EXPECT_EQ(host.tap.Count("SignalFail"), 0U) << operation;
@@ -61,7 +52,7 @@ TEST(Driver, TheProgrammingVoltageIsSetOnModelsThatWantIt) {
 }
 
 TEST(Driver, StartThatFailsEndsWithoutEndRun) {
-  TestHost host(4096, {.programmer = {.not_found = true}});
+  TestHost host(4096, {.programmer = {.scheduled = {{Fault::kRefusal, Op::kOpenProgrammer}}}});
   host.vars.quorinprgresult[0] = 9;
   host.Run(6);
   EXPECT_EQ(host.vars.quorinprgresult[0], 9);
@@ -69,7 +60,7 @@ TEST(Driver, StartThatFailsEndsWithoutEndRun) {
   EXPECT_EQ(host.tap.calls.back().operation, "ReportStartupFailure");
   EXPECT_EQ(host.vars.quorinubuflg[0], 16368);
 
-  TestHost no_adapter(4096, {.programmer = {.adapter_missing = true}});
+  TestHost no_adapter(4096, {.programmer = {.scheduled = {{Fault::kRefusal, Op::kSetFigMode}}}});
   no_adapter.Run(6);
   EXPECT_EQ(no_adapter.tap.calls.back().operation, "SetFigMode");
 }

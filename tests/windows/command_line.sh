@@ -22,7 +22,7 @@ expect 1 'another signature was read' signature isp51-4k --fault no-chip --on-mi
 expect 2 'böse.hex: there is no such file' verify isp51-4k böse.hex
 expect 2 '--fault nonsense' verify isp51-4k $hex --fault nonsense
 expect 3 'could not be started' verify isp51-4k $hex --fault no-programmer
-expect 3 'IoHelper.FlushQueue failed' program isp51-4k $hex --fault call=FlushQueue:3
+expect 3 'call=EndRun:9: not reached' program isp51-4k $hex --fault call=FlushQueue:3 --fault call=EndRun:9
 expect 3 'IoHelper is missing' verify isp51-4k $hex --hardware
 expect 2 'no-folder' verify isp51-4k $hex --record no-folder/a.run
 expect 0 'configuration written: low=FE' fuses set isp-page-16k CKSEL0=0 --chip fuses.chip
