@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Puts the table of shared blocks, as the code has it, into docs/host.md.
-#   scripts/update-docs.sh [--check] PRINT_BLOCKS     the program built from docs/print_blocks.cpp
-# With --check nothing is written; the exit status tells whether the document is current.
+# Puts the lists that the code has into the documents: the shared blocks into docs/host.md, the faults of
+# the simulated bench into docs/faults.md.
+#   scripts/update-docs.sh [--check] FOLDER     that of the programs built from docs/print_*.cpp
+# With --check nothing is written; the exit status tells whether the documents are current.
 set -euo pipefail
 root="$(dirname "${BASH_SOURCE[0]}")/.."
 check=
@@ -9,15 +10,23 @@ if [ "$1" = --check ]; then
   check=yes
   shift
 fi
+folder=$1
 
-document=$root/docs/host.md
-current=$(awk -v blocks="$("$1")" '
-  /<!-- blocks end -->/ { inside = 0 }
-  !inside { print }
-  /<!-- blocks begin -->/ { print blocks; inside = 1 }' "$document")
-if [ -z "$check" ]; then
-  printf '%s\n' "$current" >"$document"
-elif [ "$current" != "$(cat "$document")" ]; then
-  echo "docs/host.md is not what the code says; run scripts/update-docs.sh"
-  exit 1
-fi
+# update LIST DOCUMENT: between the marks of the list stands what its program prints.
+update() {
+  local document=$root/$2 text current
+  text=$("$folder/print_$1")
+  current=$(awk -v list="$1" -v text="$text" '
+    $0 == "<!-- " list " end -->" { inside = 0 }
+    !inside { print }
+    $0 == "<!-- " list " begin -->" { print text; inside = 1 }' "$document")
+  if [ -z "$check" ]; then
+    printf '%s\n' "$current" >"$document"
+  elif [ "$current" != "$(cat "$document")" ]; then
+    echo "$2 is not what the code says; run scripts/update-docs.sh"
+    exit 1
+  fi
+}
+
+update blocks docs/host.md
+update faults docs/faults.md
