@@ -43,6 +43,9 @@ enum class Stream { kInput, kOutput, kError };
 /// True when a person sits at the other end of the stream.
 [[nodiscard]] bool IsTerminal(Stream stream);
 
+/// Columns of the terminal that the output stream goes to; 0 when it is none, or does not say.
+[[nodiscard]] int TerminalColumns(Stream stream);
+
 /// Reads a line of standard input, without its end. False at the end of the input and when
 /// StopRequested() while it waits; CatchStopSignals has been called before.
 [[nodiscard]] bool ReadLine(std::string& line);

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace fliglaf::platform {
@@ -27,21 +28,28 @@ void CatchUnlessIgnored(int number) {
   if (present.sa_handler != SIG_IGN) OnSignal(number, RequestStop);
 }
 
+int NumberOf(Stream stream) {
+  switch (stream) {
+    case Stream::kInput:
+      return STDIN_FILENO;
+    case Stream::kOutput:
+      return STDOUT_FILENO;
+    default:
+      return STDERR_FILENO;
+  }
+}
+
 }  // namespace
 
 Utf8Console::Utf8Console() = default;
 
 Utf8Arguments::Utf8Arguments(int argc, const char* const* argv) : values_(argv, argv + argc) {}
 
-bool IsTerminal(Stream stream) {
-  switch (stream) {
-    case Stream::kInput:
-      return isatty(STDIN_FILENO) != 0;
-    case Stream::kOutput:
-      return isatty(STDOUT_FILENO) != 0;
-    default:
-      return isatty(STDERR_FILENO) != 0;
-  }
+bool IsTerminal(Stream stream) { return isatty(NumberOf(stream)) != 0; }
+
+int TerminalColumns(Stream stream) {
+  winsize size{};
+  return ioctl(NumberOf(stream), TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
 bool ReadLine(std::string& line) {

@@ -61,6 +61,12 @@ bool IsTerminal(Stream stream) {
   return GetConsoleMode(GetStdHandle(NumberOf(stream)), &mode) != FALSE;
 }
 
+int TerminalColumns(Stream stream) {
+  CONSOLE_SCREEN_BUFFER_INFO info{};
+  if (GetConsoleScreenBufferInfo(GetStdHandle(NumberOf(stream)), &info) == FALSE) return 0;
+  return info.srWindow.Right - info.srWindow.Left + 1;
+}
+
 void OpenStandardStreams() {}  // handles have no fixed numbers here
 
 bool ReadLine(std::string& line) {
