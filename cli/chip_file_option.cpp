@@ -7,12 +7,12 @@
 
 namespace fliglaf::cli {
 
-void UseChipFile(simulator::SimulatedBench& bench, const Options& options) {
-  const std::filesystem::path& file = options.chip_file;
+void UseChipFile(simulator::SimulatedBench& bench, const std::filesystem::path& file,
+                 MissingChipFile missing, const std::string& device) {
   if (file.empty()) return;
-  if (WritesDevice(options)) {
+  if (missing == MissingChipFile::kCreate) {
     if (bench.CreateChipFile(file)) {
-      PrintProblem(fmt::format("{}: created, with a new {}", file.string(), options.device));
+      PrintProblem(fmt::format("{}: created, with a new {}", file.string(), device));
     }
   } else if (!std::filesystem::exists(file)) {
     throw UsageError(

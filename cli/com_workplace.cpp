@@ -4,7 +4,6 @@
 #include <optional>
 #include <string>
 
-#include "cli/chip_command.h"
 #include "cli/chip_file_option.h"
 #include "cli/workplace.h"
 #include "host/com/client.h"
@@ -29,39 +28,44 @@ void Append(std::wstring& list, const fs::path& item) {
 }
 
 /// Tells the stand-ins, which run in this process, what the options ask of the bench.
-void SetUpStandIns(const Options& options, const DeviceProfile& device, std::int16_t instance) {
+void SetUpStandIns(const OperationOptions& options, const DeviceProfile& device,
+                   std::int16_t instance) {
   std::wstring folders;
-  for (const fs::path& folder : options.device_folders) Append(folders, folder);
+  for (const fs::path& folder : options.device.folders()) Append(folders, folder);
   std::wstring faults;
-  for (const std::string& fault : options.faults) Append(faults, Utf8Path(fault));
+  for (const std::string& fault : options.bench.faults) Append(faults, Utf8Path(fault));
   const auto set = platform::SetEnvironmentText;
   set(L"FLIGLAF_IOHELPER", L"fliglaf.SimulatedIoHelper");
   set(L"FLIGLAF_SIM_DEVICE", Utf8Path(device.name).wstring());
   set(L"FLIGLAF_SIM_DEVICES", folders);
   set(L"FLIGLAF_SIM_INSTANCE", std::to_wstring(instance));
-  set(L"FLIGLAF_SIM_CHIP", options.chip_file.wstring());
+  set(L"FLIGLAF_SIM_CHIP", options.bench.chip_file.wstring());
   set(L"FLIGLAF_SIM_FAULTS", faults);
-  set(L"FLIGLAF_SIM_REALTIME", options.real_time ? L"1" : L"");
+  set(L"FLIGLAF_SIM_REALTIME", options.bench.real_time ? L"1" : L"");
   set(L"FLIGLAF_SIM_PARALLEL", options.parallel ? L"1" : L"");
-  set(L"FLIGLAF_SIM_VCD", options.waveform_file.wstring());
+  set(L"FLIGLAF_SIM_VCD", options.bench.waveform_file.wstring());
   platform::AddLibraryFolder(platform::ProgramFolder() / "simulator");
 }
 
-/// Whether the options ask for something that can be had, before anything is done.
-void CheckBench(const Options& options, const DeviceProfile& device, std::int16_t instance) {
-  static_cast<void>(simulator::ParseFaults(options.faults, device, "--fault"));
-  simulator::SimulatedBench bench(device, instance, {.waveform_file = options.waveform_file});
-  UseChipFile(bench, options);
+/// Checks what the options ask of the bench before anything is done.
+void CheckBench(const OperationOptions& options, const DeviceProfile& device,
+                std::int16_t instance) {
+  static_cast<void>(simulator::ParseFaults(options.bench.faults, device, "--fault"));
+  simulator::SimulatedBench bench(device, instance,
+                                  {.waveform_file = options.bench.waveform_file});
+  UseChipFile(bench, options.bench.chip_file,
+              options.writes_device ? MissingChipFile::kCreate : MissingChipFile::kRefuse,
+              device.name);
 }
 
 class ComWorkplace : public Workplace {
  public:
-  ComWorkplace(const Options& options, const DeviceProfile& device, std::int16_t instance)
+  ComWorkplace(const OperationOptions& options, const DeviceProfile& device, std::int16_t instance)
       : options_(options),
         watch_([this] { on_turn(); }, [this](auto... box) { return on_box(box...); }) {
     MakeObject();
     mpu_->bufcommpu4(instance);
-    if (options.hardware) return;
+    if (options.bench.hardware) return;
     CheckBench(options, device, instance);
     SetUpStandIns(options, device, instance);
     stand_ins_.emplace(platform::ProgramFolder() / "simulator" / "fliglaf.simulator.manifest");
@@ -94,7 +98,7 @@ class ComWorkplace : public Workplace {
     mpu_.emplace();
   }
 
-  const Options& options_;
+  const OperationOptions& options_;
   platform::HostWatch watch_;
   std::optional<platform::Activation> stand_ins_;
   std::optional<MpuClient> mpu_;
@@ -104,13 +108,11 @@ class ComWorkplace : public Workplace {
 
 }  // namespace
 
-std::unique_ptr<Workplace> MakeWorkplace(const Options& options, const DeviceProfile& device,
-                                         std::int16_t instance) {
+std::unique_ptr<Workplace> MakeWorkplace(const OperationOptions& options,
+                                         const DeviceProfile& device, std::int16_t instance) {
   return std::make_unique<ComWorkplace>(options, device, instance);
 }
 
 bool HasHardware() { return true; }
-
-ChipCommand FindChipCommand() { return nullptr; }
 
 }  // namespace fliglaf::cli

@@ -18,57 +18,6 @@
 namespace fliglaf::cli {
 namespace {
 
-std::string Names(const std::vector<ConfigByte>& bytes) {
-  std::string names;
-  for (const ConfigByte& byte : bytes) {
-    if (byte.writable) names += (names.empty() ? "" : ", ") + std::string(byte.name);
-  }
-  return names;
-}
-
-/// NAME=VALUE, the value a byte.
-ConfigAssignment ParseAssignment(const std::string& text, const std::vector<ConfigByte>& bytes,
-                                 const std::string& device) {
-  const Assignment parts = SplitAssignment(text, "low=E2");
-  const auto byte = std::ranges::find_if(bytes, [&parts](const ConfigByte& known) {
-    return SameIgnoringCase(known.name, parts.name);
-  });
-  if (byte == bytes.end()) {
-    throw UsageError(fmt::format("{}: unknown byte; {} has {}", text, device, Names(bytes)));
-  }
-  if (!byte->writable) {
-    throw UsageError(
-        fmt::format("{}: {} cannot be written; {} can", text, byte->name, Names(bytes)));
-  }
-  return {.byte = *byte, .value = ByteValue(text, parts.value)};
-}
-
-/// Null for a byte that is not among them.
-const ConfigAssignment* Find(const std::vector<ConfigAssignment>& assignments,
-                             std::string_view name) {
-  const auto found = std::ranges::find_if(
-      assignments, [name](const ConfigAssignment& other) { return other.byte.name == name; });
-  return found == assignments.end() ? nullptr : &*found;
-}
-
-/// What the options name, each byte once.
-std::vector<ConfigAssignment> ParseAssignments(const Options& options,
-                                               const std::vector<ConfigByte>& bytes,
-                                               const DeviceProfile& device) {
-  std::vector<ConfigAssignment> assignments;
-  for (const std::string& text : options.assignments) {
-    const ConfigAssignment added = ParseAssignment(text, bytes, device.name);
-    const ConfigAssignment* const given = Find(assignments, added.byte.name);
-    if (given == nullptr) {
-      assignments.push_back(added);
-    } else if (given->value != added.value) {
-      throw UsageError(fmt::format("{} contradicts {}={:02X}; give one of them", text,
-                                   given->byte.name, given->value));
-    }
-  }
-  return assignments;
-}
-
 /// The bits with which a write would disable the programming interface.
 std::vector<ConfigHazard> HazardsOf(const std::vector<ConfigAssignment>& assignments,
                                     const DeviceProfile& device) {
@@ -90,42 +39,31 @@ std::string Describe(const ConfigHazard& hazard) {
                      hazard.name, hazard.effect);
 }
 
-/// Throws UsageError unless the user wants it all the same, Stopped at a stop.
-void AskAboutHazards(const std::vector<ConfigHazard>& hazards, const Options& options) {
-  if (hazards.empty() || options.yes) return;
+/// Throws UsageError unless the user confirms it, Stopped at a stop.
+void AskAboutHazards(const std::vector<ConfigHazard>& hazards, bool confirmed) {
+  if (hazards.empty() || confirmed) return;
   std::string text;
   for (const ConfigHazard& hazard : hazards) text += Describe(hazard) + "; ";
   text += "after that the device cannot be programmed this way again.";
   if (!platform::IsTerminal(platform::Stream::kInput)) {
-    throw UsageError(text + " To write it all the same, add --yes");
+    throw UsageError(text + " Add --yes to write it");
   }
   if (AskYesNo(text + " Go on?")) return;
   if (platform::StopRequested()) throw platform::Stopped();
   throw UsageError("nothing was written");
 }
 
-/// Where the device's bytes cannot be read first, a byte that is not named would be overwritten.
-void RequireAll(const std::vector<ConfigAssignment>& assignments,
-                const std::vector<ConfigByte>& bytes, const DeviceProfile& device) {
-  if (ReadsConfig(device) || assignments.size() == bytes.size()) return;
-  std::string example = "fliglaf config " + device.name;
-  for (const ConfigByte& byte : bytes) {
-    const ConfigAssignment* const given = Find(assignments, byte.name);
-    example += fmt::format(" {}={}", byte.name,
-                           given == nullptr ? "XX" : fmt::format("{:02X}", given->value));
-  }
-  if (device.config_words > 0) example += " --parallel";
-  throw UsageError(
-      fmt::format("{}: its configuration cannot be read, so every byte must be given: {}",
-                  device.name, example));
-}
-
 }  // namespace
+
+void AddYes(OptionSet& options, bool& yes) {
+  options.Flag("--yes", "Confirm a change that disables the programming interface of the device",
+               yes);
+}
 
 Assignment SplitAssignment(std::string_view text, std::string_view example) {
   const std::size_t equals = text.find('=');
   if (equals == std::string_view::npos) {
-    throw UsageError(fmt::format("{}: expected NAME=VALUE, as in {}", text, example));
+    throw UsageError(fmt::format("{}: must be NAME=VALUE, such as {}", text, example));
   }
   return {.name = text.substr(0, equals), .value = text.substr(equals + 1)};
 }
@@ -140,7 +78,7 @@ std::uint8_t ByteValue(std::string_view text, std::string_view value) {
   const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), byte, 16);
   if (error != std::errc{} || end != digits.data() + digits.size() || digits.size() > 2) {
     throw UsageError(fmt::format(
-        "{}: the value must be a byte of one or two hexadecimal digits, as E2 or 0xE2", text));
+        "{}: the value must be one or two hexadecimal digits, such as E2 or 0xE2", text));
   }
   return byte;
 }
@@ -167,10 +105,10 @@ Report Configuration::Read() {
   return run().Run(std::array{std::uint8_t{operation::kRead}}, Recorded::kIfNoOther);
 }
 
-void Configuration::Plan(std::vector<ConfigAssignment> assignments) {
+void Configuration::Plan(std::vector<ConfigAssignment> assignments, bool confirmed) {
   assignments_ = std::move(assignments);
   hazards_ = HazardsOf(assignments_, device_);
-  AskAboutHazards(hazards_, options_);
+  AskAboutHazards(hazards_, confirmed);
 }
 
 Report Configuration::Write() {
@@ -207,27 +145,6 @@ Report Configuration::Compared(Report report) {
     report.message = device_.name + ": the configuration differs from what was written" + wrong;
   }
   return report;
-}
-
-ExitStatus RunConfigCommand(const Options& options, const DeviceProfile& device) {
-  Configuration configuration(options, device);
-  configuration.RequireWritable();
-  std::vector<ConfigAssignment> assignments =
-      ParseAssignments(options, configuration.bytes(), device);
-  RequireAll(assignments, configuration.bytes(), device);
-  const bool writes = !assignments.empty();
-  configuration.Plan(std::move(assignments));
-  OperationRun& run = configuration.run();
-
-  Report report = ReadsConfig(device) ? configuration.Read() : Report{};
-  if (report.status == ExitStatus::kSuccess && writes) {
-    report = configuration.Write();
-  } else if (report.status == ExitStatus::kSuccess) {
-    report = Report{};
-    report.message = fmt::format("{}: {}", device.name, configuration.Values());
-  }
-  run.Keep(report);
-  return PrintReport(options, report);
 }
 
 }  // namespace fliglaf::cli

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "cli/exit_status.h"
+#include "cli/operation_options.h"
 #include "cli/operation_run.h"
-#include "cli/options.h"
 #include "cli/report.h"
 #include "devices/config_layout.h"
 #include "devices/device_profile.h"
@@ -29,6 +29,9 @@ struct Assignment {
 /// with the whole assignment, `text`.
 [[nodiscard]] std::uint8_t ByteValue(std::string_view text, std::string_view value);
 
+/// The option that confirms beforehand what cannot be undone.
+void AddYes(OptionSet& options, bool& yes);
+
 /// A configuration byte and the value to write.
 struct ConfigAssignment {
   ConfigByte byte;
@@ -40,7 +43,7 @@ struct ConfigAssignment {
 /// outlive it.
 class Configuration {
  public:
-  Configuration(const Options& options, const DeviceProfile& device)
+  Configuration(const OperationOptions& options, const DeviceProfile& device)
       : options_(options), device_(device), bytes_(ConfigBytesOf(device)) {}
 
   [[nodiscard]] const std::vector<ConfigByte>& bytes() const { return bytes_; }
@@ -58,24 +61,20 @@ class Configuration {
   /// Reads the device into the image.
   [[nodiscard]] Report Read();
   /// Sets what to write. A write that would disable the programming interface must be confirmed, at
-  /// the terminal or with --yes: throws UsageError otherwise.
-  void Plan(std::vector<ConfigAssignment> assignments);
+  /// the terminal or beforehand: throws UsageError otherwise.
+  void Plan(std::vector<ConfigAssignment> assignments, bool confirmed);
   /// Writes what was planned, and reads it back where that can be done.
   [[nodiscard]] Report Write();
 
  private:
   [[nodiscard]] Report Compared(Report report);
 
-  const Options& options_;
+  const OperationOptions& options_;
   const DeviceProfile& device_;
   std::vector<ConfigByte> bytes_;
   std::vector<ConfigAssignment> assignments_;
   std::vector<ConfigHazard> hazards_;
   std::optional<OperationRun> run_;
 };
-
-/// Shows the configuration bytes of a device, or writes those that the options name and reads them
-/// back. Throws UsageError or ImageError before anything is written to the chip.
-ExitStatus RunConfigCommand(const Options& options, const DeviceProfile& device);
 
 }  // namespace fliglaf::cli

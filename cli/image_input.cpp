@@ -5,30 +5,66 @@
 
 #include <fmt/format.h>
 
+#include "cli/image_options.h"
+#include "cli/parse_options.h"
 #include "cli/usage_error.h"
 #include "devices/memory_layout.h"
 
 namespace fliglaf::cli {
+namespace {
 
-ImageInput::ImageInput(const Options& options, const DeviceProfile& device)
+/// Where compilers for the AVR put the data memory, and behind it fuses and lock bits, so that one
+/// file can hold them all.
+constexpr std::uint64_t kCompilersEeprom = 0x810000;
+constexpr std::uint64_t kCompilersEnd = 0x850000;
+
+std::string_view NoteOn(std::uint64_t address) {
+  if (address < kCompilersEeprom || address >= kCompilersEnd) return {};
+  return "; compilers put EEPROM data at 0x810000, fuses at 0x820000 and lock bits at 0x830000: "
+         "give the data as a file of its own, from address 0, with --eeprom, and set the others "
+         "with \"fliglaf config\"";
+}
+
+}  // namespace
+
+void ImageFiles::AddTo(OptionSet& options) {
+  options.File("FILE",
+               "Contents of the main memory: Intel HEX, Motorola S-record or binary (not with "
+               "--image)",
+               memory);
+  AddEepromFile(options, eeprom);
+  AddImageFile(options, image);
+  options.Exclude("--image", {"FILE", "--eeprom"});
+}
+
+ImageInput::ImageInput(const ImageFiles& files, const DeviceProfile& device)
     : layout_(LayoutOf(device)), image_bytes_(device.image_bytes) {
   const auto& [main_bytes, data_start, data_bytes, config, config_start] = layout_;
-  if (!options.image_file.empty()) {
-    Add(options.image_file, 0, device.image_bytes, "image", device.name);
+  if (!files.image.empty()) {
+    Add(files.image, 0, device.image_bytes, "image", device.name);
   }
-  if (!options.memory_file.empty()) {
-    Add(options.memory_file, 0, main_bytes, "memory", device.name);
+  if (!files.memory.empty()) {
+    Add(files.memory, 0, main_bytes, "memory", device.name);
   }
-  if (!options.eeprom_file.empty()) {
+  if (!files.eeprom.empty()) {
     if (data_bytes == 0) throw UsageError(device.name + " has no data memory for --eeprom");
-    Add(options.eeprom_file, data_start, data_bytes, "data memory", device.name);
+    Add(files.eeprom, data_start, data_bytes, "data memory", device.name);
   }
   if (segments_.empty()) {
-    throw UsageError(
-        fmt::format("{}: name the file with the device's contents", options.command_name));
+    throw UsageError(fmt::format("{}: name the file with the device's contents{}", files.command,
+                                 SeeHelp(files.command)));
   }
-  const auto main = Within(0, main_bytes);
-  const auto data = Within(data_start, data_start + data_bytes);
+  Measure();
+  if (bytes_ == 0) {
+    throw UsageError(
+        fmt::format("{}: the file gives none of the device's memories{}", files.command,
+                    RangesOfOthers().empty() ? "" : "; \"fliglaf config\" writes configuration"));
+  }
+}
+
+void ImageInput::Measure() {
+  const auto main = Within(0, layout_.main_bytes);
+  const auto data = Within(layout_.data_start, layout_.data_start + layout_.data_bytes);
   for (const auto& memory : {main, data}) {
     for (const auto& [first, end] : memory) bytes_ += static_cast<std::size_t>(end - first);
   }
@@ -43,9 +79,10 @@ void ImageInput::Add(const std::filesystem::path& file, std::int64_t start, std:
   const auto size = static_cast<std::uint64_t>(bytes);
   for (Segment& segment : ReadImage(file).segments) {
     if (segment.end() > size) {
+      const std::uint64_t outside = std::max<std::uint64_t>(segment.address, size);
       throw UsageError(fmt::format(
-          "{}: address 0x{:04X} lies outside {}, whose {} goes from 0x0000 to 0x{:04X}",
-          file.string(), std::max<std::uint64_t>(segment.address, size), device, what, size - 1));
+          "{}: address 0x{:04X} lies outside {}, whose {} goes from 0x0000 to 0x{:04X}{}",
+          file.string(), outside, device, what, size - 1, NoteOn(outside)));
     }
     segment.address += static_cast<std::uint32_t>(start);
     segments_.push_back(std::move(segment));
@@ -72,7 +109,15 @@ bool ImageInput::is_whole() const {
   return bytes_ == static_cast<std::size_t>(layout_.main_bytes + layout_.data_bytes);
 }
 
-std::string ImageInput::others() const {
+std::string ImageInput::Others(std::string_view done) const {
+  const std::string others = RangesOfOthers();
+  if (others.empty()) return ".";
+  return fmt::format("; {} of the image, which is configuration or unused, was not {}.", others,
+                     done);
+}
+
+/// "0x3FE0 to 0x3FE4"; empty when there is nothing else.
+std::string ImageInput::RangesOfOthers() const {
   std::vector<std::string> ranges;
   const auto add = [&](std::int64_t start, std::int64_t end) {
     for (const auto& [first, behind] : Within(start, end)) {

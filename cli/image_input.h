@@ -8,19 +8,30 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/options.h"
+#include "cli/option_set.h"
 #include "devices/device_profile.h"
 #include "image_layout/image_layout.h"
 #include "images/image.h"
 
 namespace fliglaf::cli {
 
-/// The contents of the device image that the files of the options give.
+/// The files that give a device's contents.
+struct ImageFiles {
+  std::string command;
+  std::filesystem::path memory;  ///< the main memory
+  std::filesystem::path eeprom;  ///< the data memory
+  std::filesystem::path image;   ///< the whole image
+
+  void AddTo(OptionSet& options);
+};
+
+/// The contents of the device image that the files give.
 class ImageInput {
  public:
-  /// Reads the files. Throws UsageError when none is named, the device has no such memory, or an
-  /// address lies outside it; ImageError for a file that cannot be read.
-  ImageInput(const Options& options, const DeviceProfile& device);
+  /// Reads the files. Throws UsageError when none is named, when the device has no such memory, an
+  /// address lies outside it, or they give none of what program, verify and compare work on;
+  /// ImageError for a file that cannot be read.
+  ImageInput(const ImageFiles& files, const DeviceProfile& device);
 
   /// Puts the contents over what `image` holds.
   void CopyTo(std::span<std::uint8_t> image) const;
@@ -32,11 +43,12 @@ class ImageInput {
   [[nodiscard]] bool has_data() const { return has_data_; }
   /// True when the files give every byte of these memories.
   [[nodiscard]] bool is_whole() const;
-  /// Where the files give something else, such as the configuration bytes of an image: "0x3FE0 to
-  /// 0x3FE4"; empty when they do not.
-  [[nodiscard]] std::string others() const;
+  /// The end of a sentence: what else the files give, such as the configuration bytes of an image,
+  /// and that it was not `done`; a full stop when there is nothing else.
+  [[nodiscard]] std::string Others(std::string_view done) const;
 
  private:
+  void Measure();
   void Add(const std::filesystem::path& file, std::int64_t start, std::int64_t bytes,
            std::string_view what, const std::string& device);
 
@@ -44,6 +56,7 @@ class ImageInput {
     std::uint64_t first;
     std::uint64_t end;
   };
+  [[nodiscard]] std::string RangesOfOthers() const;
   [[nodiscard]] std::vector<Range> Within(std::int64_t start, std::int64_t end) const;
 
   ImageLayout layout_;

@@ -5,22 +5,31 @@
 #include <fmt/format.h>
 
 #include "cli/attempt.h"
+#include "cli/image_options.h"
 #include "cli/usage_error.h"
 #include "devices/memory_layout.h"
 
 namespace fliglaf::cli {
 
-ImageOutput::ImageOutput(const Options& options, const DeviceProfile& device) {
+void OutputFiles::AddTo(OptionSet& options) {
+  options.File("-o,--output",
+               "File for the main memory; its ending selects the format (.hex, .s19, .bin, ...)",
+               memory);
+  AddEepromFile(options, eeprom);
+  AddImageFile(options, image);
+}
+
+ImageOutput::ImageOutput(const OutputFiles& files, const DeviceProfile& device) {
   const ImageLayout layout = LayoutOf(device);
-  if (!options.eeprom_file.empty() && layout.data_bytes == 0) {
+  main_bytes_ = layout.main_bytes;
+  if (!files.eeprom.empty() && layout.data_bytes == 0) {
     throw UsageError(device.name + " has no data memory for --eeprom");
   }
-  Add(options.output, 0, layout.main_bytes);
-  Add(options.eeprom_file, layout.data_start, layout.data_bytes);
-  Add(options.image_file, 0, device.image_bytes);
+  Add(files.memory, 0, layout.main_bytes);
+  Add(files.eeprom, layout.data_start, layout.data_bytes);
+  Add(files.image, 0, device.image_bytes);
   if (files_.empty()) {
-    throw UsageError(options.command_name +
-                     ": name the file to write with -o, --eeprom or --image");
+    throw UsageError("read: name the file to write, with --output, --eeprom or --image");
   }
 }
 
@@ -28,8 +37,7 @@ void ImageOutput::Add(const std::filesystem::path& path, std::int64_t start, std
   if (path.empty()) return;
   const auto format = FormatOfName(path);
   if (!format) {
-    throw UsageError(fmt::format("{}: the ending of the file's name tells its format: {}",
-                                 path.string(), KnownEndings()));
+    throw UsageError(fmt::format("{}: the name must end in {}", path.string(), KnownEndings()));
   }
   CheckWritable(path);
   files_.push_back({.path = path, .format = *format, .start = start, .bytes = bytes});
@@ -53,12 +61,17 @@ std::string ImageOutput::Write(std::span<const std::uint8_t> image, Report& repo
   return names;
 }
 
-std::optional<std::uint8_t> ImageOutput::OneValue(std::span<const std::uint8_t> image) const {
-  const std::uint8_t first = Part(files_.front(), image).front();
-  const bool all = std::ranges::all_of(files_, [&](const File& file) {
-    return std::ranges::all_of(Part(file, image), [first](std::uint8_t b) { return b == first; });
-  });
-  return all ? std::optional(first) : std::nullopt;
+std::pair<Contents, std::uint8_t> ImageOutput::Judge(std::span<const std::uint8_t> image) const {
+  auto memory = Part(files_.front(), image);
+  if (files_.front().start == 0) memory = memory.first(static_cast<std::size_t>(main_bytes_));
+  const std::uint8_t first = memory.front();
+  if (std::ranges::all_of(memory, [first](std::uint8_t byte) { return byte == first; })) {
+    return {Contents::kUniform, first};
+  }
+  std::size_t i = 0;
+  const bool counts = std::ranges::all_of(
+      memory, [&i](std::uint8_t byte) { return byte == static_cast<std::uint8_t>(i++ / 2); });
+  return {counts ? Contents::kAddresses : Contents::kOther, first};
 }
 
 }  // namespace fliglaf::cli

@@ -2,31 +2,48 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "cli/options.h"
+#include "cli/option_set.h"
 #include "cli/report.h"
 #include "devices/device_profile.h"
 #include "images/image.h"
 
 namespace fliglaf::cli {
 
+/// The files for a device's contents.
+struct OutputFiles {
+  std::filesystem::path memory;  ///< the main memory
+  std::filesystem::path eeprom;  ///< the data memory
+  std::filesystem::path image;   ///< the whole image
+
+  void AddTo(OptionSet& options);
+};
+
+/// What a memory looks like that was read.
+enum class Contents {
+  kOther,
+  kUniform,    ///< one value
+  kAddresses,  ///< 00 00 01 01 02 02...: what locked parts with pages of words answer
+};
+
 /// The files that a read goes to.
 class ImageOutput {
  public:
-  /// Finds out what the options ask for and whether it can be written. Throws UsageError when no
+  /// Checks that the files can be written. Throws UsageError when no
   /// file is named, an ending tells no format, or the device has no such memory; ImageError for a
   /// file that cannot be written.
-  ImageOutput(const Options& options, const DeviceProfile& device);
+  ImageOutput(const OutputFiles& files, const DeviceProfile& device);
 
   /// Writes each file whole or not at all. The report gets the number of bytes written and what
   /// could not be written; returns the names of the files that were.
   std::string Write(std::span<const std::uint8_t> image, Report& report) const;
-  /// The value of all bytes of `image` that go into files, when they are all the same.
-  [[nodiscard]] std::optional<std::uint8_t> OneValue(std::span<const std::uint8_t> image) const;
+  /// What the memory that goes into files looks like, and its first byte. An image has the main
+  /// memory first.
+  [[nodiscard]] std::pair<Contents, std::uint8_t> Judge(std::span<const std::uint8_t> image) const;
 
  private:
   struct File {
@@ -41,6 +58,7 @@ class ImageOutput {
   void Add(const std::filesystem::path& path, std::int64_t start, std::int64_t bytes);
 
   std::vector<File> files_;
+  std::int64_t main_bytes_ = 0;
 };
 
 }  // namespace fliglaf::cli

@@ -14,27 +14,20 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct NamedFile {
+struct RoleOfFile {
   std::string_view role;
   fs::path path;
 };
 
-std::vector<NamedFile> NamedFiles(const Options& options) {
-  std::vector<NamedFile> files;
-  const auto add = [&files](std::string_view role, const fs::path& path) {
-    if (!path.empty()) files.push_back({role, path});
-  };
-  add("FILE", options.memory_file);
-  add("--eeprom", options.eeprom_file);
-  add("--image", options.image_file);
-  add("-o", options.output);
-  add("--chip", options.chip_file);
-  add("--record", options.record_file);
-  add("--vcd", options.waveform_file);
-  for (const fs::path& folder : options.device_folders) {
-    std::error_code error;  // a folder that cannot be read is found out when the profiles are
+std::vector<RoleOfFile> RolesOf(const OptionSet& options) {
+  std::vector<RoleOfFile> files;
+  for (const auto& [role, path] : options.files()) {
+    if (!path->empty()) files.push_back({role, *path});
+  }
+  for (const fs::path& folder : options.folders()) {
+    std::error_code error;  // a folder that cannot be read is found when the profiles are
     for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) {
-      add("a device profile", entry.path());
+      files.push_back({"a device profile", entry.path()});
     }
   }
   return files;
@@ -57,7 +50,7 @@ bool AreSame(const fs::path& one, const fs::path& other) {
 /// True for a name of an open stream, such as /dev/stdout.
 bool IsDevice(const fs::path& path) { return path.string().starts_with("/dev/"); }
 
-void CheckRoles(const std::vector<NamedFile>& files) {
+void CheckRoles(const std::vector<RoleOfFile>& files) {
   static const fs::path kStandardOutput = "/dev/stdout";
   for (auto one = files.begin(); one != files.end(); ++one) {
     for (auto other = std::next(one); other != files.end(); ++other) {
@@ -76,9 +69,6 @@ void CheckRoles(const std::vector<NamedFile>& files) {
 
 }  // namespace
 
-void CheckNamedFiles(const Options& options) {
-  CheckRoles(NamedFiles(options));
-  if (!options.record_file.empty()) CheckWritable(options.record_file);
-}
+void CheckNamedFiles(const OptionSet& options) { CheckRoles(RolesOf(options)); }
 
 }  // namespace fliglaf::cli

@@ -91,7 +91,7 @@ void Judge(Report& report, const std::string& device, const HostSession& session
 
 }  // namespace
 
-OperationRun::OperationRun(const Options& options, const DeviceProfile& device)
+OperationRun::OperationRun(const OperationOptions& options, const DeviceProfile& device)
     : device_(device),
       session_(HostSession::FreeInstance(), device,
                options.parallel ? Engine::kParallel : Engine::kUsb),
@@ -104,7 +104,6 @@ OperationRun::OperationRun(const Options& options, const DeviceProfile& device)
     return questions_.Answer(style, title, prompt);
   };
   if (options.check_signature && device.signature) session_.CheckSignature(*device.signature);
-  session_.SetMargin(options.margin);
 }
 
 Report OperationRun::Run(std::span<const std::uint8_t> codes, Recorded recorded) {

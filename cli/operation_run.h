@@ -6,7 +6,7 @@
 #include <string>
 
 #include "cli/host_session.h"
-#include "cli/options.h"
+#include "cli/operation_options.h"
 #include "cli/progress.h"
 #include "cli/questions.h"
 #include "cli/report.h"
@@ -21,8 +21,9 @@ class OperationRun {
  public:
   /// Throws UsageError or ImageError for what the options ask of the workplace and cannot be had,
   /// and for a record that could not be written.
-  OperationRun(const Options& options, const DeviceProfile& device);
+  OperationRun(const OperationOptions& options, const DeviceProfile& device);
 
+  [[nodiscard]] const DeviceProfile& device() const { return device_; }
   [[nodiscard]] HostSession& session() { return session_; }
 
   /// Runs the operations of `codes` (see HostSession::Request) and judges the outcome. On success

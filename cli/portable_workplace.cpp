@@ -27,13 +27,14 @@ double LocalSecondsSinceMidnight() {
 
 class PortableWorkplace : public Workplace {
  public:
-  PortableWorkplace(const Options& options, const DeviceProfile& device, std::int16_t instance)
+  PortableWorkplace(const OperationOptions& options, const DeviceProfile& device,
+                    std::int16_t instance)
       : options_(options),
         bench_(device, instance,
-               {.faults = simulator::ParseFaults(options.faults, device, "--fault"),
+               {.faults = simulator::ParseFaults(options.bench.faults, device, "--fault"),
                 .parallel = options.parallel,
-                .real_time = options.real_time,
-                .waveform_file = options.waveform_file}),
+                .real_time = options.bench.real_time,
+                .waveform_file = options.bench.waveform_file}),
         watch_(bench_.programmer()),
         desktop_(bench_.bench(), LocalSecondsSinceMidnight()) {
     desktop_.on_turn = [this] { return on_turn(); };
@@ -41,7 +42,9 @@ class PortableWorkplace : public Workplace {
       return on_box(style, title, prompt);
     };
     bench_.bench().programmer().on_turn = [this] { desktop_.DoEvents(); };
-    UseChipFile(bench_, options);
+    UseChipFile(bench_, options.bench.chip_file,
+                options.writes_device ? MissingChipFile::kCreate : MissingChipFile::kRefuse,
+                device.name);
   }
 
   void Run(HostSession& session, Recorded recorded) override {
@@ -97,7 +100,7 @@ class PortableWorkplace : public Workplace {
     if (!recorder.End()) record_problem_ = recorder.problem();
   }
 
-  const Options& options_;
+  const OperationOptions& options_;
   simulator::SimulatedBench bench_;
   ProgrammerWatch watch_;
   platform::PortableDesktop desktop_;
@@ -108,8 +111,8 @@ class PortableWorkplace : public Workplace {
 
 }  // namespace
 
-std::unique_ptr<Workplace> MakeWorkplace(const Options& options, const DeviceProfile& device,
-                                         std::int16_t instance) {
+std::unique_ptr<Workplace> MakeWorkplace(const OperationOptions& options,
+                                         const DeviceProfile& device, std::int16_t instance) {
   return std::make_unique<PortableWorkplace>(options, device, instance);
 }
 

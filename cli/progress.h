@@ -4,9 +4,9 @@
 #include <ostream>
 #include <string_view>
 
-#include "cli/options.h"
-
 namespace fliglaf::cli {
+
+enum class ProgressStyle { kAuto, kBar, kLines, kJson, kNone };
 
 /// Shows how far a run has come.
 class Progress {

@@ -3,9 +3,9 @@
 #include <string>
 #include <string_view>
 
-#include "cli/options.h"
-
 namespace fliglaf::cli {
+
+enum class MismatchAnswer { kAsk, kAbort, kRetry, kIgnore };
 
 /// Answers the library's message boxes: at the terminal where there is one, else with what the user
 /// said beforehand or the answer that does nothing to the chip.

@@ -16,13 +16,13 @@ ExitStatus StatusOf(const Report& report) {
   return done && !report.unwritten.empty() ? ExitStatus::kUnwritten : report.status;
 }
 
-void PrintJson(const Options& options, const Report& report) {
+void PrintJson(const OperationOptions& options, const Report& report) {
   std::string message = report.message;
   for (const std::string& problem : report.unwritten) {
     message += (message.empty() ? "" : "; ") + problem;
   }
-  nlohmann::ordered_json object{{"command", options.command_name},
-                                {"device", options.device},
+  nlohmann::ordered_json object{{"command", options.command},
+                                {"device", options.device.name()},
                                 {"status", static_cast<int>(StatusOf(report))},
                                 {"message", message},
                                 {"result", report.result},
@@ -50,7 +50,7 @@ std::string Dump(const nlohmann::ordered_json& object) {
   return object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }
 
-ExitStatus PrintReport(const Options& options, const Report& report) {
+ExitStatus PrintReport(const OperationOptions& options, const Report& report) {
   if (options.json) {
     PrintJson(options, report);
   } else {

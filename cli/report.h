@@ -9,7 +9,7 @@
 #include <nlohmann/json_fwd.hpp>
 
 #include "cli/exit_status.h"
-#include "cli/options.h"
+#include "cli/operation_options.h"
 
 namespace fliglaf::cli {
 
@@ -34,7 +34,7 @@ struct Report {
 
 /// Prints it: the log as the library wrote it and the sentence, or one JSON object. Returns how the
 /// program ends: a success of which a file could not be written is kUnwritten.
-ExitStatus PrintReport(const Options& options, const Report& report);
+ExitStatus PrintReport(const OperationOptions& options, const Report& report);
 
 /// The end of a command that has printed its result itself: what could not be written.
 ExitStatus PrintUnwritten(const Report& report);

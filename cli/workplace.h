@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "cli/host_session.h"
-#include "cli/options.h"
+#include "cli/operation_options.h"
 #include "devices/device_profile.h"
 
 namespace fliglaf::cli {
@@ -45,7 +45,7 @@ class Workplace {
 
 /// The workplace that the options describe, for the blocks of `instance`. Throws UsageError or
 /// ImageError for what they ask for and cannot be had. `options` outlives it.
-[[nodiscard]] std::unique_ptr<Workplace> MakeWorkplace(const Options& options,
+[[nodiscard]] std::unique_ptr<Workplace> MakeWorkplace(const OperationOptions& options,
                                                        const DeviceProfile& device,
                                                        std::int16_t instance);
 

@@ -79,7 +79,7 @@ TEST_F(Fuses, WhatIsWrongIsSaidBeforeADeviceOrFileIsTouched) {
   for (const Case& c : {
            Case{"fuses set isp-page-16k", "name what to change"},
            Case{"fuses show isp-page-16k SPIEN=0", "\"fuses set\" does"},
-           Case{"fuses set isp-page-16k SPIEN", "expected NAME=VALUE"},
+           Case{"fuses set isp-page-16k SPIEN", "must be NAME=VALUE"},
            Case{"fuses set isp-page-16k CKSEL9=1", "did you mean CKSEL0"},
            Case{"fuses set isp-page-16k CKSEL0=2", "must be one of 0 (Enable), 1 (Disable)"},
            Case{"fuses set isp-page-16k CKSEL0=1 low.0=0", "low.0=0 contradicts CKSEL0=1"},

@@ -160,7 +160,7 @@ TEST_F(Program, CarriesTheDataMemoryInAFileOfItsOwn) {
   EXPECT_EQ(Run("verify isp-page-16k --eeprom random.bin"), 2);
   EXPECT_THAT(err_, HasSubstr("address 0x0200 lies outside isp-page-16k, whose data memory"));
   EXPECT_EQ(Run("program isp-page-16k --eeprom data.bin --chip c"), 2);
-  EXPECT_THAT(err_, HasSubstr("name its FILE as well, or add --erase-all"));
+  EXPECT_THAT(err_, HasSubstr("name its FILE too, or add --erase-all"));
   EXPECT_EQ(Run("verify isp-page-16k random.bin --chip c"), 0) << "nothing was cleared";
   EXPECT_EQ(Run("program isp-page-16k --eeprom data.bin --chip c --erase-all"), 0) << err_;
   EXPECT_THAT(out_, EndsWith("programmed with 64 bytes and verified.\n"));

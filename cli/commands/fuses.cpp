@@ -1,9 +1,10 @@
-#include "cli/fuses.h"
-
+// fliglaf fuses: fuse and lock bits by their names.
 #include <algorithm>
 #include <cstdint>
 #include <exception>
+#include <filesystem>
 #include <iostream>
+#include <memory>
 #include <span>
 #include <string>
 #include <utility>
@@ -12,10 +13,15 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "cli/commands/table.h"
 #include "cli/configuration.h"
 #include "cli/fuse_page.h"
 #include "cli/host_session.h"
+#include "cli/image_options.h"
 #include "cli/image_output.h"
+#include "cli/layout.h"
+#include "cli/operation_options.h"
+#include "cli/parse_options.h"
 #include "cli/report.h"
 #include "cli/usage_error.h"
 #include "devices/config_layout.h"
@@ -26,26 +32,26 @@
 namespace fliglaf::cli {
 namespace {
 
+/// What the command takes.
+struct FuseOptions {
+  OperationOptions operation;
+  bool changes = false;  ///< "set" instead of "show"
+  std::vector<std::string> assignments;
+  std::filesystem::path image_file;
+  bool yes = false;
+};
+
 void PrintTable(const std::vector<FuseLine>& lines) {
-  FuseLine widest{.bit = "bit", .name = "name", .value = "value", .meaning = {}};
-  for (const FuseLine& line : lines) {
-    if (line.bit.size() > widest.bit.size()) widest.bit = line.bit;
-    if (line.name.size() > widest.name.size()) widest.name = line.name;
-  }
-  const auto print = [&widest](const FuseLine& line, std::string_view meaning) {
-    const std::string text = fmt::format("{:{}}  {:{}}  {:5}  {}", line.bit, widest.bit.size(),
-                                         line.name, widest.name.size(), line.value, meaning);
-    std::cout << text.substr(0, text.find_last_not_of(' ') + 1) << "\n";
-  };
-  print({.bit = "bit", .name = "name", .value = "value", .meaning = {}}, "meaning");
+  std::vector<Row> rows{{"bit", "name", "value", "meaning"}};
   for (const FuseLine& line : lines) {
     std::string meaning = line.meaning;
     if (!line.changeable) meaning += meaning.empty() ? "shown only" : ", shown only";
-    print(line, meaning);
+    rows.push_back({line.bit, line.name, line.value, meaning});
   }
+  std::cout << Table(rows, ColumnsOf(platform::Stream::kOutput, kUnlimited));
 }
 
-void PrintJson(const Options& options, const std::vector<FuseLine>& lines) {
+void PrintJson(const FuseOptions& options, const std::vector<FuseLine>& lines) {
   auto bits = nlohmann::ordered_json::array();
   for (const FuseLine& line : lines) {
     bits.push_back({{"bit", line.bit},
@@ -54,13 +60,14 @@ void PrintJson(const Options& options, const std::vector<FuseLine>& lines) {
                     {"meaning", line.meaning},
                     {"changeable", line.changeable}});
   }
-  const nlohmann::ordered_json object{
-      {"command", options.command_name}, {"device", options.device}, {"bits", bits}};
+  const nlohmann::ordered_json object{{"command", options.operation.command},
+                                      {"device", options.operation.device.name()},
+                                      {"bits", bits}};
   std::cout << Dump(object) << "\n";
 }
 
-void Print(const Options& options, const FusePage& page) {
-  if (options.json) return PrintJson(options, page.Lines());
+void Print(const FuseOptions& options, const FusePage& page) {
+  if (options.operation.json) return PrintJson(options, page.Lines());
   PrintTable(page.Lines());
 }
 
@@ -80,13 +87,13 @@ void RequireAll(const FusePage& page, const DeviceProfile& device) {
       device.name, fmt::join(missing, ", "), device.name, fmt::join(all, " ")));
 }
 
-void SetAll(const Options& options, FusePage& page) {
+void SetAll(const FuseOptions& options, FusePage& page) {
   for (const std::string& assignment : options.assignments) page.Set(assignment);
 }
 
 /// Throws UsageError for a name or value that the page does not take, before a device or file is
 /// touched: which rows a page has does not depend on the bytes.
-void CheckAssignments(const Options& options, const DeviceProfile& device) {
+void CheckAssignments(const FuseOptions& options, const DeviceProfile& device) {
   HostSession session(HostSession::FreeInstance(), device, Engine::kUsb);
   PresetConfiguration(session.variables());
   FusePage page(device, session.variables());
@@ -97,7 +104,7 @@ void CheckAssignments(const Options& options, const DeviceProfile& device) {
 /// Throws UsageError for a file that is not the whole image of the device. One that leaves gaps is
 /// taken as long as it has the configuration bytes: in their place the page would show, and store,
 /// bytes that nobody chose.
-void CheckImage(const Options& options, const DeviceProfile& device, const Image& image) {
+void CheckImage(const FuseOptions& options, const DeviceProfile& device, const Image& image) {
   const auto fail = [&](const std::string& what) {
     throw UsageError(fmt::format(
         "{}: {}; an image of {}, as \"fliglaf read {} --image FILE\" writes it, has {} bytes",
@@ -116,7 +123,8 @@ void CheckImage(const Options& options, const DeviceProfile& device, const Image
   }
 }
 
-void LoadWhole(const Options& options, const DeviceProfile& device, std::span<std::uint8_t> bytes) {
+void LoadWhole(const FuseOptions& options, const DeviceProfile& device,
+               std::span<std::uint8_t> bytes) {
   const Image image = ReadImage(options.image_file);
   CheckImage(options, device, image);
   for (const Segment& segment : image.segments) {
@@ -124,30 +132,30 @@ void LoadWhole(const Options& options, const DeviceProfile& device, std::span<st
   }
 }
 
-ExitStatus InImage(const Options& options, const DeviceProfile& device) {
+ExitStatus InImage(const FuseOptions& options, const DeviceProfile& device) {
   HostSession session(HostSession::FreeInstance(), device, Engine::kUsb);
   LoadWhole(options, device, session.image());
   FusePage page(device, session.variables());
-  if (!options.changes_fuses) {
+  if (!options.changes) {
     Print(options, page);
     return ExitStatus::kSuccess;
   }
-  const ImageOutput output(options, device);
+  const ImageOutput output({.memory = {}, .eeprom = {}, .image = options.image_file}, device);
   SetAll(options, page);
   page.Confirm();
   Report report;
   const std::string files = output.Write(session.image(), report);
   if (files.empty()) throw ImageError(report.unwritten.front());  // no device was touched
   report.message = fmt::format("{}: {} written", device.name, files);
-  return PrintReport(options, report);
+  return PrintReport(options.operation, report);
 }
 
 /// The fuses of the device in the socket: read, changed on the page, written and read back.
 class InDevice {
  public:
-  InDevice(const Options& options, const DeviceProfile& device)
-      : options_(options), device_(device), configuration_(options, device) {
-    if (options.changes_fuses) {
+  InDevice(const FuseOptions& options, const DeviceProfile& device)
+      : options_(options), device_(device), configuration_(options.operation, device) {
+    if (options.changes) {
       configuration_.RequireWritable();
     } else if (!ReadsConfig(device)) {
       throw UsageError(device.name +
@@ -161,7 +169,7 @@ class InDevice {
     Report report = Prepared();
     if (report.status == ExitStatus::kSuccess) {
       FusePage page(device_, run.session().variables());
-      if (!options_.changes_fuses) {
+      if (!options_.changes) {
         Print(options_, page);
         run.Keep(report);
         return PrintUnwritten(report);
@@ -175,7 +183,7 @@ class InDevice {
       }
     }
     run.Keep(report);
-    return PrintReport(options_, report);
+    return PrintReport(options_.operation, report);
   }
 
  private:
@@ -205,28 +213,67 @@ class InDevice {
       report.message = device_.name + ": nothing to change: " + configuration_.Values();
       return report;
     }
-    configuration_.Plan(std::move(assignments));
+    configuration_.Plan(std::move(assignments), options_.yes);
     return configuration_.Write();
   }
 
-  const Options& options_;
+  const FuseOptions& options_;
   const DeviceProfile& device_;
   Configuration configuration_;
 };
 
+class FusesCommand : public Command {
+ public:
+  FusesCommand()
+      : Command({.name = "fuses",
+                 .summary = "Show the fuse and lock bits of a device by name, or change them",
+                 .example = "fuses set isp-page-16k CKDIV8=1 \"Lock Bit=Lock Bit1\" --chip "
+                            "bench.chip"}) {}
+
+  void Describe(OptionSet& options) override {
+    options_.operation.command = name();
+    options
+        .Choice<bool>("ACTION",
+                      "show prints a table of bit, name, value and meaning; set changes bits",
+                      options_.changes, {{"show", false}, {"set", true}})
+        .when_missing = "fuses: must be followed by show or set, then by the device";
+    options_.operation.device.AddDevice(options, "fuses: name the device, then the bits to set");
+    options.Texts("NAME=VALUE", "NAME=VALUE",
+                  "Bit to change: the name as the table has it, or the bit (low.5); the value in "
+                  "digits or what it means",
+                  options_.assignments);
+    AddImageFile(options, options_.image_file);
+    options.Exclude("--image", {"--chip", "--record", "--vcd"});
+    AddYes(options, options_.yes);
+    options_.operation.AddTo(options);
+  }
+
+  ExitStatus Run() override {
+    CheckAction();
+    options_.operation.writes_device = options_.changes;
+    const DeviceProfile& device = options_.operation.Begin();
+    FusePage::RequirePage(device);
+    if (options_.changes) CheckAssignments(options_, device);
+    if (!options_.image_file.empty()) return InImage(options_, device);
+    return InDevice(options_, device).Run();
+  }
+
+ private:
+  void CheckAction() const {
+    if (options_.changes && options_.assignments.empty()) {
+      throw UsageError("fuses set: name what to change, as NAME=VALUE" + SeeHelp(name()));
+    }
+    if (!options_.changes && !options_.assignments.empty()) {
+      throw UsageError(fmt::format("{}: \"fuses show\" changes nothing; \"fuses set\" does",
+                                   options_.assignments.front()));
+    }
+  }
+
+  FuseOptions options_;
+};
+
 }  // namespace
 
-ExitStatus RunFusesCommand(const Options& options, const DeviceProfile& device) {
-  if (options.changes_fuses == options.assignments.empty()) {
-    throw UsageError(options.changes_fuses ? "fuses set: name what to change, as NAME=VALUE"
-                                           : options.assignments.front() +
-                                                 ": \"fuses show\" changes nothing; "
-                                                 "\"fuses set\" does");
-  }
-  FusePage::RequirePage(device);
-  if (options.changes_fuses) CheckAssignments(options, device);
-  if (!options.image_file.empty()) return InImage(options, device);
-  return InDevice(options, device).Run();
-}
+std::unique_ptr<Command> MakeFuses() { return std::make_unique<FusesCommand>(); }
 
 }  // namespace fliglaf::cli

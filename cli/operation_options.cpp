@@ -1,0 +1,71 @@
+#include "cli/operation_options.h"
+
+#include "cli/workplace.h"
+#include "images/whole_file.h"
+#include "platform/terminal.h"
+
+namespace fliglaf::cli {
+namespace {
+
+constexpr const char* kBench = "Simulated bench";
+
+}  // namespace
+
+void AddChipFile(OptionSet& options, std::filesystem::path& file) {
+  options
+      .File("--chip",
+            "Keeps the simulated chip's contents between calls; without it the chip is new", file)
+      .group = kBench;
+}
+
+void BenchOptions::AddTo(OptionSet& options) {
+  AddChipFile(options, chip_file);
+  options
+      .Texts("--fault", "FAULT",
+             "Something that goes wrong: no-programmer, no-adapter, no-chip, supply, usb-timeout, "
+             "usb-failure, answer=LEVEL, stuck=ADDRESS.BIT=VALUE, call=OPERATION[:NTH]. May be "
+             "given more than once",
+             faults)
+      .group = kBench;
+  options.Flag("--real-time", "Take as long as a real programmer would", real_time).group = kBench;
+  options
+      .File("--vcd",
+            "Write a Value Change Dump of the lines, for GTKWave, PulseView and sigrok-cli",
+            waveform_file)
+      .group = kBench;
+  if (!HasHardware()) return;
+  options.Flag("--hardware", "Use the installed programmer, not the simulated bench", hardware);
+  options.Exclude("--hardware", {"--chip", "--fault", "--real-time", "--vcd"});
+}
+
+void OperationOptions::AddTo(OptionSet& options) {
+  options.Flag("--no-signature", "Do not check the device's signature first", check_signature,
+               false);
+  options.Choice<MismatchAnswer>(
+      "--on-mismatch", "What to do about a wrong signature, instead of asking", on_mismatch,
+      {{"abort", MismatchAnswer::kAbort},
+       {"ignore", MismatchAnswer::kIgnore},
+       {"retry", MismatchAnswer::kRetry}});
+  options.File("--record", "Write a record of the run, for \"fliglaf replay\"", record_file);
+  options.Flag("--parallel",
+               "Use a programmer on the parallel port, for devices of family 1 and those with "
+               "configuration words",
+               parallel);
+  options.Flag("--json", "Print one JSON object with result, log, time and counts", json);
+  options.Choice<ProgressStyle>("--progress", "How to show progress on standard error", progress,
+                                {{"auto", ProgressStyle::kAuto},
+                                 {"bar", ProgressStyle::kBar},
+                                 {"json", ProgressStyle::kJson},
+                                 {"lines", ProgressStyle::kLines},
+                                 {"none", ProgressStyle::kNone}});
+  device.AddFolders(options);
+  bench.AddTo(options);
+}
+
+const DeviceProfile& OperationOptions::Begin() {
+  platform::CatchStopSignals();
+  if (!record_file.empty()) CheckWritable(record_file);
+  return device.Find();
+}
+
+}  // namespace fliglaf::cli
