@@ -1,9 +1,13 @@
 #include "cli/progress.h"
 
+#include <algorithm>
+#include <cstdlib>
 #include <string>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
+
+#include "cli/layout.h"
 
 namespace fliglaf::cli {
 namespace {
@@ -24,24 +28,43 @@ class Changes {
   int percent_ = -1;
 };
 
+/// In one line less than `width`, since terminals go on to the next one after the last column; the
+/// bar itself only where there is room for it.
+std::string BarLine(std::string_view operation, int percent, int width) {
+  constexpr int kLeastCells = 8;
+  const std::string start = fmt::format("{:<14}", operation);
+  const std::string end = fmt::format("{:3} %", percent);
+  const int cells = width - 1 - Columns(start) - Columns(end) - 4;
+  if (cells < kLeastCells) return start + " " + end;
+  const int filled = percent * cells / 100;
+  return fmt::format("{} [{:#<{}}{:{}}] {}", start, "", filled, "", cells - filled, end);
+}
+
 class Bar : public Progress {
  public:
   explicit Bar(std::ostream& out) : out_(out) {}
 
   void Update(std::string_view operation, int percent) override {
     if (!changes_.Differs(operation, percent)) return;
-    constexpr int kWidth = 40;
-    const int filled = percent * kWidth / 100;
-    out_ << fmt::format("\r{:<14} [{:#<{}}{:{}}] {:3} %\033[K", operation, "", filled, "",
-                        kWidth - filled, percent)
-         << std::flush;
+    Show(BarLine(operation, percent, ColumnsOf(platform::Stream::kError)));
   }
-  /// Takes the bar away: the log tells the rest.
-  void Finish() override { out_ << "\r\033[K" << std::flush; }
+  /// Clears the bar, since the log follows.
+  void Finish() override {
+    Show("");
+    Show("");
+  }
 
  private:
+  /// Blanks over the rest of what was there do without an escape sequence.
+  void Show(const std::string& line) {
+    const int rest = std::max(shown_ - Columns(line), 0);
+    out_ << fmt::format("\r{}{:{}}", line, "", rest) << std::flush;
+    shown_ = Columns(line);
+  }
+
   std::ostream& out_;
   Changes changes_;
+  int shown_ = 0;  ///< columns
 };
 
 /// One line where an operation begins and one for each quarter of it.
@@ -78,6 +101,12 @@ class JsonLines : public Progress {
   Changes changes_;
 };
 
+/// A terminal that cannot go back to the beginning of a line.
+bool IsDumb() {
+  const char* const type = std::getenv("TERM");
+  return type != nullptr && std::string_view(type) == "dumb";
+}
+
 class Silence : public Progress {
  public:
   void Update(std::string_view /*operation*/, int /*percent*/) override {}
@@ -87,6 +116,7 @@ class Silence : public Progress {
 
 std::unique_ptr<Progress> MakeProgress(ProgressStyle style, bool terminal, std::ostream& out) {
   if (style == ProgressStyle::kAuto) style = terminal ? ProgressStyle::kBar : ProgressStyle::kLines;
+  if (style == ProgressStyle::kBar && IsDumb()) style = ProgressStyle::kLines;
   switch (style) {
     case ProgressStyle::kBar:
       return std::make_unique<Bar>(out);
