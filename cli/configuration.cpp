@@ -126,7 +126,7 @@ Report Configuration::Write() {
   }
   Report read_back = Read();
   if (read_back.status != ExitStatus::kSuccess) return read_back;
-  return Compared(report);
+  return Compared(std::move(read_back));
 }
 
 /// Compares what the device now has with what was written.

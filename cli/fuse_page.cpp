@@ -163,7 +163,7 @@ const PageRow& FusePage::Find(std::string_view name) const {
   bits.reserve(found.size());
   for (const PageRow* const row : found) bits.push_back(BitOf(*row));
   throw UsageError(
-      fmt::format("{}: more than one bit has this name; write {}", name, fmt::join(bits, " or ")));
+      fmt::format("{}: more than one bit has this name; use {}", name, fmt::join(bits, " or ")));
 }
 
 void FusePage::Set(const std::string& assignment) {
@@ -181,7 +181,7 @@ void FusePage::Set(const std::string& assignment) {
   }
   const auto [given, is_new] = given_.emplace(BitOf(row), assignment);
   if (!is_new && LineOf(row).value != before) {
-    throw UsageError(fmt::format("{} contradicts {}; give one of them", assignment, given->second));
+    throw UsageError(fmt::format("{} contradicts {}; give only one", assignment, given->second));
   }
 }
 

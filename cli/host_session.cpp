@@ -23,7 +23,7 @@ void CheckReaches(Engine engine, const DeviceProfile& device) {
   if (engine == Engine::kParallel && !RunsOverParallelPort(device)) {
     throw UsageError(
         fmt::format("{}: the parallel engine reaches devices of family 1 only, not of "
-                    "family {}; leave --parallel out",
+                    "family {}; leave out --parallel",
                     device.name, device.family));
   }
   if (engine == Engine::kUsb && device.config_words > 0) {

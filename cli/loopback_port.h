@@ -12,7 +12,7 @@ namespace fliglaf::cli {
 /// the client had gone; CatchStopSignals has been called before.
 class LoopbackPort {
  public:
-  /// `number` 0: one that is free. Throws UsageError when it cannot be had.
+  /// `number` 0: one that is free. Throws UsageError when it is not available.
   explicit LoopbackPort(std::uint16_t number);
 
   [[nodiscard]] std::uint16_t number() const { return number_; }

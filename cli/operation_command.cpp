@@ -25,21 +25,18 @@ ExitStatus OperationCommand::Run() {
   }
   const std::vector<std::uint8_t> codes = Check(device);
   OperationRun run(options_, device);
-  Report report = Carry(run, codes);
-  if (report.status == ExitStatus::kSuccess) {
-    report.message = fmt::format("{}: {}", device.name, Success(run, report));
-  }
-  run.Keep(report);
-  return PrintReport(options_, report);
+  return run.Complete([&] {
+    Report report = Carry(run, codes);
+    if (report.status == ExitStatus::kSuccess) {
+      report.message = fmt::format("{}: {}", device.name, Success(run, report));
+    }
+    return report;
+  });
 }
 
 std::uint8_t EraseCode(const DeviceProfile& device) {
   if (!device.operations.erase) throw UsageError(device.name + " has no erase operation");
   return *device.operations.erase;
-}
-
-std::string ByteCount(std::size_t count) {
-  return fmt::format("{} byte{}", count, count == 1 ? "" : "s");
 }
 
 }  // namespace fliglaf::cli

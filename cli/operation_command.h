@@ -44,7 +44,4 @@ class OperationCommand : public Command {
 /// Throws UsageError for a device that has none.
 [[nodiscard]] std::uint8_t EraseCode(const DeviceProfile& device);
 
-/// "1 byte", "2 bytes"
-[[nodiscard]] std::string ByteCount(std::size_t count);
-
 }  // namespace fliglaf::cli

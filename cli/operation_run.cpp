@@ -6,7 +6,6 @@
 
 #include <fmt/format.h>
 
-#include "cli/run_log.h"
 #include "images/whole_file.h"
 #include "platform/terminal.h"
 #include "shared/utf8.h"
@@ -42,57 +41,56 @@ std::string BrokenOff(StartUp start_up, const std::string& failure) {
 constexpr std::string_view kNothingHandedOver =
     "the programmer does not hand over what it read; is the USB connection good?";
 
-/// Decides how the run ended. A programmer failure wins, so that a check that could not be made is
-/// never reported as done.
-void Judge(Report& report, const std::string& device, const HostSession& session, StartUp start_up,
-           const Questions& questions) {
-  const std::uint8_t result = session.result();
-  const RunLog told = ReadRunLog(report.log);
-  report.result = result;
-  report.seconds = told.seconds;
-  report.differences = told.differences;
-  const auto end = [&](ExitStatus status, const std::string& message) {
-    report.status = status;
-    report.message = message;
-  };
-  if (const std::string problem = StartProblem(start_up); !problem.empty()) {
-    return end(ExitStatus::kProgrammer, problem);
-  }
-  if (questions.stopped()) return end(ExitStatus::kStopped, device + ": stopped");
-  if (!questions.mismatch().empty()) {
-    return end(
-        ExitStatus::kDiffers,
-        device + ": another signature was read (" + questions.mismatch() +
-            "): a different device, none, or badly seated; --no-signature leaves the check out");
-  }
-  if (!told.seconds || !told.failure.empty()) {
-    return end(ExitStatus::kProgrammer, BrokenOff(start_up, told.failure));
-  }
-  if (session.lost_blocks() > 0 && result != result::kStopped) {
-    return end(ExitStatus::kProgrammer, std::string(kNothingHandedOver) +
-                                            " The result in the log rests on bytes that are not "
-                                            "the device's.");
-  }
+std::string WrongSignature(const OperationOptions& options, const DeviceProfile& device,
+                           const std::string& read) {
+  const DeviceProfile* const other = options.device.FindBySignature(read);
+  return fmt::format(
+      "{}: another signature was read ({}), expected {}: {}; --no-signature skips the check",
+      device.name, read, DescribeSignature(*device.signature),
+      other == nullptr ? "the socket may be empty, or hold another device or a badly seated one"
+                       : fmt::format("it is that of {}", other->name));
+}
+
+/// What a failed operation has come upon.
+std::string Difference(const RunLog& log) {
+  if (!log.mismatch) return "the operation failed; see the log";
+  const auto& [address, device, file] = *log.mismatch;
+  if (!file) return fmt::format("not blank at 0x{:04X}: device {:02X}", address, device);
+  return fmt::format("differs at 0x{:04X}: device {:02X}, file {:02X}", address, device, *file);
+}
+
+/// What a request has added to the log of those before it. A compare listing begins a new one.
+std::string AddedTo(std::string_view before, std::string log) {
+  return log.starts_with(before) ? log.substr(before.size()) : log;
+}
+
+struct Outcome {
+  ExitStatus status = ExitStatus::kSuccess;
+  std::string message = {};
+};
+
+/// Of a request that was carried to its end, by the library's result.
+Outcome JudgeResult(std::uint8_t result, const RunLog& log, const std::string& device) {
+  const auto differences = static_cast<std::size_t>(log.differences);
   switch (result) {
     case result::kSuccess:
-      if (told.differences > 0) {
-        end(ExitStatus::kDiffers, fmt::format("{}: {} bytes differ", device, told.differences));
-      }
-      return;
+      if (differences == 0) return {};
+      return {ExitStatus::kDiffers, fmt::format("{}: {} differ{}", device, ByteCount(differences),
+                                                differences == 1 ? "s" : "")};
     case result::kStopped:
-      return end(ExitStatus::kStopped, device + ": stopped; the device may be half done");
+      return {ExitStatus::kStopped, device + ": stopped; the device may be half done"};
     case result::kReadBackFails:
-      return end(ExitStatus::kProgrammer, std::string(kNothingHandedOver));
+      return {ExitStatus::kProgrammer, std::string(kNothingHandedOver)};
     default:
-      return end(ExitStatus::kDiffers,
-                 device + ": the operation failed; the log above tells where");
+      return {ExitStatus::kDiffers, fmt::format("{}: {}", device, Difference(log))};
   }
 }
 
 }  // namespace
 
 OperationRun::OperationRun(const OperationOptions& options, const DeviceProfile& device)
-    : device_(device),
+    : options_(options),
+      device_(device),
       session_(HostSession::FreeInstance(), device,
                options.parallel ? Engine::kParallel : Engine::kUsb),
       workplace_(MakeWorkplace(options, device, session_.instance())),
@@ -112,17 +110,64 @@ Report OperationRun::Run(std::span<const std::uint8_t> codes, Recorded recorded)
   session_.Request(codes);
   workplace_->Run(session_, recorded);
   progress_->Finish();
+  const std::string added = AddedTo(log_, ToUtf8(session_.log()));
+  const RunLog run = ReadRunLog(added);
+  log_ += added;
   Report report;
-  report.log = ToUtf8(session_.log());
-  Judge(report, device_.name, session_, workplace_->start_up(), questions_);
+  report.log = log_;
+  report.result = session_.result();
+  report.differences = run.differences;
   report.signature_ignored = questions_.ignored();
+  seconds_ += run.seconds.value_or(0);
+  if (run.seconds) report.seconds = seconds_;
+  Judge(report, run);
   return report;
+}
+
+/// Decides how the run ended. A programmer failure wins, so that a check that could not be made is
+/// never reported as done.
+void OperationRun::Judge(Report& report, const RunLog& run) const {
+  const std::uint8_t result = session_.result();
+  const auto end = [&report](ExitStatus status, std::string message) {
+    report.status = status;
+    report.message = std::move(message);
+  };
+  if (std::string problem = StartProblem(workplace_->start_up()); !problem.empty()) {
+    return end(ExitStatus::kProgrammer, std::move(problem));
+  }
+  if (questions_.stopped()) return end(ExitStatus::kStopped, device_.name + ": stopped");
+  if (!questions_.mismatch().empty()) {
+    return end(ExitStatus::kDiffers, WrongSignature(options_, device_, questions_.mismatch()));
+  }
+  if (!run.seconds || !run.failure.empty()) {
+    return end(ExitStatus::kProgrammer, BrokenOff(workplace_->start_up(), run.failure));
+  }
+  if (session_.lost_blocks() > 0 && result != result::kStopped) {
+    return end(ExitStatus::kProgrammer,
+               fmt::format("{} The result in the log rests on bytes that are not the device's.",
+                           kNothingHandedOver));
+  }
+  auto [status, message] = JudgeResult(result, run, device_.name);
+  end(status, std::move(message));
 }
 
 void OperationRun::Keep(Report& report) {
   std::ranges::move(workplace_->Keep(), std::back_inserter(report.unwritten));
   const bool unfinished = report.status == ExitStatus::kSuccess && !report.unwritten.empty();
   if (unfinished && platform::StopRequested()) report.status = ExitStatus::kStopped;
+}
+
+ExitStatus OperationRun::Complete(const std::function<Report()>& carry) {
+  Report report;
+  try {
+    report = carry();
+  } catch (const std::exception&) {  // refused, or stopped, after the device has been read
+    Keep(report);
+    PrintUnwritten(report);
+    throw;
+  }
+  Keep(report);
+  return PrintReport(options_, report);
 }
 
 /// True when a stop was asked for in this turn.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -10,6 +11,7 @@
 #include "cli/progress.h"
 #include "cli/questions.h"
 #include "cli/report.h"
+#include "cli/run_log.h"
 #include "cli/workplace.h"
 #include "devices/device_profile.h"
 
@@ -19,15 +21,15 @@ namespace fliglaf::cli {
 /// out.
 class OperationRun {
  public:
-  /// Throws UsageError or ImageError for what the options ask of the workplace and cannot be had,
-  /// and for a record that could not be written.
+  /// `options` and `device` outlive it. Throws UsageError, BenchError or ImageError for what the
+  /// workplace cannot give.
   OperationRun(const OperationOptions& options, const DeviceProfile& device);
 
   [[nodiscard]] const DeviceProfile& device() const { return device_; }
   [[nodiscard]] HostSession& session() { return session_; }
 
-  /// Runs the operations of `codes` (see HostSession::Request) and judges the outcome. On success
-  /// the report's message is left to the caller. Throws platform::Stopped when the user stopped the
+  /// Runs the operations of `codes` (see HostSession::Request) and judges the outcome; log and time
+  /// are those of all requests so far. On success the report's message is left to the caller. Throws platform::Stopped when the user stopped the
   /// program before its first request.
   [[nodiscard]] Report Run(std::span<const std::uint8_t> codes, Recorded recorded = Recorded::kYes);
 
@@ -35,10 +37,18 @@ class OperationRun {
   /// the record. What cannot be written goes into the report.
   void Keep(Report& report);
 
+  /// Carries out what runs requests, keeps what they leave behind and prints the report. When
+  /// `carry` throws, what the requests before it left behind is kept, too.
+  ExitStatus Complete(const std::function<Report()>& carry);
+
  private:
+  void Judge(Report& report, const RunLog& run) const;
   bool Turn();
 
+  const OperationOptions& options_;
   bool has_run_ = false;
+  std::string log_;     ///< of the requests so far
+  double seconds_ = 0;  ///< that they took
   const DeviceProfile& device_;
   HostSession session_;
   std::unique_ptr<Workplace> workplace_;

@@ -64,6 +64,10 @@ ExitStatus PrintUnwritten(const Report& report) {
   return StatusOf(report);
 }
 
+std::string ByteCount(std::size_t count) {
+  return fmt::format("{} byte{}", count, count == 1 ? "" : "s");
+}
+
 void PrintProblem(std::string_view problem) {
   std::cerr << Printable(fmt::format("fliglaf: {}\n", problem));
 }

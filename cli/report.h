@@ -42,6 +42,9 @@ ExitStatus PrintUnwritten(const Report& report);
 /// JSON as it is printed; what is not UTF-8 in it is replaced.
 [[nodiscard]] std::string Dump(const nlohmann::ordered_json& object);
 
+/// "1 byte", "2 bytes"
+[[nodiscard]] std::string ByteCount(std::size_t count);
+
 /// Prints one line about the program's own affairs on standard error, fit for a terminal.
 void PrintProblem(std::string_view problem);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <vector>
 
 #include "cli/host_session.h"
 
@@ -42,6 +43,34 @@ bool IsDifference(std::string_view line) {
       address, [](char c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F'); });
 }
 
+/// The number in front of an H, of so many digits.
+std::optional<std::uint32_t> Number(std::string_view text, std::size_t digits) {
+  std::uint32_t number = 0;
+  if (text.size() <= digits || text[digits] != 'H') return std::nullopt;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + digits, number, 16);
+  return error == std::errc{} && end == text.data() + digits ? std::optional(number) : std::nullopt;
+}
+
+/// ">>Device Address:00000026H  Device Data:FDH  Buffer Address:00000026H  Buffer Data:FFH", the
+/// words in the user's language; a blank check has the first two numbers only.
+std::optional<Mismatch> MismatchIn(std::string_view line) {
+  constexpr std::size_t kAddressDigits = 8;
+  std::vector<std::uint32_t> numbers;
+  while (numbers.size() < 4) {
+    const std::size_t colon = line.find(':');
+    if (colon == std::string_view::npos) break;
+    line.remove_prefix(colon + 1);
+    const auto number = Number(line, numbers.size() % 2 == 0 ? kAddressDigits : 2);
+    if (!number) return std::nullopt;
+    numbers.push_back(*number);
+  }
+  if (numbers.size() < 2) return std::nullopt;
+  Mismatch mismatch{
+      .address = numbers[0], .device = static_cast<std::uint8_t>(numbers[1]), .file = {}};
+  if (numbers.size() == 4) mismatch.file = static_cast<std::uint8_t>(numbers[3]);
+  return mismatch;
+}
+
 bool IsFailure(std::string_view line) {
   return line.starts_with(">>IoHelper.") || line.ends_with(" is missing") ||
          line == ">>Index out of range" || line == ">>Out of memory";
@@ -50,17 +79,19 @@ bool IsFailure(std::string_view line) {
 }  // namespace
 
 RunLog ReadRunLog(std::string_view log) {
-  RunLog told;
-  ForEachLine(log, [&told](std::string_view line) {
+  RunLog run;
+  ForEachLine(log, [&run](std::string_view line) {
     if (const auto seconds = ElapsedSeconds(line)) {
-      told.seconds = seconds;
+      run.seconds = seconds;
     } else if (IsDifference(line)) {
-      ++told.differences;
+      ++run.differences;
     } else if (IsFailure(line)) {
-      told.failure = line.substr(kLineStart.size());
+      run.failure = line.substr(kLineStart.size());
+    } else if (!run.mismatch) {
+      run.mismatch = MismatchIn(line);
     }
   });
-  return told;
+  return run;
 }
 
 std::string_view CurrentOperation(std::string_view log) {

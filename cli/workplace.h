@@ -43,8 +43,8 @@ class Workplace {
   [[nodiscard]] virtual std::vector<std::string> Keep() = 0;
 };
 
-/// The workplace that the options describe, for the blocks of `instance`. Throws UsageError or
-/// ImageError for what they ask for and cannot be had. `options` outlives it.
+/// The workplace that the options describe, for the blocks of `instance`. Throws UsageError,
+/// BenchError or ImageError for what is not available. `options` outlives it.
 [[nodiscard]] std::unique_ptr<Workplace> MakeWorkplace(const OperationOptions& options,
                                                        const DeviceProfile& device,
                                                        std::int16_t instance);

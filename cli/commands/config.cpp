@@ -84,6 +84,25 @@ void RequireAll(const std::vector<ConfigAssignment>& assignments,
                   device.name, example));
 }
 
+/// The bits of a byte, highest first: "bits 7 and 6".
+std::string BitNames(std::uint8_t bits) {
+  std::vector<std::string> names;
+  for (int bit = 7; bit >= 0; --bit) {
+    if ((bits >> bit & 1) != 0) names.push_back(std::to_string(bit));
+  }
+  return fmt::format("bit{} {}", names.size() == 1 ? "" : "s", fmt::join(names, ", "));
+}
+
+/// Throws UsageError for a value that asks for bits that a write leaves as the device has them.
+void RequireKeptBits(const ConfigAssignment& assignment, std::uint8_t read) {
+  const auto kept = static_cast<std::uint8_t>(~assignment.byte.bits);
+  const auto asked = static_cast<std::uint8_t>((assignment.value ^ read) & kept);
+  if (asked == 0) return;
+  const std::uint8_t value = (assignment.value & assignment.byte.bits) | (read & kept);
+  throw UsageError(fmt::format("{}={:02X}: {} cannot be written here; must be {:02X}",
+                               assignment.byte.name, assignment.value, BitNames(asked), value));
+}
+
 class ConfigCommand : public Command {
  public:
   ConfigCommand()
@@ -105,22 +124,26 @@ class ConfigCommand : public Command {
     const DeviceProfile& device = options_.Begin();
     Configuration configuration(options_, device);
     configuration.RequireWritable();
-    std::vector<ConfigAssignment> assignments =
+    const std::vector<ConfigAssignment> assignments =
         ParseAssignments(texts_, configuration.bytes(), device);
     RequireAll(assignments, configuration.bytes(), device);
-    configuration.Plan(std::move(assignments), yes_);
-    OperationRun& run = configuration.run();
-    Report report = Carry(configuration, device);
-    run.Keep(report);
-    return PrintReport(options_, report);
+    configuration.Plan(assignments, yes_);
+    return configuration.run().Complete([&] { return Carry(configuration, assignments, device); });
   }
 
  private:
-  [[nodiscard]] Report Carry(Configuration& configuration, const DeviceProfile& device) const {
-    Report report = ReadsConfig(device) ? configuration.Read() : Report{};
-    if (report.status != ExitStatus::kSuccess) return report;
-    if (!texts_.empty()) return configuration.Write();
-    report = Report{};
+  [[nodiscard]] static Report Carry(Configuration& configuration,
+                                    const std::vector<ConfigAssignment>& assignments,
+                                    const DeviceProfile& device) {
+    if (ReadsConfig(device)) {
+      Report report = configuration.Read();
+      if (report.status != ExitStatus::kSuccess) return report;
+      for (const ConfigAssignment& assignment : assignments) {
+        RequireKeptBits(assignment, configuration.Byte(assignment.byte));
+      }
+    }
+    if (!assignments.empty()) return configuration.Write();
+    Report report;
     report.message = fmt::format("{}: {}", device.name, configuration.Values());
     return report;
   }

@@ -1,7 +1,6 @@
 // fliglaf fuses: fuse and lock bits by their names.
 #include <algorithm>
 #include <cstdint>
-#include <exception>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -164,29 +163,28 @@ class InDevice {
     }
   }
 
-  ExitStatus Run() {
-    OperationRun& run = configuration_.run();
-    Report report = Prepared();
-    if (report.status == ExitStatus::kSuccess) {
-      FusePage page(device_, run.session().variables());
-      if (!options_.changes) {
-        Print(options_, page);
-        run.Keep(report);
-        return PrintUnwritten(report);
-      }
-      try {
-        report = Changed(page);
-      } catch (const std::exception&) {  // refused, or stopped, after the device has been read
-        run.Keep(report);
-        PrintUnwritten(report);
-        throw;
-      }
-    }
-    run.Keep(report);
-    return PrintReport(options_.operation, report);
-  }
+  ExitStatus Run() { return options_.changes ? Change() : Show(); }
 
  private:
+  ExitStatus Show() {
+    OperationRun& run = configuration_.run();
+    Report report = configuration_.Read();
+    const bool read = report.status == ExitStatus::kSuccess;
+    if (read) Print(options_, FusePage(device_, run.session().variables()));
+    run.Keep(report);
+    return read ? PrintUnwritten(report) : PrintReport(options_.operation, report);
+  }
+
+  ExitStatus Change() {
+    OperationRun& run = configuration_.run();
+    return run.Complete([&] {
+      Report report = Prepared();
+      if (report.status != ExitStatus::kSuccess) return report;
+      FusePage page(device_, run.session().variables());
+      return Changed(page);
+    });
+  }
+
   /// With the device's bytes in the image, or as the parts leave the factory.
   Report Prepared() {
     if (ReadsConfig(device_)) return configuration_.Read();
