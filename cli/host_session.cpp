@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::int16_t kTrue = -1;
 
-/// What quorinbvcch(0) tells of a device with configuration words.
+/// quorinbvcch(0) of a device with two configuration words.
 constexpr std::int16_t kTwoConfigWords = 1;
 
 /// Values of quorinprgresult(1).

@@ -34,7 +34,7 @@ enum class Contents {
 class ImageOutput {
  public:
   /// Checks that the files can be written. Throws UsageError when no
-  /// file is named, an ending tells no format, or the device has no such memory; ImageError for a
+  /// file is named, an ending stands for no format, or the device has no such memory; ImageError for a
   /// file that cannot be written.
   ImageOutput(const OutputFiles& files, const DeviceProfile& device);
 

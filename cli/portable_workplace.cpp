@@ -1,6 +1,5 @@
 // The workplace of the portable build: the library of this process on the simulated bench.
 #include <ctime>
-#include <iostream>
 #include <string>
 
 #include <fmt/format.h>
@@ -8,6 +7,7 @@
 #include "cli/attempt.h"
 #include "cli/chip_file_option.h"
 #include "cli/programmer_watch.h"
+#include "cli/report.h"
 #include "cli/workplace.h"
 #include "host/cls_mpu.h"
 #include "images/whole_file.h"
@@ -67,8 +67,8 @@ class PortableWorkplace : public Workplace {
 
   [[nodiscard]] std::vector<std::string> Keep() override {
     if (const auto conflicts = bench_.bench().chip().conflicts(); conflicts > 0) {
-      std::cerr << fmt::format("the programmer drove a line against the chip {} times\n",
-                               conflicts);
+      PrintProblem(fmt::format("the programmer drove a line against the chip {} time{}", conflicts,
+                               conflicts == 1 ? "" : "s"));
     }
     for (const std::string& line : bench_.FaultReport()) std::cerr << "--fault " << line << "\n";
     std::vector<std::string> problems;

@@ -4,7 +4,7 @@
 
 namespace fliglaf::cli {
 
-/// Notes which start-up step of the programmer failed: the library tells the host less than that.
+/// Notes which start-up step of the programmer failed, which the library does not report.
 class ProgrammerWatch : public ForwardingProgrammer {
  public:
   using ForwardingProgrammer::ForwardingProgrammer;

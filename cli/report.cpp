@@ -10,7 +10,7 @@
 namespace fliglaf::cli {
 namespace {
 
-/// How the program ends: what was done but could not be written is no success.
+/// How the program ends: a success of which something could not be written is kUnwritten.
 ExitStatus StatusOf(const Report& report) {
   const bool done = report.status == ExitStatus::kSuccess;
   return done && !report.unwritten.empty() ? ExitStatus::kUnwritten : report.status;
@@ -47,7 +47,7 @@ void PrintText(const Report& report) {
 }  // namespace
 
 std::string Dump(const nlohmann::ordered_json& object) {
-  return object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+  return object.dump(2, ' ', true, nlohmann::ordered_json::error_handler_t::replace);
 }
 
 ExitStatus PrintReport(const OperationOptions& options, const Report& report) {

@@ -39,7 +39,8 @@ ExitStatus PrintReport(const OperationOptions& options, const Report& report);
 /// The end of a command that has printed its result itself: what could not be written.
 ExitStatus PrintUnwritten(const Report& report);
 
-/// JSON as it is printed; what is not UTF-8 in it is replaced.
+/// JSON as it is printed, in ASCII, so that no terminal obeys what stands in it; what is not UTF-8 is
+/// replaced.
 [[nodiscard]] std::string Dump(const nlohmann::ordered_json& object);
 
 /// "1 byte", "2 bytes"
