@@ -93,8 +93,10 @@ std::string BitNames(std::uint8_t bits) {
   return fmt::format("bit{} {}", names.size() == 1 ? "" : "s", fmt::join(names, ", "));
 }
 
-/// Throws UsageError for a value that asks for bits that a write leaves as the device has them.
+/// Throws UsageError for fuses that a write leaves as the device has them. Lock bits may be written
+/// and not be shown: bit 1 of the page families always reads as 1.
 void RequireKeptBits(const ConfigAssignment& assignment, std::uint8_t read) {
+  if (assignment.byte.name.ends_with("lock")) return;
   const auto kept = static_cast<std::uint8_t>(~assignment.byte.bits);
   const auto asked = static_cast<std::uint8_t>((assignment.value ^ read) & kept);
   if (asked == 0) return;
