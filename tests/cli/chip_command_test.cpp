@@ -32,83 +32,62 @@ std::string Hex(const std::string& bytes) {
   return digits;
 }
 
-/// Writes an SVF file with instructions and command words as data sheets of parts with the AVR JTAG
-/// programming interface have them.
-class Svf {
- public:
-  enum class Register { kByte, kPage };  ///< how a page passes: see family 4, and 5 to 7
+// Instructions and command words as data sheets of parts with the AVR JTAG programming interface
+// have them, in the Serial Vector Format.
+enum Instruction { kProgEnable = 4, kProgCommands, kProgPageLoad, kProgPageRead, kAvrReset = 12 };
+enum class PageRegister { kByte, kPage };  ///< how a page passes: see family 4, and 5 to 7
 
-  /// Erases the chip, programs one page at `word` and reads it back, comparing with `expected`.
-  static std::string ProgramAndCheck(Register kind, unsigned word, const std::string& page,
-                                     const std::string& expected) {
-    Svf svf(kind);
-    svf.Select(kAvrReset);
-    svf.Shift("1", 1);
-    svf.Select(kProgEnable);
-    svf.Shift("A370", 16);
-    svf.Command({0x2380, 0x3180, 0x3380, 0x3380});
-    svf.AwaitReady(0x3380);
-    svf.Command({0x2310, 0x0700 | word >> 8, 0x0300 | (word & 0xFF)});
-    svf.LoadPage(page);
-    svf.Command({0x3700, 0x3500, 0x3700, 0x3700});
-    svf.AwaitReady(0x3700);
-    svf.Command({0x2302, 0x0700 | word >> 8, 0x0300 | (word & 0xFF)});
-    svf.ReadPage(expected);
-    svf.Command({0x2300, 0x3300});
-    svf.Select(kProgEnable);
-    svf.Shift("0000", 16);
-    svf.Select(kAvrReset);
-    svf.Shift("0", 1);
-    return svf.text_;
+/// Every instruction scan has to bring 01 back in its lowest bits.
+std::string Select(Instruction instruction) {
+  return std::string("SIR 4 TDI(") + "0123456789ABCDEF"[instruction] + ") TDO(1) MASK(3);\n";
+}
+std::string Shift(const std::string& tdi, std::size_t bits, const std::string& check = {}) {
+  return "SDR " + std::to_string(bits) + " TDI(" + tdi + ")" + check + ";\n";
+}
+std::string Word(unsigned word) {
+  return Hex({static_cast<char>(word & 0xFF), static_cast<char>(word >> 8)});
+}
+std::string Command(const std::vector<unsigned>& words) {
+  std::string text = Select(kProgCommands);
+  for (const unsigned word : words) text += Shift(Word(word), 15);
+  return text;
+}
+/// The instruction scan ahead of the wait has an answer, so that it begins when the chip has got
+/// all commands. Bit 9 of a command's answer is the ready bit.
+std::string AwaitReady(unsigned word) {
+  return Select(kProgCommands) + "RUNTEST IDLE 25E-3 SEC;\n" +
+         Shift(Word(word), 15, " TDO(0200) MASK(0200)");
+}
+std::string LoadPage(PageRegister kind, const std::string& page) {
+  std::string text = Select(kProgPageLoad);
+  if (kind == PageRegister::kPage) return text + Shift(Hex(page), 8 * page.size());
+  for (const char byte : page) text += Shift(Hex({byte}), 8);
+  return text;
+}
+/// The long register puts out a byte that means nothing ahead of the page.
+std::string CheckPage(PageRegister kind, const std::string& page) {
+  std::string text = Select(kProgPageRead);
+  if (kind == PageRegister::kPage) {
+    const std::string mask(2 * page.size(), 'F');
+    return text + Shift(std::string(2 * page.size() + 2, '0'), 8 * page.size() + 8,
+                        " TDO(" + Hex(page) + "00) MASK(" + mask + "00)");
   }
+  for (const char byte : page) text += Shift("00", 8, " TDO(" + Hex({byte}) + ") MASK(FF)");
+  return text;
+}
 
- private:
-  enum Instruction { kProgEnable = 4, kProgCommands, kProgPageLoad, kProgPageRead, kAvrReset = 12 };
-
-  explicit Svf(Register kind) : kind_(kind) {}
-
-  /// Every instruction scan has to bring 01 back in its lowest bits.
-  void Select(Instruction instruction) {
-    constexpr std::string_view kDigits = "0123456789ABCDEF";
-    text_ += std::string("SIR 4 TDI(") + kDigits[instruction] + ") TDO(1) MASK(3);\n";
-  }
-  void Shift(const std::string& tdi, std::size_t bits, const std::string& check = {}) {
-    text_ += "SDR " + std::to_string(bits) + " TDI(" + tdi + ")" + check + ";\n";
-  }
-  void Command(const std::vector<unsigned>& words) {
-    Select(kProgCommands);
-    for (const unsigned word : words) Shift(Word(word), 15);
-  }
-  /// The instruction scan ahead of the wait has an answer, so that it begins when the chip has got
-  /// all commands. Bit 9 of a command's answer is the ready bit.
-  void AwaitReady(unsigned word) {
-    Select(kProgCommands);
-    text_ += "RUNTEST IDLE 25E-3 SEC;\n";
-    Shift(Word(word), 15, " TDO(0200) MASK(0200)");
-  }
-  void LoadPage(const std::string& page) {
-    Select(kProgPageLoad);
-    if (kind_ == Register::kPage) return Shift(Hex(page), 8 * page.size());
-    for (const char byte : page) Shift(Hex({byte}), 8);
-  }
-  /// The long register puts out a byte that means nothing ahead of the page.
-  void ReadPage(const std::string& page) {
-    Select(kProgPageRead);
-    const std::string zeros(2 * page.size(), '0');
-    const std::string all(2 * page.size(), 'F');
-    if (kind_ == Register::kPage) {
-      return Shift(zeros + "00", 8 * page.size() + 8,
-                   " TDO(" + Hex(page) + "00) MASK(" + all + "00)");
-    }
-    for (const char byte : page) Shift("00", 8, " TDO(" + Hex({byte}) + ") MASK(FF)");
-  }
-  static std::string Word(unsigned word) {
-    return Hex({static_cast<char>(word & 0xFF), static_cast<char>(word >> 8)});
-  }
-
-  Register kind_;
-  std::string text_;
-};
+/// Erases the chip, programs one page at `word` and reads it back, comparing with `expected`.
+std::string ProgramAndCheck(PageRegister kind, unsigned word, const std::string& page,
+                            const std::string& expected) {
+  const unsigned high = 0x0700 | word >> 8;
+  const unsigned low = 0x0300 | (word & 0xFF);
+  return Select(kAvrReset) + Shift("1", 1) + Select(kProgEnable) + Shift("A370", 16) +
+         Command({0x2380, 0x3180, 0x3380, 0x3380}) + AwaitReady(0x3380) +
+         Command({0x2310, high, low}) + LoadPage(kind, page) +
+         Command({0x3700, 0x3500, 0x3700, 0x3700}) + AwaitReady(0x3700) +
+         Command({0x2302, high, low}) + CheckPage(kind, expected) + Command({0x2300, 0x3300}) +
+         Select(kProgEnable) + Shift("0000", 16) + Select(kAvrReset) + Shift("0", 1);
+}
 
 class ChipCommand : public fliglaf::test::ProgramTest {
  protected:
@@ -193,8 +172,8 @@ TEST_F(ChipCommand, OpenOcdProgramsAPageThatWeRead) {
   if (!HasOpenOcd()) GTEST_SKIP() << "openocd is not installed";
   const struct {
     const char* device;
-    Svf::Register kind;
-  } parts[] = {{"jtag-byte-16k", Svf::Register::kByte}, {"jtag-page2-32k", Svf::Register::kPage}};
+    PageRegister kind;
+  } parts[] = {{"jtag-byte-16k", PageRegister::kByte}, {"jtag-page2-32k", PageRegister::kPage}};
   constexpr std::size_t kPage = 128;
   constexpr std::size_t kStart = 77 * kPage;
   std::mt19937 random(3);
@@ -204,8 +183,7 @@ TEST_F(ChipCommand, OpenOcdProgramsAPageThatWeRead) {
     std::string other = page;
     other.back() = static_cast<char>(other.back() ^ 0x80);
     for (const auto& expected : {other, page}) {
-      std::ofstream(folder_ / "page.svf")
-          << Svf::ProgramAndCheck(part.kind, kStart / 2, page, expected);
+      std::ofstream(folder_ / "page.svf") << ProgramAndCheck(part.kind, kStart / 2, page, expected);
       Offer(part.device);
       EXPECT_EQ(RunOpenOcd(4, "svf page.svf;") == 0, expected == page) << log_;
       EXPECT_EQ(Ended(), 0) << err_;

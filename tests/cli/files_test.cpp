@@ -1,10 +1,7 @@
 // What becomes of the files that a command names: in two roles, under another process, and when the
 // run is killed, stopped or short of space.
-#include <chrono>
 #include <csignal>
 #include <sys/stat.h>
-#include <thread>
-#include <vector>
 
 #include "tests/cli/program_fixture.h"
 
@@ -14,10 +11,6 @@ namespace fs = std::filesystem;
 using fliglaf::test::ReadText;
 using testing::HasSubstr;
 using testing::StartsWith;
-
-void Sleep(int milliseconds) {
-  std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
-}
 
 class NamedFiles : public fliglaf::test::ProgramTest {
  protected:
@@ -42,12 +35,6 @@ class NamedFiles : public fliglaf::test::ProgramTest {
       return mask != std::string::npos && (std::stoull(text.substr(mask + 8, 16), nullptr, 16) & 2);
     };
     for (int i = 0; i < 1000 && !catches(); ++i) Sleep(10);
-  }
-  /// Waits until the program has printed `text` as progress.
-  void AwaitProgress(const char* text) {
-    for (int i = 0; i < 1000 && ReadText(folder_ / "err").find(text) == std::string::npos; ++i) {
-      Sleep(10);
-    }
   }
 };
 
@@ -122,20 +109,6 @@ TEST_F(NamedFiles, AChipFileHasOneUserAtATime) {
   kill(holder, SIGKILL);
   Wait(holder);
   EXPECT_EQ(Run("blank isp51-8k --chip c"), 0) << err_ << "what the killed run did is not kept";
-}
-
-TEST_F(NamedFiles, AKilledRunLeavesTheOldFilesOrTheNewOnes) {
-  const int kills = std::getenv("FLIGLAF_EXTENDED") == nullptr ? 10 : 300;
-  ASSERT_EQ(Run("erase isp51-8k --chip c"), 0);
-  for (int i = 0; i < kills; ++i) {
-    const pid_t run = Start("program isp51-8k random.bin --chip c --record r --vcd v");
-    std::this_thread::sleep_for(std::chrono::microseconds(60'000 * i / kills));
-    kill(run, SIGKILL);
-    Wait(run);
-    ASSERT_EQ(Run("signature isp51-8k --chip c --record s --vcd w"), 0) << err_;
-    ASSERT_EQ(Strays(), 0);
-    ASSERT_TRUE(!fs::exists(folder_ / "r") || Run("replay r") == 0) << out_ << err_;
-  }
 }
 
 TEST_F(NamedFiles, AStopEndsEveryWait) {

@@ -30,6 +30,8 @@ TEST_F(Fuses, BytesAreWrittenAndReadBack) {
   EXPECT_EQ(Run("config isp-page-16k high=5F lock=FE --chip c --yes"), 0) << err_;
   EXPECT_EQ(Run("config isp-page-16k low=FF --chip c"), 1) << "locked against writing";
   EXPECT_THAT(err_, HasSubstr("differs from what was written: low is E2, not FF"));
+  EXPECT_EQ(Run("config jtag-byte-16k high=D9"), 2);
+  EXPECT_THAT(err_, HasSubstr("high=D9: bit 6 cannot be written here; must be 99\n"));
 }
 
 TEST_F(Fuses, BitsAreShownAndSetByName) {
@@ -72,42 +74,40 @@ TEST_F(Fuses, AreShownAndSetInAnImage) {
 
 TEST_F(Fuses, WhatIsWrongIsSaidBeforeADeviceOrFileIsTouched) {
   std::ofstream(folder_ / "code.hex") << ":0100000000FF\n:00000001FF\n";
-  struct Case {
-    const char* arguments;
-    const char* message;
+  const std::vector<Refusal> refusals{
+      Refusal{"fuses set isp-page-16k", "name what to change"},
+      Refusal{"fuses show isp-page-16k SPIEN=0", "\"fuses set\" does"},
+      Refusal{"fuses set isp-page-16k SPIEN", "must be NAME=VALUE"},
+      Refusal{"fuses set isp-page-16k CKSEL9=1", "did you mean CKSEL0"},
+      Refusal{"fuses set isp-page-16k CKSEL0=2", "must be one of 0 (Enable), 1 (Disable)"},
+      Refusal{"fuses set isp-page-16k CKSEL0=1 low.0=0", "low.0=0 contradicts CKSEL0=1"},
+      Refusal{"fuses set isp-page-16k SPIEN=0", "shown only"},
+      Refusal{"fuses set jtag-flash-16k '0x0000 - 0x0FFF=0'", "write-lock.0 or read-lock.0"},
+      Refusal{"fuses set two-wire-2k lock=0x1FF", "hexadecimal digits"},
+      Refusal{"fuses show isp51-4k", "no fuses or lock bytes"},
+      Refusal{"fuses show isp-frame-2k", "cannot be read; fuses show --image"},
+      Refusal{"fuses show two-wire-2k --image random.bin", "random.bin: its size is 8192; an im"},
+      Refusal{"fuses show two-wire-2k --image code.hex", "nothing at address 0x05FF, the byte "},
+      Refusal{"config isp-page-16k fuse=00", "unknown byte; isp-page-16k has low, high, lock"},
+      Refusal{"config isp-page-16k low=0x", "hexadecimal digits"},
+      Refusal{"config isp-page-16k low=E2 LOW=E3", "LOW=E3 contradicts low=E2"},
+      Refusal{"config isp-page-16k calibration=00", "calibration cannot be written"},
+      Refusal{"config isp-frame-2k FUSE=0E fuse=0E", "fliglaf config isp-frame-2k fuse=0E lock=XX"},
   };
-  for (const Case& c : {
-           Case{"fuses set isp-page-16k", "name what to change"},
-           Case{"fuses show isp-page-16k SPIEN=0", "\"fuses set\" does"},
-           Case{"fuses set isp-page-16k SPIEN", "must be NAME=VALUE"},
-           Case{"fuses set isp-page-16k CKSEL9=1", "did you mean CKSEL0"},
-           Case{"fuses set isp-page-16k CKSEL0=2", "must be one of 0 (Enable), 1 (Disable)"},
-           Case{"fuses set isp-page-16k CKSEL0=1 low.0=0", "low.0=0 contradicts CKSEL0=1"},
-           Case{"fuses set isp-page-16k SPIEN=0", "shown only"},
-           Case{"fuses set jtag-flash-16k '0x0000 - 0x0FFF=0'", "write-lock.0 or read-lock.0"},
-           Case{"fuses set two-wire-2k lock=0x1FF", "hexadecimal digits"},
-           Case{"fuses show isp51-4k", "no fuses or lock bytes"},
-           Case{"fuses show isp-frame-2k", "cannot be read; fuses show --image"},
-           Case{"fuses show two-wire-2k --image random.bin", "random.bin: its size is 8192; an im"},
-           Case{"fuses show two-wire-2k --image code.hex", "nothing at address 0x05FF, the byte "},
-           Case{"config isp-page-16k fuse=00", "unknown byte; isp-page-16k has low, high, lock"},
-           Case{"config isp-page-16k low=0x", "hexadecimal digits"},
-           Case{"config isp-page-16k low=E2 LOW=E3", "LOW=E3 contradicts low=E2"},
-           Case{"config isp-page-16k calibration=00", "calibration cannot be written"},
-           Case{"config isp-frame-2k FUSE=0E fuse=0E",
-                "fliglaf config isp-frame-2k fuse=0E lock=XX"},
-       }) {
-    EXPECT_EQ(Run(std::string(c.arguments) + " --fault no-programmer"), 2) << c.arguments;
-    EXPECT_THAT(err_, HasSubstr(c.message));
+  for (const auto& [arguments, message] : refusals) {
+    ExpectRefused({{arguments + " --fault no-programmer", message}});
   }
 }
 
 TEST_F(Fuses, ABadChipFileIsRefusedInAShortLine) {
+  const std::string other = "fliglaf chip 1\ndevice isp51-8k\n";
   const std::string head = "fliglaf chip 1\ndevice isp51-4k\n";
   const std::string lock = head + "area lock 1\n0000: ";
   const std::map<std::string, const char*> cases{
       {"", "c: empty; a chip file begins with \"fliglaf chip 1\""},
       {"\x1B[2J", "c:1: not a chip file"},
+      {other, "c:2: the file holds isp51-8k"},
+      {head + "area lock 1\n", "c:3: the file ends before"},
       {head + "area \u202Elock 1", "c:3: isp51-4k has no area \"\uFFFDlock\""},
       {lock + "00 00", "c:4: the row goes beyond the 1 byte of area \"lock\""},
       {lock + std::string(5 << 20, '\x1B'), "\uFFFD...\" is not a byte of two hex"}};
@@ -116,6 +116,7 @@ TEST_F(Fuses, ABadChipFileIsRefusedInAShortLine) {
     EXPECT_EQ(Run("blank isp51-4k --chip c"), 2);
     EXPECT_THAT(err_, HasSubstr(message));
     EXPECT_LT(err_.size(), 250);
+    EXPECT_EQ(ReadText(folder_ / "c"), text);
   }
 }
 

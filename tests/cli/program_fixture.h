@@ -1,6 +1,7 @@
 // The program as a user runs it, in a folder of its own.
 #pragma once
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -9,7 +10,9 @@
 #include <sstream>
 #include <string>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -58,14 +61,37 @@ class ProgramTest : public testing::Test {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   }
   int Run(const std::string& arguments) { return Wait(Start(arguments)); }
+  struct Refusal {
+    std::string arguments;
+    const char* message;  ///< or a part of it
+  };
+  /// Expects that the program refuses each of them on standard error, with status 2.
+  void ExpectRefused(const std::vector<Refusal>& refusals) {
+    for (const auto& [arguments, message] : refusals) {
+      EXPECT_EQ(Run(arguments), 2) << arguments;
+      EXPECT_THAT(err_, testing::StartsWith("fliglaf: ")) << arguments;
+      EXPECT_THAT(err_, testing::HasSubstr(message)) << arguments;
+      EXPECT_EQ(out_, "") << arguments;
+    }
+  }
+  static void Sleep(int milliseconds) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+  }
+  /// Waits until the program has printed `text` as progress.
+  void AwaitProgress(const char* text) {
+    for (int i = 0; i < 1000 && ReadText(folder_ / "err").find(text) == std::string::npos; ++i) {
+      Sleep(10);
+    }
+  }
   /// Runs the program on a terminal whose user types `typed` at the first question. All that the
   /// terminal shows is then in out_.
-  int RunAtTerminal(const std::string& arguments, const std::string& typed) {
+  int RunAtTerminal(const std::string& arguments, const std::string& typed,
+                    const std::string& environment = "TERM=xterm") {
     int terminal = -1;
     const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
     if (child == 0) {
-      const std::string line =
-          "cd '" + folder_.string() + "' && exec '" FLIGLAF_PROGRAM "' " + arguments;
+      const std::string line = "cd '" + folder_.string() + "' && exec env " + environment +
+                               " '" FLIGLAF_PROGRAM "' " + arguments;
       execl("/bin/sh", "sh", "-c", line.c_str(), nullptr);
       _exit(127);
     }
