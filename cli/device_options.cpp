@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "platform/terminal.h"
+#include "shared/utf8.h"
 
 namespace fliglaf::cli {
 
@@ -27,7 +28,7 @@ const DeviceProfile& DeviceOptions::Find() {
   platform::CatchStopSignals();
   if (const DeviceProfile* const device = Load().Find(name_)) return *device;
   const auto nearest = catalogue_.NearestNames(name_);
-  throw UsageError(fmt::format("{}: unknown device; {}", name_,
+  throw UsageError(fmt::format("{}: unknown device; {}", Excerpt(name_),
                                nearest.empty()
                                    ? "\"fliglaf devices\" lists those that are known"
                                    : fmt::format("did you mean {}?", fmt::join(nearest, ", "))));

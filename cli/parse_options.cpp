@@ -8,19 +8,21 @@
 #include <fmt/format.h>
 
 #include "devices/nearest_names.h"
+#include "shared/utf8.h"
 
 namespace fliglaf::cli {
 namespace {
 
-void Take(const Option& option, const std::string& word) {
+void Take(const std::string& command, const Option& option, const std::string& word) {
   try {
     option.take(word);
   } catch (const UsageError& error) {
-    throw UsageError(fmt::format("{} {}: {}", option.name(), word, error.what()));
+    throw UsageError(fmt::format("{} {}: {}", option.is_argument() ? command : option.name(),
+                                 Excerpt(word), error.what()));
   }
 }
 
-void AddTo(CLI::App& app, Option& option) {
+void AddTo(CLI::App& app, const std::string& command, Option& option) {
   if (option.value.empty() && !option.is_argument()) {
     app.add_flag_callback(option.names, [&option] {
       option.given = true;
@@ -28,13 +30,13 @@ void AddTo(CLI::App& app, Option& option) {
     });
     return;
   }
-  const auto take = [&option](const CLI::results_t& words) {
+  const auto take = [&option, &command](const CLI::results_t& words) {
     if (words.size() > 1 && !option.repeats) {
       throw UsageError(
           fmt::format("{}: given twice, as {} and {}", option.name(), words[0], words[1]));
     }
     option.given = true;
-    for (const std::string& word : words) Take(option, word);
+    for (const std::string& word : words) Take(command, option, word);
     return true;
   };
   const std::string position = fmt::format("argument{}", app.get_options().size());
@@ -56,10 +58,8 @@ std::string WithoutValue(const std::string& word) { return word.substr(0, word.f
     if (!option.is_argument()) names.push_back(option.name());
   }
   const std::string name = WithoutValue(word);
-  const auto nearest = NearestNames(name, names);
-  throw UsageError(fmt::format(
-      "{}: {} has no such option{}", name, command,
-      nearest.empty() ? std::string() : fmt::format("; did you mean {}?", nearest.front())));
+  throw UsageError(
+      fmt::format("{}: {} has no such option{}", Excerpt(name), command, DidYouMean(name, names)));
 }
 
 bool IsOption(const std::string& word) { return word.size() > 1 && word.starts_with('-'); }
@@ -71,7 +71,7 @@ void RefuseExtras(const std::string& command, const OptionSet& options,
   if (extras.empty()) return;
   const auto option = std::ranges::find_if(extras, IsOption);
   if (option != extras.end()) RefuseOption(command, options, *option);
-  throw UsageError(fmt::format("{}: {} takes no such argument", extras.front(), command));
+  throw UsageError(fmt::format("{}: {} takes no such argument", Excerpt(extras.front()), command));
 }
 
 void RefuseValuesOfFlags(const OptionSet& options, std::span<const std::string> words) {
@@ -79,7 +79,7 @@ void RefuseValuesOfFlags(const OptionSet& options, std::span<const std::string> 
     const std::string name = WithoutValue(word);
     const Option* const option = IsOption(word) && name != word ? options.Find(name) : nullptr;
     if (option != nullptr && option->value.empty()) {
-      throw UsageError(fmt::format("{}: {} takes no value", word, name));
+      throw UsageError(fmt::format("{}: {} takes no value", Excerpt(word), name));
     }
   }
 }
@@ -97,7 +97,7 @@ void Parse(const std::string& command, OptionSet& options, std::span<const std::
   CLI::App app;
   app.set_help_flag();
   app.allow_extras();
-  for (Option& option : options.all()) AddTo(app, option);
+  for (Option& option : options.all()) AddTo(app, command, option);
   try {
     app.parse(
         std::vector<std::string>(words.rbegin(), words.rend()));  // CLI11 takes the last first
@@ -109,6 +109,14 @@ void Parse(const std::string& command, OptionSet& options, std::span<const std::
 }
 
 }  // namespace
+
+std::string DidYouMean(std::string_view word, std::span<const std::string_view> names) {
+  // The nearest names include those that hold the word, and "-o" is in most options.
+  constexpr std::size_t kLeast = 3;
+  const auto nearest = NearestNames(word, names);
+  if (word.size() < kLeast || nearest.empty()) return {};
+  return fmt::format("; did you mean {}?", nearest.front());
+}
 
 std::string SeeHelp(const std::string& command) {
   return fmt::format("\nSee \"fliglaf help{}{}\".", command.empty() ? "" : " ", command);

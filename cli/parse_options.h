@@ -2,6 +2,7 @@
 
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "cli/option_set.h"
 
@@ -11,6 +12,10 @@ namespace fliglaf::cli {
 /// UsageError for what the command does not take, and for what is missing.
 [[nodiscard]] bool ParseOptions(const std::string& command, OptionSet& options,
                                 std::span<const std::string> words);
+
+/// The end of a message about an unknown word: "; did you mean program?", or nothing.
+[[nodiscard]] std::string DidYouMean(std::string_view word,
+                                     std::span<const std::string_view> names);
 
 /// The end of a message about the command line: where the reader finds what it must be.
 [[nodiscard]] std::string SeeHelp(const std::string& command);

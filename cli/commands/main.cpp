@@ -1,5 +1,6 @@
 // The command-line host.
 #include <algorithm>
+#include <array>
 #include <exception>
 #include <iostream>
 #include <span>
@@ -17,10 +18,10 @@
 #include "cli/parse_options.h"
 #include "cli/report.h"
 #include "cli/usage_error.h"
-#include "devices/nearest_names.h"
 #include "devices/profile_error.h"
 #include "images/whole_file.h"
 #include "platform/terminal.h"
+#include "shared/utf8.h"
 #include "simulator/bench/bench_error.h"
 
 namespace fliglaf::cli {
@@ -49,11 +50,9 @@ bool IsKnown(const Commands& commands, std::string_view name) {
     throw UsageError(fmt::format("{} belongs after the command: fliglaf {} ... {}{}", name, command,
                                  name, SeeHelp(command == "COMMAND" ? "" : command)));
   }
-  const auto nearest = NearestNames(name, std::vector<std::string_view>{"--version", "--help"});
-  throw UsageError(fmt::format(
-      "unknown option {}{}{}", name,
-      nearest.empty() ? std::string() : fmt::format("; did you mean {}?", nearest.front()),
-      SeeHelp({})));
+  constexpr std::array<std::string_view, 2> kOptions{"--version", "--help"};
+  throw UsageError(
+      fmt::format("unknown option {}{}{}", Excerpt(name), DidYouMean(name, kOptions), SeeHelp({})));
 }
 
 ExitStatus RunCommand(Command& command, Words words) {

@@ -8,7 +8,7 @@
 
 #include "cli/parse_options.h"
 #include "cli/usage_error.h"
-#include "devices/nearest_names.h"
+#include "shared/utf8.h"
 
 namespace fliglaf::cli {
 namespace {
@@ -32,11 +32,8 @@ Command& FindCommand(const Commands& commands, const std::string& name) {
   if (found != commands.end()) return **found;
   std::vector<std::string_view> names;
   for (const auto& command : commands) names.push_back(command->name());
-  const auto nearest = NearestNames(name, names);
-  throw UsageError(fmt::format(
-      "unknown command \"{}\"{}{}", name,
-      nearest.empty() ? std::string() : fmt::format("; did you mean {}?", nearest.front()),
-      SeeHelp({})));
+  throw UsageError(fmt::format("unknown command \"{}\"{}{}", Excerpt(name), DidYouMean(name, names),
+                               SeeHelp({})));
 }
 
 }  // namespace fliglaf::cli
