@@ -51,8 +51,7 @@ void SetUpStandIns(const OperationOptions& options, const DeviceProfile& device,
 void CheckBench(const OperationOptions& options, const DeviceProfile& device,
                 std::int16_t instance) {
   static_cast<void>(simulator::ParseFaults(options.bench.faults, device, "--fault"));
-  simulator::SimulatedBench bench(device, instance,
-                                  {.waveform_file = options.bench.waveform_file});
+  simulator::SimulatedBench bench(device, instance, {.waveform_file = options.bench.waveform_file});
   UseChipFile(bench, options.bench.chip_file,
               options.writes_device ? MissingChipFile::kCreate : MissingChipFile::kRefuse,
               device.name);

@@ -47,6 +47,7 @@ std::vector<std::pair<std::string, std::vector<Row>>> Groups(const OptionSet& op
     if (group == groups.end()) group = groups.insert(group, {heading, {}});
     group->second.push_back({NameAndValue(option), option.help});
   }
+  groups.insert(groups.end(), options.explained().begin(), options.explained().end());
   return groups;
 }
 

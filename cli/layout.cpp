@@ -41,7 +41,8 @@ std::string Start(const Row& row, const std::vector<int>& widths, int indent) {
 
 }  // namespace
 
-int ColumnsOf(platform::Stream stream, int elsewhere) {
+int ColumnsOf(platform::Stream stream) {
+  constexpr int kElsewhere = 80;
   constexpr int kLeast = 20;
   if (const char* const set = std::getenv("COLUMNS"); set != nullptr) {
     const std::string_view digits = set;
@@ -51,7 +52,7 @@ int ColumnsOf(platform::Stream stream, int elsewhere) {
       return std::max(columns, kLeast);
   }
   const int columns = platform::TerminalColumns(stream);
-  return columns > 0 ? std::max(columns, kLeast) : elsewhere;
+  return columns > 0 ? std::max(columns, kLeast) : kElsewhere;
 }
 
 int Columns(std::string_view text) {

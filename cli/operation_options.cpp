@@ -3,6 +3,7 @@
 #include "cli/workplace.h"
 #include "images/whole_file.h"
 #include "platform/terminal.h"
+#include "simulator/bench/fault_option.h"
 
 namespace fliglaf::cli {
 namespace {
@@ -22,11 +23,11 @@ void BenchOptions::AddTo(OptionSet& options) {
   AddChipFile(options, chip_file);
   options
       .Texts("--fault", "FAULT",
-             "Something that goes wrong: no-programmer, no-adapter, no-chip, supply, usb-timeout, "
-             "usb-failure, answer=LEVEL, stuck=ADDRESS.BIT=VALUE, call=OPERATION[:NTH]. May be "
-             "given more than once",
-             faults)
+             "Something that goes wrong, from the list below. May be given more than once", faults)
       .group = kBench;
+  std::vector<std::vector<std::string>> kinds;
+  for (const auto& [usage, meaning] : simulator::FaultHelps()) kinds.push_back({usage, meaning});
+  options.Explain("Faults", std::move(kinds));
   options.Flag("--real-time", "Take as long as a real programmer would", real_time).group = kBench;
   options
       .File("--vcd",

@@ -70,8 +70,14 @@ class OptionSet {
     exclusions_.emplace_back(std::move(name), std::move(others));
   }
 
+  /// A list of the help, under a heading of its own, behind the options.
+  void Explain(std::string heading, std::vector<std::vector<std::string>> rows) {
+    explained_.emplace_back(std::move(heading), std::move(rows));
+  }
+
   [[nodiscard]] std::list<Option>& all() { return options_; }
   [[nodiscard]] const std::list<Option>& all() const { return options_; }
+  [[nodiscard]] const auto& explained() const { return explained_; }
   [[nodiscard]] const std::vector<NamedFile>& files() const { return files_; }
   [[nodiscard]] const std::vector<std::filesystem::path>& folders() const { return *folders_; }
   /// Null for a name that none of them has.
@@ -82,6 +88,7 @@ class OptionSet {
 
  private:
   std::list<Option> options_;
+  std::vector<std::pair<std::string, std::vector<std::vector<std::string>>>> explained_;
   std::vector<NamedFile> files_;
   std::vector<std::filesystem::path> no_folders_;
   const std::vector<std::filesystem::path>* folders_ = &no_folders_;

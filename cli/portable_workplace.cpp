@@ -70,7 +70,7 @@ class PortableWorkplace : public Workplace {
       PrintProblem(fmt::format("the programmer drove a line against the chip {} time{}", conflicts,
                                conflicts == 1 ? "" : "s"));
     }
-    for (const std::string& line : bench_.FaultReport()) std::cerr << "--fault " << line << "\n";
+    for (const std::string& line : bench_.FaultReport()) PrintProblem("--fault " + line);
     std::vector<std::string> problems;
     Attempt(problems, [this] { bench_.KeepChip(); });
     Attempt(problems, [this] { bench_.KeepWaveform(); });

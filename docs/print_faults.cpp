@@ -3,4 +3,9 @@
 
 #include "simulator/bench/fault_option.h"
 
-int main() { std::printf("```\n%s\n```\n", fliglaf::simulator::FaultHelp().c_str()); }
+int main() {
+  std::puts("| Fault | Effect |\n|---|---|");
+  for (const auto& [usage, meaning] : fliglaf::simulator::FaultHelps()) {
+    std::printf("| `%s` | %s |\n", usage.c_str(), meaning.c_str());
+  }
+}

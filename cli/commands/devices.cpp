@@ -31,7 +31,7 @@ void PrintTable(const DeviceCatalogue& catalogue) {
     rows.push_back(
         {device.name, fmt::format("family {:>2}", device.family), Printable(device.description)});
   }
-  std::cout << Table(rows, ColumnsOf(platform::Stream::kOutput, kUnlimited));
+  std::cout << Table(rows, ColumnsOf(platform::Stream::kOutput));
 }
 
 class DevicesCommand : public Command {

@@ -12,7 +12,7 @@ class HelpCommand : public Command {
  public:
   HelpCommand()
       : Command({.name = "help",
-                 .summary = "Show what the program, or one of its commands, takes",
+                 .summary = "Show this help, or that of a command",
                  .example = "help program"}) {}
 
   void Describe(OptionSet& options) override {

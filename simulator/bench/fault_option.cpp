@@ -199,24 +199,6 @@ std::uint32_t MemoryBytes(const DeviceProfile& device) {
   return static_cast<std::uint32_t>(bytes);
 }
 
-/// Appends words in lines of at most 70 columns that begin with `indent` blanks.
-void Wrap(std::string& text, std::string_view words, std::size_t indent) {
-  constexpr std::size_t kColumns = 70;
-  std::size_t column = indent;
-  for (std::size_t start = 0; start < words.size();) {
-    const std::size_t end = std::min(words.find(' ', start), words.size());
-    const std::size_t length = end - start;
-    if (column > indent && column + 1 + length > kColumns) {
-      text += "\n" + std::string(indent, ' ');
-      column = indent;
-    }
-    if (column > indent) text += ' ', ++column;
-    text += words.substr(start, length);
-    column += length;
-    start = end + 1;
-  }
-}
-
 std::string_view What(Fault fault) {
   switch (fault) {
     case Fault::kRefusal:
@@ -264,20 +246,11 @@ Faults ParseFaults(std::span<const std::string> list, const DeviceProfile& devic
   return faults;
 }
 
-std::string FaultHelp() {
-  constexpr std::size_t kIndent = 16;
-  std::string text;
-  for (const FaultKind& kind : kKinds) {
-    const std::string usage = Usage(kind);
-    text += usage;
-    text += usage.size() < kIndent ? std::string(kIndent - usage.size(), ' ')
-                                   : "\n" + std::string(kIndent, ' ');
-    Wrap(text, kind.help, kIndent);
-    text += '\n';
-  }
-  text += "OPERATION       ";
-  Wrap(text, fmt::format("one of {}", fmt::join(OperationNames(), ", ")), kIndent);
-  return text;
+std::vector<FaultHelp> FaultHelps() {
+  std::vector<FaultHelp> helps;
+  for (const FaultKind& kind : kKinds) helps.push_back({Usage(kind), std::string(kind.help)});
+  helps.push_back({"OPERATION", fmt::format("one of {}", fmt::join(OperationNames(), ", "))});
+  return helps;
 }
 
 std::vector<std::string> FaultReport(const PlannedFaults& faults) {

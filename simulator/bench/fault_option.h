@@ -16,8 +16,12 @@ namespace fliglaf::simulator {
 [[nodiscard]] Faults ParseFaults(std::span<const std::string> list, const DeviceProfile& device,
                                  std::string_view source);
 
-/// The faults that there are, a line or more each, in at most 70 columns.
-[[nodiscard]] std::string FaultHelp();
+struct FaultHelp {
+  std::string usage;    ///< "stuck=ADDRESS.BIT=VALUE"
+  std::string meaning;  ///< without a full stop
+};
+/// Every fault, and at the end what OPERATION stands for.
+[[nodiscard]] std::vector<FaultHelp> FaultHelps();
 
 /// What a user cannot see in the log of a run: the random faults, and the faults of calls that were
 /// not reached. A line each, which begins with the fault.

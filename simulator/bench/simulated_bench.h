@@ -19,7 +19,7 @@ namespace fliglaf::simulator {
 class SimulatedBench {
  public:
   struct Settings {
-    Faults faults;
+    Faults faults = {};
     bool parallel = false;  ///< a programmer on the parallel port
     bool real_time = false;
     std::filesystem::path waveform_file = {};  ///< empty: none
