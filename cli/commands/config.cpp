@@ -84,7 +84,7 @@ void RequireAll(const std::vector<ConfigAssignment>& assignments,
                   device.name, example));
 }
 
-/// The bits of a byte, highest first: "bits 7 and 6".
+/// The bits of a byte, highest first: "bits 7, 6".
 std::string BitNames(std::uint8_t bits) {
   std::vector<std::string> names;
   for (int bit = 7; bit >= 0; --bit) {

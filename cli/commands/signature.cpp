@@ -26,7 +26,7 @@ class SignatureCommand : public OperationCommand {
     return {kNothing};
   }
   std::string Success(OperationRun& /*run*/, Report& report) override {
-    if (!report.signature_ignored) return "the signature is right.";
+    if (!report.signature_ignored) return "the signature matches.";
     report.status = ExitStatus::kDiffers;
     return "another signature was read";
   }
