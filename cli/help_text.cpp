@@ -29,7 +29,8 @@ std::string UsageOf(const Command& command, const OptionSet& options) {
   for (const Option& option : options.all()) {
     if (!option.is_argument()) continue;
     const std::string word = option.names + (option.repeats ? "..." : "");
-    line += option.when_missing.empty() ? " [" + word + "]" : " " + word;
+    const bool required = option.required || !option.when_missing.empty();
+    line += required ? " " + word : " [" + word + "]";
   }
   return line + " [OPTION...]";
 }

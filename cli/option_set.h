@@ -22,6 +22,7 @@ struct Option {
   bool repeats = false;
   std::string group = {};         ///< its heading in the help; empty: the common one
   std::string when_missing = {};  ///< the error when it is not given; empty: it need not be
+  bool required = false;          ///< shown as such, also where the command itself looks for it
   bool given = false;
 
   [[nodiscard]] bool is_argument() const { return !names.starts_with('-'); }

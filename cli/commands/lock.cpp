@@ -33,7 +33,7 @@ class LockCommand : public OperationCommand {
 
  protected:
   void AddOptions(OptionSet& options) override {
-    options.Text("LEVEL", "LEVEL", "Lock level, from 1", level_);
+    options.Text("LEVEL", "LEVEL", "Lock level, from 1", level_).required = true;
   }
 
   std::vector<std::uint8_t> Check(const DeviceProfile& device) override {
