@@ -8,8 +8,8 @@
 #include <benchmark/benchmark.h>
 
 #include "cli/host_session.h"
-#include "devices/device_catalogue.h"
-#include "devices/memory_layout.h"
+#include "devices/catalogue/device_catalogue.h"
+#include "devices/kinds/device_kind.h"
 #include "platform/portable/portable_desktop.h"
 #include "simulator/bench/simulated_bench.h"
 #include "usb/components/forwarding_programmer.h"

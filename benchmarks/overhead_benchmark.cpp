@@ -9,7 +9,8 @@
 
 #include "benchmarks/tape.h"
 #include "cli/host_session.h"
-#include "devices/device_catalogue.h"
+#include "devices/catalogue/device_catalogue.h"
+#include "devices/kinds/device_kind.h"
 #include "host/cls_mpu.h"
 #include "platform/portable/portable_desktop.h"
 #include "simulator/bench/simulated_bench.h"

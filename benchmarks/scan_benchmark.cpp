@@ -5,7 +5,7 @@
 
 #include "benchmarks/counting_sink.h"
 #include "cli/host_session.h"
-#include "devices/device_catalogue.h"
+#include "devices/catalogue/device_catalogue.h"
 #include "families/software_tap.h"
 #include "platform/portable/portable_desktop.h"
 #include "simulator/bench/simulated_bench.h"

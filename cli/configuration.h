@@ -9,8 +9,8 @@
 #include "cli/operation_options.h"
 #include "cli/operation_run.h"
 #include "cli/report.h"
-#include "devices/config_layout.h"
 #include "devices/device_profile.h"
+#include "devices/kinds/device_kind.h"
 
 namespace fliglaf::cli {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "cli/option_set.h"
-#include "devices/device_catalogue.h"
+#include "devices/catalogue/device_catalogue.h"
 
 namespace fliglaf::cli {
 

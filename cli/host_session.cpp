@@ -5,6 +5,8 @@
 #include <fmt/format.h>
 
 #include "cli/usage_error.h"
+#include "devices/host_variables.h"
+#include "devices/kinds/device_kind.h"
 #include "shared/text.h"
 #include "usb/request/operation.h"
 
@@ -12,9 +14,6 @@ namespace fliglaf::cli {
 namespace {
 
 constexpr std::int16_t kTrue = -1;
-
-/// quorinbvcch(0) of a device with two configuration words.
-constexpr std::int16_t kTwoConfigWords = 1;
 
 /// Values of quorinprgresult(1).
 constexpr std::uint8_t kRequestSequence = 0;
@@ -43,7 +42,7 @@ HostSession::HostSession(std::int16_t instance, const DeviceProfile& device, Eng
   vars_.quorinbuflength[0] = device.image_bytes;
   vars_.OpenDataBuffers(vars_.DataBufferLength(), fail);
   std::ranges::fill(image(), device.erased);
-  DescribeDevice();
+  DescribeDevice(device, engine == Engine::kParallel, vars_);
   DescribeTexts();
 }
 
@@ -54,30 +53,6 @@ std::int16_t HostSession::FreeInstance() { return clsMemMapped().findnum(); }
 
 std::span<std::uint8_t> HostSession::image() {
   return vars_.quorinibuffer.Range(0, device_.image_bytes);
-}
-
-void HostSession::DescribeDevice() {
-  const auto set_pins = [](ByteVariable& variable, const std::vector<std::uint8_t>& pins) {
-    for (std::size_t i = 0; i < pins.size(); ++i) variable[i] = pins[i];
-  };
-  set_pins(vars_.quorinbvccpin, device_.vcc_pins);
-  set_pins(vars_.quorinbgndpin, device_.gnd_pins);
-  set_pins(vars_.quorinbvpppin, device_.vpp_pins);
-  vars_.quorinprgmode[0] = device_.family;
-  vars_.quorinwoption[0] = device_.option;
-  vars_.quorintlength[0] = device_.size;
-  vars_.quorinpagelength[0] = device_.page;
-  vars_.quorinbvcch[0] = device_.config_words == 2 ? kTwoConfigWords : device_.data_size;
-  vars_.quorinwltbigendbuf[0] = device_.range.first;
-  // The parallel engine has the end behind the last address.
-  vars_.quorinwltbigendbuf[1] = device_.range.last + (engine_ == Engine::kParallel ? 1 : 0);
-  vars_.quorinbuftype[0] = device_.erased == 0x00 ? 1 : 0;
-  vars_.quorinbvcc[0] = device_.supply;
-  vars_.quorinbvpp[0] = device_.programming_voltage;
-  vars_.quorinchippin[0] = device_.pin_count;
-  vars_.quorinfigmode[0] = device_.adapter;
-  vars_.quorinpwte[0] = device_.write_time;
-  vars_.quorinwretry[0] = device_.retries;
 }
 
 void HostSession::DescribeTexts() {

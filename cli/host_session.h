@@ -56,7 +56,6 @@ class HostSession {
   [[nodiscard]] SharedVariables& variables() { return vars_; }
 
  private:
-  void DescribeDevice();
   void DescribeTexts();
 
   std::int16_t instance_;

@@ -8,7 +8,7 @@
 #include "cli/image_options.h"
 #include "cli/parse_options.h"
 #include "cli/usage_error.h"
-#include "devices/memory_layout.h"
+#include "devices/kinds/device_kind.h"
 
 namespace fliglaf::cli {
 

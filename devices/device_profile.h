@@ -33,6 +33,7 @@ struct ChipTimes {
   std::int32_t config_write_us = 0;  ///< of a fuse or lock byte
   std::int32_t erase_ms = 0;
   std::int32_t lock_write_ms = 0;
+  std::int32_t start_up_ms = 0;  ///< from the supply to the first instruction
 };
 
 /// What the host has to know about a device, in the units of the shared variables.
@@ -67,10 +68,5 @@ struct DeviceProfile {
   DeviceOperations operations;
   ChipTimes chip;
 };
-
-/// Whether the parallel engine reaches the device.
-[[nodiscard]] inline bool RunsOverParallelPort(const DeviceProfile& device) {
-  return device.family == 1;
-}
 
 }  // namespace fliglaf

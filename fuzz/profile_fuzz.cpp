@@ -5,10 +5,9 @@
 #include <cstdint>
 #include <string_view>
 
-#include "devices/config_layout.h"
-#include "devices/device_catalogue.h"
-#include "devices/memory_layout.h"
-#include "devices/profile_rules.h"
+#include "devices/catalogue/device_catalogue.h"
+#include "devices/catalogue/profile_rules.h"
+#include "devices/kinds/device_kind.h"
 #include "fuzz/check.h"
 #include "shared/utf8.h"
 

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Checks the layers of the source: what each folder may include (the table in CONTRIBUTING.md, with
 which the links of CMake must agree), no cycle of files or folders, Windows headers in their places
-only, family files apart from each other, and family codes known to families alone. Prints
-FILE:LINE: what is wrong and what would be right, and exits with 1.
+only, family files apart from each other, and family codes known to families and kinds of devices
+alone. Prints FILE:LINE: what is wrong and what would be right, and exits with 1.
 """
 import posixpath
 import re
@@ -22,9 +22,9 @@ PORTABLE_HEADERS = re.compile(
     r"(arpa/inet|fcntl|iconv|netinet/\w+|poll|pty|signal|sys/\w+|time|unistd)\.h$"
     r"|(benchmark|fmt|gmock|gtest|toml\+\+)/")
 
-# Devices and simulator until each kind of device has a place of its own. In the files of parallel/
-# quorinprgmode(0) is the programming mode of a device with configuration words.
-CODE_PLACES = ("families/", "image_layout/", "tests/", "devices/", "simulator/",
+# In the files of parallel/ quorinprgmode(0) is the programming mode of a device with configuration
+# words.
+CODE_PLACES = ("families/", "image_layout/", "devices/kinds/", "tests/",
                "parallel/config_mode.cpp", "parallel/config_word.cpp",
                "parallel/start_programmer.h")
 

@@ -1,18 +1,8 @@
 #pragma once
 
-#include <cstdint>
-
 #include "simulator/lines.h"
 
 namespace fliglaf::simulator {
-
-/// Which of the sockets a device with configuration words sits in.
-struct ConfigWordSocket {
-  std::int16_t pins = 0;  ///< of the package
-  std::uint8_t mode = 0;  ///< the host's programming mode
-  std::int16_t kind = 0;  ///< and its parameter of the device
-  bool adapter = false;   ///< of the packages with 44 pins
-};
 
 /// Levels of some lines.
 struct LineLevels {
@@ -28,8 +18,5 @@ struct ConfigWordWiring {
   LineLevels after_supply;   ///< then
   LineLevels at_the_end;     ///< and at last, with the programming voltage
 };
-
-/// Throws std::invalid_argument for a package that there is no socket for.
-[[nodiscard]] ConfigWordWiring ConfigWordWiringOf(const ConfigWordSocket& socket);
 
 }  // namespace fliglaf::simulator

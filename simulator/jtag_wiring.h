@@ -26,30 +26,4 @@ inline constexpr JtagWiring kJtagWiring{
     .joined = LinesOf(0, 0xA0),
 };
 
-/// The other ways in which parts with JTAG are wired, by the option of families 8 to 11.
-inline constexpr JtagWiring kJtagWiring22{
-    .tck = LinesOf(2, 0x10),
-    .tms = LinesOf(2, 0x20),
-    .tdi = LinesOf(2, 0x80),
-    .tdo = LinesOf(2, 0x40),
-    .routing = LinesOf(2, 0x08) | LinesOf(0, 0x02),
-    .joined = LinesOf(2, 0x08) | LinesOf(0, 0x02),
-};
-inline constexpr JtagWiring kJtagWiring23{
-    .tck = LinesOf(0, 0x20),
-    .tms = LinesOf(0, 0x10),
-    .tdi = LinesOf(0, 0x40),
-    .tdo = LinesOf(0, 0x80),
-    .routing = LinesOf(0, 0x09) | LinesOf(2, 0xA0) | LinesOf(6, 0x01),
-    .joined = LinesOf(0, 0x09) | LinesOf(2, 0xA0) | LinesOf(6, 0x01),
-};
-inline constexpr JtagWiring kJtagWiring24{
-    .tck = LinesOf(0, 0x10),
-    .tms = LinesOf(0, 0x20),
-    .tdi = LinesOf(0, 0x80),
-    .tdo = LinesOf(0, 0x40),
-    .routing = LinesOf(2, 0x40) | LinesOf(4, 0x02) | LinesOf(6, 0x04),
-    .joined = LinesOf(2, 0x40) | LinesOf(4, 0x02) | LinesOf(6, 0x04),
-};
-
 }  // namespace fliglaf::simulator

@@ -55,10 +55,10 @@ class Socket {
   /// `high`.
   void StickAnswer(bool high) { answer_stuck_ = high; }
 
-  /// Joins the programmer's input to the line on which the chip answers, whichever it is and
-  /// whatever the programmer itself drives there: what an adapter does.
-  void JoinInput() { input_joined_ = true; }
-  [[nodiscard]] bool input_joined() const { return input_joined_; }
+  /// Joins the programmer's input to `line`, on which the chip answers, whatever the programmer
+  /// itself drives there: what an adapter does.
+  void JoinInput(Lines line) { joined_input_ = line; }
+  [[nodiscard]] Lines joined_input() const { return joined_input_; }
 
   /// Has `watch` see every change from now on.
   void Watch(SocketWatch& watch) { watch_ = &watch; }
@@ -96,7 +96,7 @@ class Socket {
   bool supplied_ = false;  ///< with whatever voltage
   bool powered_ = false;
   bool vpp_at_chip_ = false;
-  bool input_joined_ = false;
+  Lines joined_input_ = 0;
   std::optional<bool> answer_stuck_;
   SocketWatch* watch_ = nullptr;
   Lines driven_ = 0;  ///< by the programmer; followed for the watch only

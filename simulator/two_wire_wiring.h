@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstdint>
-
 #include "simulator/lines.h"
 
 namespace fliglaf::simulator {
@@ -16,10 +14,5 @@ struct TwoWireWiring {
   Lines joined;
   Lines reset_enable = 0;  ///< high at a reset pulse, or it is none
 };
-
-/// The wiring of the variants of family 12, by their option, 12 to 31, and of family 16, whose
-/// clock is pulled down over a line of its own for a reset pulse. Throws std::invalid_argument for
-/// any other.
-[[nodiscard]] TwoWireWiring TwoWireWiringOf(std::uint8_t family, std::uint8_t option);
 
 }  // namespace fliglaf::simulator

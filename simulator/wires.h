@@ -49,8 +49,8 @@ class Wires {
   /// the chip drives it, an output as the programmer itself does.
   [[nodiscard]] bool Sample(int number, std::uint8_t mask) const {
     const Lines line = LinesOf(number, mask);
-    const bool output = (ports_.inputs() & line) == 0 && !socket_.input_joined();
-    if (output) return (ports_.outputs() & line) != 0;
+    const Lines input = ports_.inputs() | socket_.joined_input();
+    if ((input & line) == 0) return (ports_.outputs() & line) != 0;
     return socket_.Level(line);
   }
 

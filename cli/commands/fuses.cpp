@@ -23,7 +23,7 @@
 #include "cli/parse_options.h"
 #include "cli/report.h"
 #include "cli/usage_error.h"
-#include "devices/config_layout.h"
+#include "devices/kinds/device_kind.h"
 #include "host/factory_settings.h"
 #include "images/image.h"
 #include "platform/terminal.h"

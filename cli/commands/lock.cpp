@@ -6,7 +6,7 @@
 #include "cli/commands/table.h"
 #include "cli/operation_command.h"
 #include "cli/usage_error.h"
-#include "devices/config_layout.h"
+#include "devices/kinds/device_kind.h"
 
 namespace fliglaf::cli {
 namespace {

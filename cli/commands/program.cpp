@@ -7,7 +7,7 @@
 #include "cli/image_input.h"
 #include "cli/operation_command.h"
 #include "cli/usage_error.h"
-#include "devices/memory_layout.h"
+#include "devices/kinds/device_kind.h"
 #include "usb/request/operation.h"
 
 namespace fliglaf::cli {

@@ -1,48 +1,22 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
-#include <string>
 #include <vector>
 
+#include "devices/device_profile.h"
 #include "platform/portable/time_source.h"
 #include "simulator/chip.h"
 #include "simulator/clock.h"
-#include "simulator/config_word_wiring.h"
 #include "simulator/faulty_programmer.h"
 #include "simulator/jtag_cable.h"
+#include "simulator/part.h"
 #include "simulator/simulated_programmer.h"
 #include "simulator/socket.h"
 
 namespace fliglaf::simulator {
-
-/// A part with configuration words, and the socket for it.
-struct ConfigWordPart {
-  ConfigWordSocket socket = {};
-  int words = 1;           ///< 1 or 2
-  bool vpp_first = false;  ///< the programming voltage comes ahead of the supply
-};
-
-/// The part that goes into the socket.
-struct ChipDescription {
-  std::uint8_t family = 0;  ///< 1 to 16
-  std::uint8_t option = 0;  ///< variant within the family
-  std::uint32_t flash_bytes = 0;
-  std::uint32_t page_bytes = 0;
-  std::uint32_t eeprom_bytes = 0;
-  std::array<std::uint8_t, 3> signature{};
-  SupplyPins supply;
-  std::int64_t byte_write_us = 0;
-  std::int64_t page_write_us = 0;
-  std::int64_t eeprom_write_us = 0;
-  std::int64_t config_write_us = 0;  ///< of a fuse or lock byte
-  std::int64_t erase_ms = 0;
-  std::int64_t lock_write_ms = 0;
-  std::int64_t start_up_ms = 0;  ///< from the supply to the first instruction
-  std::optional<ConfigWordPart> config_words = std::nullopt;  ///< then it is nothing else
-};
 
 /// What is to go wrong.
 struct Faults {
@@ -56,12 +30,14 @@ struct Faults {
 /// share.
 class Bench : public platform::TimeSource {
  public:
-  /// True when there is a chip model for the family.
-  [[nodiscard]] static bool Supports(std::uint8_t family);
+  /// Makes the part for the bench's time.
+  using PartMaker = std::function<Part(const Clock&)>;
 
-  /// Throws std::invalid_argument for a family without a chip model. `instance`: see
-  /// SimulatedProgrammer. In real time every call takes as long as it would on the bench.
-  Bench(const ChipDescription& description, std::int16_t instance, const Faults& faults,
+  /// `instance`: see SimulatedProgrammer. In real time every call takes as long as it would on the
+  /// bench.
+  Bench(const DeviceProfile& device, std::int16_t instance, const Faults& faults,
+        bool real_time = false);
+  Bench(const PartMaker& make_part, std::int16_t instance, const Faults& faults,
         bool real_time = false);
 
   [[nodiscard]] SimulatedProgrammer& programmer() { return programmer_; }
@@ -69,7 +45,7 @@ class Bench : public platform::TimeSource {
   [[nodiscard]] Programmer& io() { return *io_; }
   /// Null for a programmer that has none.
   [[nodiscard]] const PlannedFaults* faults() const { return faults_.get(); }
-  [[nodiscard]] Chip& chip() { return *chip_; }
+  [[nodiscard]] Chip& chip() { return *part_.chip; }
   [[nodiscard]] const Clock& clock() const { return clock_; }
   /// True when a chip may be taken out of the socket.
   [[nodiscard]] bool socket_is_off() const { return socket_.off(); }
@@ -87,9 +63,8 @@ class Bench : public platform::TimeSource {
 
  private:
   Clock clock_;
-  std::unique_ptr<Chip> chip_;
+  Part part_;
   Socket socket_;
-  const JtagWiring* jtag_wiring_;
   SimulatedProgrammer programmer_;
   std::unique_ptr<PlannedFaults> faults_;
   Programmer* io_ = &programmer_;

@@ -6,7 +6,7 @@
 
 #include <fmt/format.h>
 
-#include "devices/memory_layout.h"
+#include "devices/kinds/device_kind.h"
 #include "devices/nearest_names.h"
 #include "simulator/bench/bench_error.h"
 

@@ -2,7 +2,7 @@
 
 #include <system_error>
 
-#include "devices/memory_layout.h"
+#include "devices/kinds/device_kind.h"
 #include "images/whole_file.h"
 #include "simulator/bench/bench_error.h"
 #include "simulator/bench/fault_option.h"
@@ -10,33 +10,6 @@
 
 namespace fliglaf::simulator {
 namespace {
-
-std::optional<ConfigWordPart> ConfigWords(const DeviceProfile& device) {
-  if (device.config_words == 0) return std::nullopt;
-  return ConfigWordPart{.socket = {.pins = device.pin_count, .mode = device.family},
-                        .words = device.config_words};
-}
-
-ChipDescription Describe(const DeviceProfile& device) {
-  const ImageLayout memory = LayoutOf(device);
-  return {.family = device.family,
-          .option = device.option,
-          .flash_bytes = static_cast<std::uint32_t>(memory.main_bytes),
-          .page_bytes = static_cast<std::uint32_t>(device.page * device.address_bytes),
-          .eeprom_bytes = static_cast<std::uint32_t>(memory.data_bytes),
-          .signature = device.signature.value_or(Signature{}),
-          .supply = {.vcc = device.vcc_pins,
-                     .gnd = device.gnd_pins,
-                     .vpp = device.vpp_pins,
-                     .nominal_millivolts = device.supply * 10},
-          .byte_write_us = device.chip.byte_write_us,
-          .page_write_us = device.chip.page_write_us,
-          .eeprom_write_us = device.chip.eeprom_write_us,
-          .config_write_us = device.chip.config_write_us,
-          .erase_ms = device.chip.erase_ms,
-          .lock_write_ms = device.chip.lock_write_ms,
-          .config_words = ConfigWords(device)};
-}
 
 std::span<const std::uint8_t> Bytes(const std::string& text) {
   return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
@@ -47,11 +20,7 @@ std::span<const std::uint8_t> Bytes(const std::string& text) {
 SimulatedBench::SimulatedBench(const DeviceProfile& device, std::int16_t instance,
                                const Settings& settings)
     : device_(device.name) {
-  if (!Bench::Supports(device.family)) {
-    throw BenchError(device.name + ": there is no simulated chip of family " +
-                     std::to_string(device.family) + " yet");
-  }
-  bench_ = std::make_unique<Bench>(Describe(device), instance, settings.faults, settings.real_time);
+  bench_ = std::make_unique<Bench>(device, instance, settings.faults, settings.real_time);
   if (settings.parallel) bench_->programmer().AttachToParallelPort();
   if (!settings.waveform_file.empty()) {
     waveform_ = std::make_unique<WaveformFile>(settings.waveform_file, device_, *bench_);

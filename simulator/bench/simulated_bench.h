@@ -25,8 +25,7 @@ class SimulatedBench {
     std::filesystem::path waveform_file = {};  ///< empty: none
   };
 
-  /// Throws BenchError for a device without a simulated chip; ImageError for a waveform that cannot
-  /// be written.
+  /// Throws ImageError for a waveform that cannot be written.
   SimulatedBench(const DeviceProfile& device, std::int16_t instance, const Settings& settings);
 
   [[nodiscard]] Programmer& programmer() { return bench_->io(); }

@@ -53,21 +53,26 @@ constexpr std::uint8_t kFactoryExtended = 0xFF;
 constexpr std::uint8_t kJtagEnable = 0x40;
 constexpr std::uint8_t kEepromSave = 0x08;
 
+/// EEPROM pages have the size of one of so many pieces of a flash page.
+constexpr std::size_t kEepromPages = 32;
+
 /// Lock bits that there are; the others read as 1.
 constexpr std::uint8_t kLockBits = 0x3F;
 
 }  // namespace
 
-AvrJtagChip::AvrJtagChip(const Clock& clock, const JtagWiring& wiring, const AvrJtagModel& model)
+AvrJtagChip::AvrJtagChip(const Clock& clock, const JtagWiring& wiring, const Silicon& silicon,
+                         const Features& features)
     : JtagChip(clock, wiring, {.length = 4, .at_reset = instruction::kIdCode, .capture = 0x1}),
-      model_(model),
-      flash_(model.flash_bytes),
+      silicon_(silicon),
+      features_(features),
+      flash_(silicon.flash_bytes),
       fuse_low_(kFactoryLow),
       fuse_high_(kFactoryHigh),
       fuse_extended_(kFactoryExtended),
-      page_(model.page_bytes, FlashArray::kErased),
-      eeprom_page_(model.eeprom_page_bytes) {
-  if (model.eeprom_bytes > 0) eeprom_.emplace(model.eeprom_bytes);
+      page_(silicon.page_bytes, FlashArray::kErased),
+      eeprom_page_(std::max<std::size_t>(silicon.page_bytes / kEepromPages, 1)) {
+  if (silicon.eeprom_bytes > 0) eeprom_.emplace(silicon.eeprom_bytes);
 }
 
 std::vector<MemoryArea> AvrJtagChip::Memory() {
@@ -75,7 +80,7 @@ std::vector<MemoryArea> AvrJtagChip::Memory() {
   if (eeprom_) areas.push_back({"eeprom", eeprom_->cells(), FlashArray::kErased});
   areas.push_back({"fuse-low", {&fuse_low_, 1}, kFactoryLow});
   areas.push_back({"fuse-high", {&fuse_high_, 1}, kFactoryHigh});
-  if (model_.extended_fuses) {
+  if (features_.extended_fuses) {
     areas.push_back({"fuse-extended", {&fuse_extended_, 1}, kFactoryExtended});
   }
   areas.push_back({"lock", {&lock_, 1}, FlashArray::kErased});
@@ -97,8 +102,8 @@ void AvrJtagChip::InstructionChanged() { page_bytes_passed_ = 0; }
 JtagChip::DataRegister AvrJtagChip::CaptureDr() {
   switch (JtagChip::instruction()) {
     case instruction::kIdCode:
-      return {.bits = std::uint64_t{model_.signature[1]} << 20 |
-                      std::uint64_t{model_.signature[2]} << 12 | kMaker << 1 | 1,
+      return {.bits = std::uint64_t{silicon_.signature[1]} << 20 |
+                      std::uint64_t{silicon_.signature[2]} << 12 | kMaker << 1 | 1,
               .length = 32};
     case instruction::kAvrReset:
       return {.bits = in_reset_ ? 1U : 0U, .length = 1};
@@ -107,9 +112,9 @@ JtagChip::DataRegister AvrJtagChip::CaptureDr() {
     case instruction::kProgCommands:
       return {.bits = ReadOut() | (busy() ? 0 : kReady), .length = 15};
     case instruction::kProgPageLoad:
-      return {.bits = 0, .length = 8, .streams = model_.long_page_register};
+      return {.bits = 0, .length = 8, .streams = features_.long_page_register};
     case instruction::kProgPageRead:
-      if (model_.long_page_register) return {.bits = 0, .length = 8, .streams = true};
+      if (features_.long_page_register) return {.bits = 0, .length = 8, .streams = true};
       return {.bits = NextPageByte(), .length = 8};
     default:
       return {};
@@ -127,7 +132,7 @@ void AvrJtagChip::UpdateDr(std::uint64_t bits) {
     case instruction::kProgCommands:
       return Execute(static_cast<std::uint16_t>(bits));
     case instruction::kProgPageLoad:
-      if (!model_.long_page_register) LoadPageByte(static_cast<std::uint8_t>(bits));
+      if (!features_.long_page_register) LoadPageByte(static_cast<std::uint8_t>(bits));
       return;
     default:
       return;
@@ -197,7 +202,7 @@ void AvrJtagChip::Write(std::uint16_t command) {
   if (mode_ == mode::kEraseChip) return EraseChip();
   if (mode_ == mode::kWriteLock) {
     lock_ &= static_cast<std::uint8_t>(data_[0] | ~kLockBits);
-    return BusyFor(model_.config_write);
+    return BusyFor(silicon_.config_write);
   }
   if (!may_write()) return;
   switch (mode_) {
@@ -217,7 +222,7 @@ void AvrJtagChip::WriteFlashPage() {
   const std::uint32_t start = 2 * address_ / size * size;
   for (std::uint32_t i = 0; i < size; ++i) flash_.Program(start + i, page_[i]);
   std::ranges::fill(page_, FlashArray::kErased);
-  BusyFor(model_.page_write);
+  BusyFor(silicon_.page_write);
 }
 
 void AvrJtagChip::WriteEepromPage() {
@@ -227,23 +232,23 @@ void AvrJtagChip::WriteEepromPage() {
     if (eeprom_ && eeprom_page_[i]) eeprom_->Rewrite(start + i, *eeprom_page_[i]);
     eeprom_page_[i].reset();
   }
-  BusyFor(model_.eeprom_write);
+  BusyFor(silicon_.eeprom_write);
 }
 
 void AvrJtagChip::WriteFuse(std::uint16_t command) {
   if ((command & kByteSelect2) != 0) {
-    if (model_.extended_fuses) fuse_extended_ = data_[0];
+    if (features_.extended_fuses) fuse_extended_ = data_[0];
   } else {
     ((command & kByteSelect1) != 0 ? fuse_high_ : fuse_low_) = data_[0];
   }
-  BusyFor(model_.config_write);
+  BusyFor(silicon_.config_write);
 }
 
 void AvrJtagChip::EraseChip() {
   flash_.Erase();
   if (eeprom_ && (fuse_high_ & kEepromSave) != 0) eeprom_->Erase();
   lock_ = FlashArray::kErased;
-  BusyFor(model_.chip_erase);
+  BusyFor(silicon_.erase);
 }
 
 /// What the command before has put out; a command that puts nothing out gives its own byte back.
@@ -257,7 +262,8 @@ std::uint8_t AvrJtagChip::ReadOut() const {
     case mode::kReadEeprom:
       return eeprom_ && may_read() ? eeprom_->Read(address_) : FlashArray::kErased;
     case mode::kReadSignature:
-      return high ? kCalibration : model_.signature[(address_ & 0x03) % model_.signature.size()];
+      return high ? kCalibration
+                  : silicon_.signature[(address_ & 0x03) % silicon_.signature.size()];
     case mode::kReadConfig:
       return ReadConfig();
     default:

@@ -7,23 +7,9 @@
 
 #include "simulator/chips/jtag_chip.h"
 #include "simulator/flash_array.h"
+#include "simulator/silicon.h"
 
 namespace fliglaf::simulator {
-
-/// What distinguishes one chip of the kind from another. Times in ns.
-struct AvrJtagModel {
-  std::size_t flash_bytes;
-  std::size_t page_bytes;         ///< a power of two
-  std::size_t eeprom_bytes;       ///< 0: none
-  std::size_t eeprom_page_bytes;  ///< a power of two
-  bool long_page_register;        ///< else a page passes byte by byte, an Update-DR after each
-  bool extended_fuses;
-  std::array<std::uint8_t, 3> signature;
-  std::int64_t page_write;
-  std::int64_t eeprom_write;
-  std::int64_t config_write;  ///< of a fuse or lock byte
-  std::int64_t chip_erase;
-};
 
 /// A flash microcontroller with the AVR JTAG programming interface, as the data sheets of such
 /// parts publish it:
@@ -43,7 +29,14 @@ class AvrJtagChip : public JtagChip {
  public:
   static constexpr std::uint8_t kCalibration = 0xB1;
 
-  AvrJtagChip(const Clock& clock, const JtagWiring& wiring, const AvrJtagModel& model);
+  struct Features {
+    bool long_page_register;  ///< else a page passes byte by byte, an Update-DR after each
+    bool extended_fuses;
+  };
+
+  /// A page of 2^n bytes; an EEPROM page is a 32nd of it.
+  AvrJtagChip(const Clock& clock, const JtagWiring& wiring, const Silicon& silicon,
+              const Features& features);
 
   [[nodiscard]] std::vector<MemoryArea> Memory() override;
   void Break(const StuckBit& stuck) override { flash_.Break(stuck); }
@@ -74,7 +67,8 @@ class AvrJtagChip : public JtagChip {
   [[nodiscard]] bool may_write() const { return (lock_ & 0x03) == 0x03; }
   [[nodiscard]] bool may_read() const { return (lock_ & 0x02) != 0; }
 
-  AvrJtagModel model_;
+  Silicon silicon_;
+  Features features_;
   FlashArray flash_;
   std::optional<FlashArray> eeprom_;
   std::uint8_t fuse_low_;

@@ -6,7 +6,6 @@ namespace {
 // The shifter's lines, as the adapter takes them.
 constexpr Lines kClock = LinesOf(0, 0x10);
 constexpr Lines kDataIn = LinesOf(0, 0x01);
-constexpr Lines kDataOut = LinesOf(0, 0x02);
 
 constexpr std::int64_t kDischarge = 400 * Clock::kMillisecond;
 constexpr std::int64_t kVppAhead = 100 * Clock::kMillisecond;
@@ -26,8 +25,12 @@ constexpr std::uint16_t kWordBits = 0x3FFF;
 }  // namespace
 
 ConfigWordChip::ConfigWordChip(const Clock& clock, const ConfigWordWiring& wiring,
-                               const ConfigWordModel& model)
-    : clock_(clock), wiring_(wiring), model_(model), power_left_at_(-kDischarge) {}
+                               const Silicon& silicon, const Features& features)
+    : clock_(clock),
+      wiring_(wiring),
+      silicon_(silicon),
+      features_(features),
+      power_left_at_(-kDischarge) {}
 
 std::vector<Signal> ConfigWordChip::Signals() const {
   return {{"sck", kClock}, {"mosi", kDataIn}, {"miso", kDataOut}};
@@ -37,7 +40,7 @@ std::vector<MemoryArea> ConfigWordChip::Memory() {
   const std::span cells(cells_);
   std::vector<MemoryArea> areas{{"low0", cells.subspan(0, 1), 0xFF},
                                 {"high0", cells.subspan(1, 1), kHighBits, kHighBits}};
-  if (model_.words > 1) {
+  if (features_.words > 1) {
     areas.push_back({"low1", cells.subspan(2, 1), 0xFF});
     areas.push_back({"high1", cells.subspan(3, 1), kHighBits, kHighBits});
   }
@@ -53,7 +56,7 @@ void ConfigWordChip::Power(bool on) {
     return;
   }
   const bool vpp_fits =
-      vpp_ == model_.vpp_first && (!vpp_ || clock_.now() - vpp_came_at_ >= kVppAhead);
+      vpp_ == features_.vpp_first && (!vpp_ || clock_.now() - vpp_came_at_ >= kVppAhead);
   if (clock_.now() - power_left_at_ < kDischarge || !vpp_fits) return;
   if (wiring_.before_supply.Fit(seen_)) entry_ = Entry::kSupplied;
   MoveOn();
@@ -148,7 +151,7 @@ void ConfigWordChip::TakeWord() {
 
 void ConfigWordChip::EndWriting() {
   const bool long_enough =
-      writing_since_ >= 0 && clock_.now() - writing_since_ >= model_.word_write;
+      writing_since_ >= 0 && clock_.now() - writing_since_ >= silicon_.config_write.count();
   writing_since_ = -1;
   if (!long_enough || !at_a_word()) return;
   const std::size_t cell = 2 * static_cast<std::size_t>(address_ - kFirstWord);
@@ -157,7 +160,7 @@ void ConfigWordChip::EndWriting() {
 }
 
 bool ConfigWordChip::at_a_word() const {
-  return address_ >= kFirstWord && address_ < kFirstWord + model_.words;
+  return address_ >= kFirstWord && address_ < kFirstWord + features_.words;
 }
 
 std::uint16_t ConfigWordChip::ReadWord() const {

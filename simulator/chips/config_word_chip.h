@@ -7,15 +7,9 @@
 #include "simulator/chip.h"
 #include "simulator/clock.h"
 #include "simulator/config_word_wiring.h"
+#include "simulator/silicon.h"
 
 namespace fliglaf::simulator {
-
-/// What distinguishes one chip of the kind from another. Times in ns.
-struct ConfigWordModel {
-  int words;       ///< 1 or 2
-  bool vpp_first;  ///< wants the programming voltage ahead of the supply
-  std::int64_t word_write;
-};
 
 /// A microcontroller with configuration words of 14 bits behind a bit-serial programming mode, in a
 /// socket whose adapter brings the shifter's lines to it:
@@ -30,7 +24,16 @@ struct ConfigWordModel {
 ///   of the memory; giving a word back goes on to the next.
 class ConfigWordChip : public Chip {
  public:
-  ConfigWordChip(const Clock& clock, const ConfigWordWiring& wiring, const ConfigWordModel& model);
+  /// Where it answers.
+  static constexpr Lines kDataOut = LinesOf(0, 0x02);
+
+  struct Features {
+    int words;       ///< 1 or 2
+    bool vpp_first;  ///< wants the programming voltage ahead of the supply
+  };
+
+  ConfigWordChip(const Clock& clock, const ConfigWordWiring& wiring, const Silicon& silicon,
+                 const Features& features);
 
   void Power(bool on) override;
   void ProgrammingVoltage(bool on) override;
@@ -56,7 +59,8 @@ class ConfigWordChip : public Chip {
 
   const Clock& clock_;
   ConfigWordWiring wiring_;
-  ConfigWordModel model_;
+  Silicon silicon_;
+  Features features_;
   std::array<std::uint8_t, 4> cells_{0xFF, kHighBits, 0xFF, kHighBits};  ///< low and high bytes
   std::vector<StuckBit> stuck_;
 

@@ -47,25 +47,26 @@ constexpr std::uint32_t kLockBlocks = 8;
 }  // namespace
 
 FlashRegisterChip::FlashRegisterChip(const Clock& clock, const JtagWiring& wiring,
-                                     const FlashRegisterModel& model)
+                                     const Silicon& silicon, const Features& features)
     : JtagChip(clock, wiring, {.length = 16, .at_reset = kIdCodeAtReset, .capture = 0x0001}),
-      model_(model),
+      silicon_(silicon),
+      features_(features),
       flash_(flash_bytes()) {
-  if (model.second_bytes > 0) second_.emplace(model.second_bytes);
+  if (silicon.eeprom_bytes > 0) second_.emplace(silicon.eeprom_bytes);
 }
 
 std::vector<MemoryArea> FlashRegisterChip::Memory() {
   const auto cells = flash_.cells();
   std::vector<MemoryArea> areas{
-      {"flash", cells.first(model_.main_bytes), FlashArray::kErased},
-      {"lock", cells.subspan(model_.main_bytes, 2), FlashArray::kErased},
-      {"last-page", cells.subspan(model_.main_bytes + 2), FlashArray::kErased}};
+      {"flash", cells.first(silicon_.flash_bytes), FlashArray::kErased},
+      {"lock", cells.subspan(silicon_.flash_bytes, 2), FlashArray::kErased},
+      {"last-page", cells.subspan(silicon_.flash_bytes + 2), FlashArray::kErased}};
   if (second_) areas.push_back({"second", second_->cells(), FlashArray::kErased});
   return areas;
 }
 
 void FlashRegisterChip::Restart() {
-  const auto lock = static_cast<std::uint32_t>(model_.main_bytes);
+  const auto lock = static_cast<std::uint32_t>(silicon_.flash_bytes);
   locks_ = {flash_.Read(lock + kWriteLock), flash_.Read(lock + kReadLock)};
   reset_ = halted_ = false;
   ClearRegisters();
@@ -92,7 +93,7 @@ void FlashRegisterChip::InstructionChanged() {
 }
 
 std::optional<FlashRegisterChip::Register> FlashRegisterChip::Selected() const {
-  const std::uint32_t number = instruction() - (model_.wide ? kSetB : kSetA);
+  const std::uint32_t number = instruction() - (features_.wide ? kSetB : kSetA);
   if (!halted_ || number > static_cast<std::uint32_t>(Register::kScale)) return std::nullopt;
   return static_cast<Register>(number);
 }
@@ -100,12 +101,12 @@ std::optional<FlashRegisterChip::Register> FlashRegisterChip::Selected() const {
 int FlashRegisterChip::WidthOf(Register selected) const {
   constexpr int kByte = 8;
   if (selected != Register::kAddress) return kByte;
-  return model_.wide ? 17 : 16;
+  return features_.wide ? 17 : 16;
 }
 
 JtagChip::DataRegister FlashRegisterChip::CaptureDr() {
   if ((instruction() & kCommandBits) == kIdCode) {
-    const auto& [maker, part, version] = model_.signature;
+    const auto& [maker, part, version] = silicon_.signature;
     return {.bits = std::uint64_t{version} << 28 | std::uint64_t{part} << 12 |
                     std::uint64_t{maker} << 1 | 1,
             .length = 32};
@@ -184,10 +185,10 @@ void FlashRegisterChip::AccessDataToWrite() {
 
 FlashRegisterChip::Place FlashRegisterChip::At(std::uint32_t address) {
   FlashArray* const second = second_ ? &*second_ : nullptr;
-  if (model_.second_apart && (control_ & kSecondArea) != 0) return {second, address};
+  if (features_.second_apart && (control_ & kSecondArea) != 0) return {second, address};
   if (address < flash_bytes()) return {&flash_, address};
   const auto beyond = static_cast<std::uint32_t>(address - flash_bytes());
-  if (!model_.second_apart && beyond < model_.second_bytes) return {second, beyond};
+  if (!features_.second_apart && beyond < silicon_.eeprom_bytes) return {second, beyond};
   return {};
 }
 
@@ -209,18 +210,18 @@ void FlashRegisterChip::ProgramCell() {
   failed_ = place.memory == nullptr || Locked(place, kWriteLock);
   if (failed_ || (scale_ & kDividerBits) != kDivider) return;
   place.memory->Program(place.address, data_);
-  BusyFor(model_.byte_write);
+  BusyFor(silicon_.byte_write);
 }
 
 void FlashRegisterChip::ErasePage() {
   const Place place = At(address_);
-  const auto page = static_cast<std::uint32_t>(model_.page_bytes);
+  const auto page = static_cast<std::uint32_t>(silicon_.page_bytes);
   const bool lock_page =
-      place.memory == &flash_ && place.address / page == model_.main_bytes / page;
+      place.memory == &flash_ && place.address / page == silicon_.flash_bytes / page;
   failed_ =
       place.memory == nullptr || data_ != kEraseKey || (Locked(place, kWriteLock) && !lock_page);
   if (failed_ || (scale_ & kDividerBits) != kDivider) return;
-  BusyFor(model_.page_erase);
+  BusyFor(silicon_.erase);
   if (lock_page) {
     flash_.Erase();
     locks_.fill(FlashArray::kErased);

@@ -7,20 +7,9 @@
 
 #include "simulator/chips/jtag_chip.h"
 #include "simulator/flash_array.h"
+#include "simulator/silicon.h"
 
 namespace fliglaf::simulator {
-
-/// What distinguishes one chip of the kind from another. Times in ns.
-struct FlashRegisterModel {
-  std::size_t main_bytes;    ///< of flash, from address 0 up to the two lock bytes
-  std::size_t page_bytes;    ///< of an erase; one page more follows the lock bytes
-  std::size_t second_bytes;  ///< of the second area; 0: none
-  bool second_apart;  ///< the second area has addresses of its own, else it follows the flash
-  bool wide;          ///< register set B with 17 address bits, else set A with 16
-  std::array<std::uint8_t, 3> signature;  ///< manufacturer, part, version
-  std::int64_t byte_write;
-  std::int64_t page_erase;
-};
 
 /// A flash microcontroller that is programmed through four indirect flash registers behind its test
 /// access port, as the data sheets of such parts publish it:
@@ -40,7 +29,15 @@ struct FlashRegisterModel {
 ///   erases the whole flash and lifts them.
 class FlashRegisterChip : public JtagChip {
  public:
-  FlashRegisterChip(const Clock& clock, const JtagWiring& wiring, const FlashRegisterModel& model);
+  struct Features {
+    bool second_apart;  ///< the second area has addresses of its own, else it follows the flash
+    bool wide;          ///< register set B with 17 address bits, else set A with 16
+  };
+
+  /// The flash goes from address 0 up to the two lock bytes; one page more follows them. The
+  /// signature is manufacturer, part, version.
+  FlashRegisterChip(const Clock& clock, const JtagWiring& wiring, const Silicon& silicon,
+                    const Features& features);
 
   [[nodiscard]] std::vector<MemoryArea> Memory() override;
   void Break(const StuckBit& stuck) override { flash_.Break(stuck); }
@@ -73,10 +70,11 @@ class FlashRegisterChip : public JtagChip {
   [[nodiscard]] Place At(std::uint32_t address);
   [[nodiscard]] bool Locked(const Place& place, std::uint8_t lock) const;
   [[nodiscard]] std::size_t flash_bytes() const {
-    return model_.main_bytes + 2 + model_.page_bytes;
+    return silicon_.flash_bytes + 2 + silicon_.page_bytes;
   }
 
-  FlashRegisterModel model_;
+  Silicon silicon_;
+  Features features_;
   FlashArray flash_;
   std::optional<FlashArray> second_;
   /// The lock bytes as they were at the last start.

@@ -31,10 +31,10 @@ constexpr std::uint8_t kHiddenByte = 0x00;
 
 }  // namespace
 
-FramedPageChip::FramedPageChip(const Clock& clock, const FramedPageModel& model)
+FramedPageChip::FramedPageChip(const Clock& clock, const Silicon& silicon)
     : SerialChip(clock, kWiring, {.after_reset = kAfterReset}),
-      model_(model),
-      flash_(model.flash_bytes) {}
+      silicon_(silicon),
+      flash_(silicon.flash_bytes) {}
 
 std::vector<MemoryArea> FramedPageChip::Memory() {
   return {{"flash", flash_.cells(), FlashArray::kErased},
@@ -59,7 +59,7 @@ std::uint8_t FramedPageChip::Answer() const {
     case kReadPage:
       return may_read() ? flash_.Read(PageAddress(offset)) : kHiddenByte;
     case kReadSignature:
-      return model_.signature[offset % model_.signature.size()];
+      return silicon_.signature[offset % silicon_.signature.size()];
     case kReadFuses:
       return fuses_ | static_cast<std::uint8_t>(~kAllFuseBits);
     case kReadLock:
@@ -71,8 +71,8 @@ std::uint8_t FramedPageChip::Answer() const {
 
 std::uint32_t FramedPageChip::PageAddress(std::size_t offset) const {
   const std::size_t address = static_cast<std::size_t>(frame_[2]) << 8 | frame_[3];
-  const std::size_t page = address - address % model_.page_bytes;
-  return static_cast<std::uint32_t>(page + (address + offset) % model_.page_bytes);
+  const std::size_t page = address - address % silicon_.page_bytes;
+  return static_cast<std::uint32_t>(page + (address + offset) % silicon_.page_bytes);
 }
 
 void FramedPageChip::Released() {
@@ -92,10 +92,10 @@ void FramedPageChip::Write() {
     WritePage();
   } else if (frame_[1] == kWriteFuses && may_write()) {
     fuses_ = frame_[kHeadBytes] & kAllFuseBits;
-    BusyFor(model_.config_write);
+    BusyFor(silicon_.config_write);
   } else if (frame_[1] == kWriteLock) {
     lock_ &= frame_[kHeadBytes];
-    BusyFor(model_.config_write);
+    BusyFor(silicon_.config_write);
   }
 }
 
@@ -103,13 +103,13 @@ void FramedPageChip::WritePage() {
   for (std::size_t i = kHeadBytes; i < frame_.size(); ++i) {
     flash_.Program(PageAddress(i - kHeadBytes), frame_[i]);
   }
-  BusyFor(model_.page_write);
+  BusyFor(silicon_.page_write);
 }
 
 void FramedPageChip::EraseChip() {
   flash_.Erase();
   lock_ = kAllLockBits;
-  BusyFor(model_.chip_erase);
+  BusyFor(silicon_.erase);
 }
 
 }  // namespace fliglaf::simulator

@@ -1,23 +1,13 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <vector>
 
 #include "simulator/chips/serial_chip.h"
 #include "simulator/flash_array.h"
+#include "simulator/silicon.h"
 
 namespace fliglaf::simulator {
-
-/// What distinguishes one chip of the kind from another. Times in ns.
-struct FramedPageModel {
-  std::size_t flash_bytes;  ///< above 0
-  std::size_t page_bytes;   ///< above 0
-  std::array<std::uint8_t, 3> signature;
-  std::int64_t page_write;
-  std::int64_t config_write;  ///< of the fuse or lock bits
-  std::int64_t chip_erase;
-};
 
 /// A flash microcontroller whose serial instructions begin with 0xAA and are framed by a select
 /// line. Works as the data sheets of such parts publish it:
@@ -31,7 +21,7 @@ struct FramedPageModel {
 /// the calls take that select the chip again.
 class FramedPageChip : public SerialChip {
  public:
-  FramedPageChip(const Clock& clock, const FramedPageModel& model);
+  FramedPageChip(const Clock& clock, const Silicon& silicon);
 
   [[nodiscard]] std::vector<MemoryArea> Memory() override;
   void Break(const StuckBit& stuck) override { flash_.Break(stuck); }
@@ -54,7 +44,7 @@ class FramedPageChip : public SerialChip {
   static constexpr std::uint8_t kAllFuseBits = 0x0F;
   static constexpr std::uint8_t kAllLockBits = 0x03;
 
-  FramedPageModel model_;
+  Silicon silicon_;
   FlashArray flash_;
   std::uint8_t fuses_ = kAllFuseBits;
   std::uint8_t lock_ = kAllLockBits;

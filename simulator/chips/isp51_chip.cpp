@@ -3,12 +3,12 @@
 namespace fliglaf::simulator {
 namespace {
 
-constexpr std::uint8_t kControl = 0xAC;
 constexpr std::uint8_t kProgrammingEnable = 0x53;
 constexpr std::uint8_t kEnableAnswer = 0x69;
 constexpr std::uint8_t kReadPage = 0x30;
 constexpr std::uint8_t kWritePage = 0x50;
 constexpr std::uint8_t kReadSignature = 0x28;
+constexpr std::size_t kInstructionBytes = 4;
 constexpr int kPageBytes = 256;
 constexpr std::uint8_t kLockLevels = 3;
 constexpr std::uint8_t kHiddenByte = 0x00;
@@ -29,12 +29,10 @@ constexpr bool IsLockWrite(std::uint8_t byte) { return (byte & 0xFC) == 0xE0; }
 
 }  // namespace
 
-Isp51Chip::Isp51Chip(const Clock& clock, std::size_t flash_bytes,
-                     std::array<std::uint8_t, 3> signature, const Isp51Timing& timing)
-    : SerialChip(clock, kWiring, {.after_reset = kStartUp}),
-      flash_(flash_bytes),
-      signature_(signature),
-      timing_(timing) {}
+Isp51Chip::Isp51Chip(const Clock& clock, const Silicon& silicon)
+    : InstructionChip(clock, kWiring, {.after_reset = kStartUp}, kInstructionBytes),
+      silicon_(silicon),
+      flash_(silicon.flash_bytes) {}
 
 std::vector<MemoryArea> Isp51Chip::Memory() {
   return {{"flash", flash_.cells(), FlashArray::kErased},
@@ -42,42 +40,32 @@ std::vector<MemoryArea> Isp51Chip::Memory() {
 }
 
 void Isp51Chip::Restart() {
-  enabled_ = false;
+  InstructionChip::Restart();
   phase_ = Phase::kInstruction;
-  instruction_bytes_ = 0;
 }
 
+/// The bytes of a page follow the second byte of its instruction.
 void Isp51Chip::TakeByte(std::uint8_t byte) {
-  if (phase_ == Phase::kInstruction) {
-    TakeInstructionByte(byte);
-  } else {
-    TakePageByte(byte);
-  }
+  if (phase_ != Phase::kInstruction) return TakePageByte(byte);
+  InstructionChip::TakeByte(byte);
+  if (bytes_taken() != 2 || !enabled()) return;
+  if (byte_at(0) == kReadPage) StartPage(Phase::kReadingPage);
+  if (byte_at(0) == kWritePage) StartPage(Phase::kWritingPage);
 }
 
-void Isp51Chip::TakeInstructionByte(std::uint8_t byte) {
-  instruction_[instruction_bytes_++] = byte;
-  if (instruction_bytes_ == 2 && enabled_) {
-    if (instruction_[0] == kReadPage) return StartPage(Phase::kReadingPage);
-    if (instruction_[0] == kWritePage) return StartPage(Phase::kWritingPage);
+std::optional<std::uint8_t> Isp51Chip::Answer() const {
+  if (byte_at(0) == kControl && byte_at(1) == kProgrammingEnable) return kEnableAnswer;
+  if (byte_at(0) == kReadSignature && enabled()) {
+    return silicon_.signature[byte_at(1) % silicon_.signature.size()];
   }
-  if (instruction_bytes_ == 3) {
-    if (instruction_[0] == kControl && instruction_[1] == kProgrammingEnable) {
-      Load(kEnableAnswer);
-    } else if (instruction_[0] == kReadSignature && enabled_) {
-      Load(signature_[instruction_[1] % signature_.size()]);
-    }
-  }
-  if (instruction_bytes_ < instruction_.size()) return;
-  instruction_bytes_ = 0;
-  Execute();
+  return std::nullopt;
 }
 
 void Isp51Chip::StartPage(Phase phase) {
   phase_ = phase;
-  page_ = instruction_[1] & 0x1FU;
+  page_ = byte_at(1) & 0x1FU;
   page_bytes_ = 0;
-  instruction_bytes_ = 0;
+  ForgetBytes();
   if (phase == Phase::kReadingPage) OfferPageByte();
 }
 
@@ -89,7 +77,7 @@ void Isp51Chip::OfferPageByte() {
 void Isp51Chip::TakePageByte(std::uint8_t byte) {
   if (phase_ == Phase::kWritingPage && may_write() && !busy()) {
     flash_.Program(page_ * kPageBytes + static_cast<std::uint32_t>(page_bytes_), byte);
-    BusyFor(timing_.byte_write);
+    BusyFor(silicon_.byte_write);
     busy_with_lock_ = false;
   }
   ++page_bytes_;
@@ -101,15 +89,13 @@ void Isp51Chip::TakePageByte(std::uint8_t byte) {
 }
 
 void Isp51Chip::Execute() {
-  if (instruction_[0] != kControl) return;
-  if (instruction_[1] == kProgrammingEnable) {
-    enabled_ = true;
-  } else if (IsLockWrite(instruction_[1])) {
-    WriteLockLevel(instruction_[1] & 0x03);
-  } else if (IsChipErase(instruction_[1]) && enabled_ && !busy()) {
+  if (TakeEnable() || byte_at(0) != kControl) return;
+  if (IsLockWrite(byte_at(1))) {
+    WriteLockLevel(byte_at(1) & 0x03);
+  } else if (IsChipErase(byte_at(1)) && enabled() && !busy()) {
     flash_.Erase();
     lock_level_ = 0;
-    BusyFor(timing_.chip_erase);
+    BusyFor(silicon_.erase);
     busy_with_lock_ = false;
   }
 }
@@ -117,9 +103,9 @@ void Isp51Chip::Execute() {
 /// The levels are written one straight after the other, with no wait between them: a lock write is
 /// taken while the one before it is still in progress, and keeps the memory busy for its own time.
 void Isp51Chip::WriteLockLevel(std::uint8_t level) {
-  if (!enabled_ || (busy() && !busy_with_lock_)) return;
+  if (!enabled() || (busy() && !busy_with_lock_)) return;
   if (level == lock_level_ + 1) lock_level_ = level;
-  BusyFor(timing_.lock_write);
+  BusyFor(silicon_.lock_write);
   busy_with_lock_ = true;
 }
 

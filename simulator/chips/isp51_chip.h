@@ -1,20 +1,13 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <vector>
 
-#include "simulator/chips/serial_chip.h"
+#include "simulator/chips/instruction_chip.h"
 #include "simulator/flash_array.h"
+#include "simulator/silicon.h"
 
 namespace fliglaf::simulator {
-
-/// How long the chip is busy with what it does by itself, in ns.
-struct Isp51Timing {
-  std::int64_t byte_write;
-  std::int64_t chip_erase;
-  std::int64_t lock_write;
-};
 
 /// A flash microcontroller of the 8051 kind with serial programming: four-byte instructions, pages
 /// of 256 bytes, three lock levels. Works as the data sheets of such parts publish it:
@@ -25,11 +18,10 @@ struct Isp51Timing {
 ///   is busy are taken in and not carried out; what is read then is 0x00.
 /// - Level 1 forbids programming, level 2 reading as well (0x00 is read), level 3 external
 ///   execution. Each level needs the one before it; a chip erase lifts them.
-class Isp51Chip : public SerialChip {
+class Isp51Chip : public InstructionChip {
  public:
-  /// `flash_bytes`: 256 to 8192.
-  Isp51Chip(const Clock& clock, std::size_t flash_bytes, std::array<std::uint8_t, 3> signature,
-            const Isp51Timing& timing);
+  /// 256 to 8192 bytes of flash.
+  Isp51Chip(const Clock& clock, const Silicon& silicon);
 
   [[nodiscard]] std::vector<MemoryArea> Memory() override;
   void Break(const StuckBit& stuck) override { flash_.Break(stuck); }
@@ -39,25 +31,21 @@ class Isp51Chip : public SerialChip {
 
   void Restart() override;
   void TakeByte(std::uint8_t byte) override;
-  void TakeInstructionByte(std::uint8_t byte);
+  [[nodiscard]] std::optional<std::uint8_t> Answer() const override;
   void StartPage(Phase phase);
   void TakePageByte(std::uint8_t byte);
   void OfferPageByte();
-  void Execute();
+  void Execute() override;
   void WriteLockLevel(std::uint8_t level);
 
-  [[nodiscard]] bool may_write() const { return enabled_ && lock_level_ < 1; }
-  [[nodiscard]] bool may_read() const { return enabled_ && lock_level_ < 2; }
+  [[nodiscard]] bool may_write() const { return enabled() && lock_level_ < 1; }
+  [[nodiscard]] bool may_read() const { return enabled() && lock_level_ < 2; }
 
+  Silicon silicon_;
   FlashArray flash_;
-  std::array<std::uint8_t, 3> signature_;
-  Isp51Timing timing_;
   std::uint8_t lock_level_ = 0;
 
-  bool enabled_ = false;
   Phase phase_ = Phase::kInstruction;
-  std::array<std::uint8_t, 4> instruction_{};
-  std::size_t instruction_bytes_ = 0;
   std::uint32_t page_ = 0;
   int page_bytes_ = 0;
   bool busy_with_lock_ = false;

@@ -5,8 +5,7 @@ namespace {
 
 constexpr std::int64_t kStartUp = 10 * Clock::kMillisecond;
 
-constexpr std::uint8_t kControl = 0xAC;
-constexpr std::uint8_t kProgrammingEnable = 0x53;
+constexpr std::size_t kInstructionBytes = 3;
 
 /// Bits 0 to 2 of the first byte. Bits 3 to 7 are address bits 8 to 12, of which the EEPROM has the
 /// lower three.
@@ -33,11 +32,12 @@ constexpr std::uint8_t LockBits(std::uint8_t byte) {
 
 }  // namespace
 
-Isp51DataChip::Isp51DataChip(const Clock& clock, const Isp51DataModel& model)
-    : SerialChip(clock, kSerialWiring, {.after_reset = 0, .after_power = kStartUp}),
-      model_(model),
-      flash_(model.flash_bytes),
-      eeprom_(model.eeprom_bytes) {}
+Isp51DataChip::Isp51DataChip(const Clock& clock, const Silicon& silicon)
+    : InstructionChip(clock, kSerialWiring, {.after_reset = 0, .after_power = kStartUp},
+                      kInstructionBytes),
+      silicon_(silicon),
+      flash_(silicon.flash_bytes),
+      eeprom_(silicon.eeprom_bytes) {}
 
 std::vector<MemoryArea> Isp51DataChip::Memory() {
   return {{"flash", flash_.cells(), FlashArray::kErased},
@@ -45,21 +45,8 @@ std::vector<MemoryArea> Isp51DataChip::Memory() {
           {"lock", {&lock_bits_, 1}, 0, kAllLockBits}};
 }
 
-void Isp51DataChip::Restart() {
-  enabled_ = false;
-  instruction_bytes_ = 0;
-}
-
-void Isp51DataChip::TakeByte(std::uint8_t byte) {
-  instruction_[instruction_bytes_++] = byte;
-  if (instruction_bytes_ == 2) Load(ReadByte());
-  if (instruction_bytes_ < instruction_.size()) return;
-  instruction_bytes_ = 0;
-  Execute();
-}
-
-std::uint8_t Isp51DataChip::ReadByte() const {
-  if (!enabled_ || busy() || (lock_bits_ & kNoReading) != 0) return kHiddenByte;
+std::optional<std::uint8_t> Isp51DataChip::Answer() const {
+  if (!enabled() || busy() || (lock_bits_ & kNoReading) != 0) return kHiddenByte;
   switch (operation()) {
     case kReadFlash:
       return flash_.Read(address());
@@ -71,31 +58,27 @@ std::uint8_t Isp51DataChip::ReadByte() const {
 }
 
 void Isp51DataChip::Execute() {
-  if (instruction_[0] == kControl) return Control();
-  if (!enabled_ || busy() || (lock_bits_ & kNoWriting) != 0) return;
+  if (TakeEnable() || !enabled() || busy()) return;
+  if (byte_at(0) == kControl) return Control();
+  if ((lock_bits_ & kNoWriting) != 0) return;
   if (operation() == kWriteFlash) {
-    flash_.Rewrite(address(), instruction_[2]);
-    BusyFor(model_.flash_write);
+    flash_.Rewrite(address(), byte_at(2));
+    BusyFor(silicon_.byte_write);
   } else if (operation() == kWriteEeprom) {
-    eeprom_.Rewrite(address() & 0x7FF, instruction_[2]);
-    BusyFor(model_.eeprom_write);
+    eeprom_.Rewrite(address() & 0x7FF, byte_at(2));
+    BusyFor(silicon_.eeprom_write);
   }
 }
 
 void Isp51DataChip::Control() {
-  if (instruction_[1] == kProgrammingEnable) {
-    enabled_ = true;
-    return;
-  }
-  if (!enabled_ || busy()) return;
-  if ((instruction_[1] & 0x07) == kChipErase) {
+  if ((byte_at(1) & 0x07) == kChipErase) {
     flash_.Erase();
     eeprom_.Erase();
     lock_bits_ = 0;
-    BusyFor(model_.chip_erase);
-  } else if ((instruction_[1] & 0x07) == kWriteLock) {
-    lock_bits_ |= LockBits(instruction_[1]);
-    BusyFor(model_.flash_write);
+    BusyFor(silicon_.erase);
+  } else if ((byte_at(1) & 0x07) == kWriteLock) {
+    lock_bits_ |= LockBits(byte_at(1));
+    BusyFor(silicon_.byte_write);
   }
 }
 

@@ -3,8 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "simulator/chip.h"
-#include "simulator/clock.h"
+#include "simulator/chips/timed_chip.h"
 #include "simulator/jtag_wiring.h"
 #include "simulator/tap.h"
 
@@ -13,7 +12,7 @@ namespace fliglaf::simulator {
 /// The test access port that every chip with JTAG has, as IEEE 1149.1 has it: TMS and TDI are taken
 /// in at the rising edge of TCK, TDO changes at the falling one and is driven in the two Shift
 /// states only. The supply's rise, or five clocks with TMS high, put it into Test-Logic-Reset.
-class JtagChip : public Chip {
+class JtagChip : public TimedChip {
  public:
   void Power(bool on) final;
   void Observe(Lines levels) final;
@@ -34,7 +33,7 @@ class JtagChip : public Chip {
   };
 
   JtagChip(const Clock& clock, const JtagWiring& wiring, const InstructionRegister& instructions)
-      : clock_(clock), wiring_(wiring), instructions_(instructions) {
+      : TimedChip(clock), wiring_(wiring), instructions_(instructions) {
     sensitive_ = wiring.tck | wiring.routing;
   }
 
@@ -56,11 +55,6 @@ class JtagChip : public Chip {
   void Listen(bool listens) { listens_ = listens; }
 
   [[nodiscard]] std::uint32_t instruction() const { return instruction_; }
-  [[nodiscard]] const Clock& clock() const { return clock_; }
-
-  /// While busy with what it does by itself.
-  [[nodiscard]] bool busy() const { return clock_.now() < busy_until_; }
-  void BusyFor(std::int64_t nanoseconds) { busy_until_ = clock_.now() + nanoseconds; }
 
  private:
   void Rise(Lines levels);
@@ -70,7 +64,6 @@ class JtagChip : public Chip {
   void EnterReset();
   void PutOut(bool bit);
 
-  const Clock& clock_;
   JtagWiring wiring_;
   InstructionRegister instructions_;
   TapState state_ = TapState::kTestLogicReset;
@@ -82,7 +75,6 @@ class JtagChip : public Chip {
   int stream_clocks_ = 0;
   std::uint32_t instruction_shift_ = 0;
   std::uint32_t instruction_ = 0;
-  std::int64_t busy_until_ = 0;
 };
 
 }  // namespace fliglaf::simulator

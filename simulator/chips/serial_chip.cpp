@@ -6,7 +6,7 @@ namespace fliglaf::simulator {
 
 void SerialChip::Power(bool on) {
   powered_ = on;
-  powered_at_ = clock_.now();
+  powered_at_ = clock().now();
   in_step_ = false;
   driven_ = 0;
   Restart();
@@ -24,7 +24,7 @@ void SerialChip::Observe(Lines levels) {
   if ((levels & wiring_.clock) == 0) {
     port_.Fall();
     levels_ = port_.data_out() ? wiring_.data_out : 0;
-  } else if (port_.Rise((levels & wiring_.data_in) != 0) && clock_.now() >= listens_from_) {
+  } else if (port_.Rise((levels & wiring_.data_in) != 0) && clock().now() >= listens_from_) {
     TakeByte(port_.received());
   }
 }
@@ -49,7 +49,7 @@ void SerialChip::FramingMoved(Lines levels, Lines changed) {
 void SerialChip::ResetMoved(Lines levels) {
   in_step_ = Listens(levels) && (levels & wiring_.clock) == 0;
   listens_from_ =
-      std::max(clock_.now() + start_up_.after_reset, powered_at_ + start_up_.after_power);
+      std::max(clock().now() + start_up_.after_reset, powered_at_ + start_up_.after_power);
   port_.Reset();
   Restart();
 }

@@ -3,8 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "simulator/chip.h"
-#include "simulator/clock.h"
+#include "simulator/chips/timed_chip.h"
 #include "simulator/serial_wiring.h"
 #include "simulator/spi_port.h"
 
@@ -13,7 +12,7 @@ namespace fliglaf::simulator {
 /// The serial end of a chip, which every chip with a serial interface has: supply, reset, select
 /// and the byte port. It is in step when reset came to its listening level, or the select fell,
 /// with the clock low; what is clocked before the oscillator runs is lost.
-class SerialChip : public Chip {
+class SerialChip : public TimedChip {
  public:
   void Power(bool on) final;
   void Observe(Lines levels) final;
@@ -27,7 +26,7 @@ class SerialChip : public Chip {
   };
 
   SerialChip(const Clock& clock, const SerialWiring& wiring, const StartUp& start_up)
-      : clock_(clock),
+      : TimedChip(clock),
         wiring_(wiring),
         start_up_(start_up),
         framing_(wiring.reset | wiring.select | wiring.enable_from_chip) {}
@@ -42,10 +41,6 @@ class SerialChip : public Chip {
 
   void Load(std::uint8_t byte) { port_.Load(byte); }
 
-  /// While busy with what it does by itself.
-  [[nodiscard]] bool busy() const { return clock_.now() < busy_until_; }
-  void BusyFor(std::int64_t nanoseconds) { busy_until_ = clock_.now() + nanoseconds; }
-
  private:
   void FramingMoved(Lines levels, Lines changed);
   void ResetMoved(Lines levels);
@@ -55,7 +50,6 @@ class SerialChip : public Chip {
            (levels & wiring_.select) == 0;
   }
 
-  const Clock& clock_;
   SerialWiring wiring_;
   StartUp start_up_;
   Lines framing_;  ///< reset, select, and what lets the answer through
@@ -65,7 +59,6 @@ class SerialChip : public Chip {
   bool in_step_ = false;
   std::int64_t powered_at_ = 0;
   std::int64_t listens_from_ = 0;
-  std::int64_t busy_until_ = 0;
 };
 
 }  // namespace fliglaf::simulator

@@ -8,6 +8,8 @@ namespace {
 /// From the fall of reset to the first instruction.
 constexpr std::int64_t kAfterReset = 20 * Clock::kMillisecond;
 
+constexpr std::size_t kInstructionBytes = 4;
+
 /// First bytes of instructions.
 constexpr std::uint8_t kReadFlashLow = 0x20;
 constexpr std::uint8_t kReadFlashHigh = 0x28;
@@ -19,11 +21,9 @@ constexpr std::uint8_t kWritePage = 0x4C;
 constexpr std::uint8_t kReadConfig1 = 0x50;  // second byte 0x00: low fuses, 0x08: extended fuses
 constexpr std::uint8_t kReadConfig2 = 0x58;  // second byte 0x00: lock, 0x08: high fuses
 constexpr std::uint8_t kReadEeprom = 0xA0;
-constexpr std::uint8_t kControl = 0xAC;
 constexpr std::uint8_t kWriteEeprom = 0xC0;
 
 /// Second bytes of control instructions.
-constexpr std::uint8_t kProgrammingEnable = 0x53;
 constexpr std::uint8_t kChipErase = 0x80;
 constexpr std::uint8_t kWriteFuseLow = 0xA0;
 constexpr std::uint8_t kWriteFuseExtended = 0xA4;
@@ -35,14 +35,15 @@ constexpr std::uint8_t kLockBits = 0x3F;
 
 }  // namespace
 
-SerialPageChip::SerialPageChip(const Clock& clock, const SerialPageModel& model)
-    : SerialChip(clock, kSerialWiringLow,
-                 {.after_reset = kAfterReset, .after_power = model.start_up}),
-      model_(model),
-      flash_(model.flash_bytes),
-      fuses_(model.fuse_bytes, FlashArray::kErased),
-      page_(model.page_bytes, FlashArray::kErased) {
-  if (model.eeprom_bytes > 0) eeprom_.emplace(model.eeprom_bytes);
+SerialPageChip::SerialPageChip(const Clock& clock, const Silicon& silicon, const Features& features)
+    : InstructionChip(clock, kSerialWiringLow,
+                      {.after_reset = kAfterReset, .after_power = silicon.start_up.count()},
+                      kInstructionBytes),
+      silicon_(silicon),
+      flash_(silicon.flash_bytes),
+      fuses_(features.fuse_bytes, FlashArray::kErased),
+      page_(silicon.page_bytes, FlashArray::kErased) {
+  if (silicon.eeprom_bytes > 0) eeprom_.emplace(silicon.eeprom_bytes);
 }
 
 std::vector<MemoryArea> SerialPageChip::Memory() {
@@ -53,37 +54,27 @@ std::vector<MemoryArea> SerialPageChip::Memory() {
   return areas;
 }
 
-void SerialPageChip::Restart() {
-  enabled_ = false;
-  instruction_bytes_ = 0;
-}
-
 void SerialPageChip::TakeByte(std::uint8_t byte) {
-  instruction_[instruction_bytes_++] = byte;
   Load(byte);
-  if (instruction_bytes_ == 3 && enabled_ && !busy()) {
-    if (const auto answer = Answer()) Load(*answer);
-  }
-  if (instruction_bytes_ < instruction_.size()) return;
-  instruction_bytes_ = 0;
-  if (!busy()) Execute();
+  InstructionChip::TakeByte(byte);
 }
 
 std::optional<std::uint8_t> SerialPageChip::Answer() const {
-  const bool second = instruction_[1] == 0x08;
-  switch (instruction_[0]) {
+  if (!enabled() || busy()) return std::nullopt;
+  const bool second = byte_at(1) == 0x08;
+  switch (byte_at(0)) {
     case kReadFlashLow:
     case kReadFlashHigh:
       if (!may_read()) return std::nullopt;
-      return flash_.Read(2 * address() + (instruction_[0] == kReadFlashHigh ? 1 : 0));
+      return flash_.Read(2 * address() + (byte_at(0) == kReadFlashHigh ? 1 : 0));
     case kReadEeprom:
       if (!may_read() || !eeprom_) return std::nullopt;
       return eeprom_->Read(address());
     case kReadSignature:
-      if (instruction_[2] >= model_.signature.size()) return std::nullopt;
-      return model_.signature[instruction_[2]];
+      if (byte_at(2) >= silicon_.signature.size()) return std::nullopt;
+      return silicon_.signature[byte_at(2)];
     case kReadCalibration:
-      return kCalibration[instruction_[2] % kCalibration.size()];
+      return kCalibration[byte_at(2) % kCalibration.size()];
     case kReadConfig1:
       return Fuse(second ? 2 : 0);
     case kReadConfig2:
@@ -99,14 +90,13 @@ std::optional<std::uint8_t> SerialPageChip::Fuse(std::size_t number) const {
 }
 
 void SerialPageChip::Execute() {
-  if (instruction_[0] == kControl && instruction_[1] == kProgrammingEnable) enabled_ = true;
-  if (!enabled_) return;
-  switch (instruction_[0]) {
+  if (busy() || TakeEnable() || !enabled()) return;
+  switch (byte_at(0)) {
     case kControl:
       return Control();
     case kLoadPageLow:
     case kLoadPageHigh:
-      return LoadPage(instruction_[0] == kLoadPageHigh);
+      return LoadPage(byte_at(0) == kLoadPageHigh);
     case kWritePage:
       return WritePage();
     case kWriteEeprom:
@@ -117,7 +107,7 @@ void SerialPageChip::Execute() {
 }
 
 void SerialPageChip::Control() {
-  switch (instruction_[1]) {
+  switch (byte_at(1)) {
     case kChipErase:
       return EraseChip();
     case kWriteFuseLow:
@@ -134,7 +124,7 @@ void SerialPageChip::Control() {
 }
 
 void SerialPageChip::LoadPage(bool high) {
-  page_[(2 * address() + (high ? 1 : 0)) % page_.size()] = instruction_[3];
+  page_[(2 * address() + (high ? 1 : 0)) % page_.size()] = byte_at(3);
 }
 
 /// The address bits within the page do not count. The buffer is empty afterwards.
@@ -144,31 +134,31 @@ void SerialPageChip::WritePage() {
             static_cast<std::uint32_t>(page_.size());
   for (const std::uint8_t byte : page_) flash_.Program(at++, byte);
   std::ranges::fill(page_, FlashArray::kErased);
-  BusyFor(model_.page_write);
+  BusyFor(silicon_.page_write);
 }
 
 void SerialPageChip::WriteEeprom() {
   if (!may_write() || !eeprom_) return;
-  eeprom_->Rewrite(address(), instruction_[3]);
-  BusyFor(model_.eeprom_write);
+  eeprom_->Rewrite(address(), byte_at(3));
+  BusyFor(silicon_.eeprom_write);
 }
 
 void SerialPageChip::WriteFuse(std::size_t number) {
   if (!may_write() || number >= fuses_.size()) return;
-  fuses_[number] = instruction_[3];
-  BusyFor(model_.config_write);
+  fuses_[number] = byte_at(3);
+  BusyFor(silicon_.config_write);
 }
 
 void SerialPageChip::WriteLock() {
-  lock_ &= static_cast<std::uint8_t>(instruction_[3] | ~kLockBits);
-  BusyFor(model_.config_write);
+  lock_ &= static_cast<std::uint8_t>(byte_at(3) | ~kLockBits);
+  BusyFor(silicon_.config_write);
 }
 
 void SerialPageChip::EraseChip() {
   flash_.Erase();
   if (eeprom_) eeprom_->Erase();
   lock_ = FlashArray::kErased;
-  BusyFor(model_.chip_erase);
+  BusyFor(silicon_.erase);
 }
 
 }  // namespace fliglaf::simulator

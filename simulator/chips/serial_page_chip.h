@@ -5,24 +5,11 @@
 #include <optional>
 #include <vector>
 
-#include "simulator/chips/serial_chip.h"
+#include "simulator/chips/instruction_chip.h"
 #include "simulator/flash_array.h"
+#include "simulator/silicon.h"
 
 namespace fliglaf::simulator {
-
-/// What distinguishes one chip of the kind from another. Times in ns.
-struct SerialPageModel {
-  std::size_t flash_bytes;   ///< above 0
-  std::size_t page_bytes;    ///< a power of two
-  std::size_t eeprom_bytes;  ///< 0: none
-  std::size_t fuse_bytes;    ///< 1 to 3: low, high, extended
-  std::array<std::uint8_t, 3> signature;
-  std::int64_t page_write;
-  std::int64_t eeprom_write;
-  std::int64_t config_write;  ///< of a fuse or lock byte
-  std::int64_t chip_erase;
-  std::int64_t start_up;  ///< of the oscillator, after the supply has come
-};
 
 /// A flash microcontroller with words of two bytes, a page buffer and EEPROM, and serial
 /// programming in four-byte instructions. Works as the data sheets of such parts publish it:
@@ -35,22 +22,26 @@ struct SerialPageModel {
 ///   in progress.
 /// - Lock bit 0 forbids writing flash, EEPROM and fuses, lock bit 1 reading flash and EEPROM as
 ///   well. They can only be written to 0; a chip erase lifts them and erases the EEPROM too.
-class SerialPageChip : public SerialChip {
+class SerialPageChip : public InstructionChip {
  public:
   /// Factory values of the oscillator at its four frequencies.
   static constexpr std::array<std::uint8_t, 4> kCalibration{0xB3, 0xB1, 0xAC, 0xA7};
 
-  SerialPageChip(const Clock& clock, const SerialPageModel& model);
+  struct Features {
+    std::size_t fuse_bytes;  ///< 1 to 3: low, high, extended
+  };
+
+  /// A page of 2^n bytes.
+  SerialPageChip(const Clock& clock, const Silicon& silicon, const Features& features);
 
   [[nodiscard]] std::vector<MemoryArea> Memory() override;
   void Break(const StuckBit& stuck) override { flash_.Break(stuck); }
 
  private:
-  void Restart() override;
   void TakeByte(std::uint8_t byte) override;
-  [[nodiscard]] std::optional<std::uint8_t> Answer() const;
+  [[nodiscard]] std::optional<std::uint8_t> Answer() const override;
   [[nodiscard]] std::optional<std::uint8_t> Fuse(std::size_t number) const;
-  void Execute();
+  void Execute() override;
   void Control();
   void LoadPage(bool high);
   void WritePage();
@@ -60,20 +51,17 @@ class SerialPageChip : public SerialChip {
   void EraseChip();
 
   [[nodiscard]] std::uint32_t address() const {
-    return static_cast<std::uint32_t>(instruction_[1] << 8 | instruction_[2]);
+    return static_cast<std::uint32_t>(byte_at(1) << 8 | byte_at(2));
   }
   [[nodiscard]] bool may_write() const { return (lock_ & 0x03) == 0x03; }
   [[nodiscard]] bool may_read() const { return (lock_ & 0x02) != 0; }
 
-  SerialPageModel model_;
+  Silicon silicon_;
   FlashArray flash_;
   std::optional<FlashArray> eeprom_;
   std::vector<std::uint8_t> fuses_;
   std::uint8_t lock_ = FlashArray::kErased;
 
-  bool enabled_ = false;
-  std::array<std::uint8_t, 4> instruction_{};
-  std::size_t instruction_bytes_ = 0;
   std::vector<std::uint8_t> page_;
 };
 

@@ -6,17 +6,17 @@ namespace {
 /// From the fall of reset to the first instruction.
 constexpr std::int64_t kAfterReset = 20 * Clock::kMillisecond;
 
+constexpr std::size_t kInstructionBytes = 4;
+
 /// First bytes of instructions; of the flash ones, bit 3 selects the high byte.
 constexpr std::uint8_t kReadFlash = 0x20;
 constexpr std::uint8_t kReadSignature = 0x30;
 constexpr std::uint8_t kWriteFlash = 0x40;
 constexpr std::uint8_t kReadEeprom = 0xA0;
-constexpr std::uint8_t kControl = 0xAC;
 constexpr std::uint8_t kWriteEeprom = 0xC0;
 constexpr std::uint8_t kHighByte = 0x08;
 
 /// Second bytes of control instructions, by their published patterns.
-constexpr std::uint8_t kProgrammingEnable = 0x53;
 constexpr bool IsChipErase(std::uint8_t byte) { return (byte & 0xE0) == 0x80; }
 constexpr bool IsLockWrite(std::uint8_t byte) { return (byte & 0xE0) == 0xE0; }
 
@@ -28,11 +28,11 @@ constexpr std::uint8_t kHiddenByte = 0x00;
 
 }  // namespace
 
-SerialWordChip::SerialWordChip(const Clock& clock, const SerialWordModel& model)
-    : SerialChip(clock, kSerialWiringLow, {.after_reset = kAfterReset}),
-      model_(model),
-      flash_(model.flash_bytes),
-      eeprom_(model.eeprom_bytes),
+SerialWordChip::SerialWordChip(const Clock& clock, const Silicon& silicon)
+    : InstructionChip(clock, kSerialWiringLow, {.after_reset = kAfterReset}, kInstructionBytes),
+      silicon_(silicon),
+      flash_(silicon.flash_bytes),
+      eeprom_(silicon.eeprom_bytes),
       lock_(kUnlocked) {}
 
 std::vector<MemoryArea> SerialWordChip::Memory() {
@@ -45,8 +45,7 @@ std::vector<MemoryArea> SerialWordChip::Memory() {
 void SerialWordChip::Restart() {
   CompleteErase();
   erasing_ = false;
-  enabled_ = false;
-  instruction_bytes_ = 0;
+  InstructionChip::Restart();
 }
 
 void SerialWordChip::CompleteErase() {
@@ -59,51 +58,44 @@ void SerialWordChip::CompleteErase() {
 
 void SerialWordChip::TakeByte(std::uint8_t byte) {
   CompleteErase();
-  instruction_[instruction_bytes_++] = byte;
-  if (instruction_bytes_ == 3) Load(ReadByte());
-  if (instruction_bytes_ < instruction_.size()) return;
-  instruction_bytes_ = 0;
-  Execute();
+  InstructionChip::TakeByte(byte);
 }
 
-std::uint8_t SerialWordChip::ReadByte() const {
-  if (!enabled_ || busy() || lock_ == 0) return kHiddenByte;
-  switch (instruction_[0]) {
+std::optional<std::uint8_t> SerialWordChip::Answer() const {
+  if (!enabled() || busy() || lock_ == 0) return kHiddenByte;
+  switch (byte_at(0)) {
     case kReadFlash:
     case kReadFlash | kHighByte:
       return flash_.Read(flash_address());
     case kReadEeprom:
       return eeprom_.Read(eeprom_address());
     case kReadSignature:
-      return model_.signature[(instruction_[2] & 0x03) % model_.signature.size()];
+      return silicon_.signature[(byte_at(2) & 0x03) % silicon_.signature.size()];
     default:
       return kHiddenByte;
   }
 }
 
 void SerialWordChip::Execute() {
-  if (instruction_[0] == kControl) return Control();
-  if (!enabled_ || busy() || lock_ != kUnlocked) return;
-  if ((instruction_[0] & ~kHighByte) == kWriteFlash) {
-    flash_.Program(flash_address(), instruction_[3]);
-    BusyFor(model_.flash_write);
-  } else if (instruction_[0] == kWriteEeprom) {
-    eeprom_.Rewrite(eeprom_address(), instruction_[3]);
-    BusyFor(model_.eeprom_write);
+  if (TakeEnable() || !enabled() || busy()) return;
+  if (byte_at(0) == kControl) return Control();
+  if (lock_ != kUnlocked) return;
+  if ((byte_at(0) & ~kHighByte) == kWriteFlash) {
+    flash_.Program(flash_address(), byte_at(3));
+    BusyFor(silicon_.byte_write);
+  } else if (byte_at(0) == kWriteEeprom) {
+    eeprom_.Rewrite(eeprom_address(), byte_at(3));
+    BusyFor(silicon_.eeprom_write);
   }
 }
 
 void SerialWordChip::Control() {
-  if (instruction_[1] == kProgrammingEnable) {
-    enabled_ = true;
-  } else if (!enabled_ || busy()) {
-    return;
-  } else if (IsChipErase(instruction_[1])) {
+  if (IsChipErase(byte_at(1))) {
     erasing_ = true;
-    BusyFor(model_.chip_erase);
-  } else if (IsLockWrite(instruction_[1])) {
-    lock_ &= instruction_[1];
-    BusyFor(model_.lock_write);
+    BusyFor(silicon_.erase);
+  } else if (IsLockWrite(byte_at(1))) {
+    lock_ &= byte_at(1);
+    BusyFor(silicon_.lock_write);
   }
 }
 

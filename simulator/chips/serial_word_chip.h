@@ -1,24 +1,13 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <vector>
 
-#include "simulator/chips/serial_chip.h"
+#include "simulator/chips/instruction_chip.h"
 #include "simulator/flash_array.h"
+#include "simulator/silicon.h"
 
 namespace fliglaf::simulator {
-
-/// Sizes above 0, times in ns.
-struct SerialWordModel {
-  std::size_t flash_bytes;   ///< up to 1024
-  std::size_t eeprom_bytes;  ///< up to 64
-  std::array<std::uint8_t, 3> signature;
-  std::int64_t flash_write;  ///< of a byte
-  std::int64_t eeprom_write;
-  std::int64_t lock_write;
-  std::int64_t chip_erase;
-};
 
 /// A flash microcontroller with words of two bytes and EEPROM, and serial programming byte by byte
 /// in four-byte instructions. Works as the data sheets of such parts publish it:
@@ -30,9 +19,10 @@ struct SerialWordModel {
 ///   is 0x00.
 /// - Lock bit 1 forbids writing both memories; with lock bit 2 as well they and the signature read
 ///   0x00. They can be written to 0 only; a chip erase lifts them and erases both memories.
-class SerialWordChip : public SerialChip {
+class SerialWordChip : public InstructionChip {
  public:
-  SerialWordChip(const Clock& clock, const SerialWordModel& model);
+  /// 1 to 1024 bytes of flash, 1 to 64 of EEPROM.
+  SerialWordChip(const Clock& clock, const Silicon& silicon);
 
   [[nodiscard]] std::vector<MemoryArea> Memory() override;
   void Break(const StuckBit& stuck) override { flash_.Break(stuck); }
@@ -40,27 +30,24 @@ class SerialWordChip : public SerialChip {
  private:
   void Restart() override;
   void TakeByte(std::uint8_t byte) override;
-  [[nodiscard]] std::uint8_t ReadByte() const;
-  void Execute();
+  [[nodiscard]] std::optional<std::uint8_t> Answer() const override;
+  void Execute() override;
   void Control();
   void CompleteErase();
 
   /// Address of a flash byte: the word from the second and third byte, its half from the first.
   [[nodiscard]] std::uint32_t flash_address() const {
-    const int word = (instruction_[1] & 0x01) << 8 | instruction_[2];
-    return static_cast<std::uint32_t>((word << 1) | (instruction_[0] >> 3 & 0x01));
+    const int word = (byte_at(1) & 0x01) << 8 | byte_at(2);
+    return static_cast<std::uint32_t>((word << 1) | (byte_at(0) >> 3 & 0x01));
   }
-  [[nodiscard]] std::uint32_t eeprom_address() const { return instruction_[2] & 0x3F; }
+  [[nodiscard]] std::uint32_t eeprom_address() const { return byte_at(2) & 0x3F; }
 
-  SerialWordModel model_;
+  Silicon silicon_;
   FlashArray flash_;
   FlashArray eeprom_;
   std::uint8_t lock_;
 
-  bool enabled_ = false;
   bool erasing_ = false;
-  std::array<std::uint8_t, 4> instruction_{};
-  std::size_t instruction_bytes_ = 0;
 };
 
 }  // namespace fliglaf::simulator

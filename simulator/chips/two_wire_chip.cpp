@@ -30,13 +30,18 @@ constexpr std::uint32_t kLargestBlock = 256;
 
 }  // namespace
 
-TwoWireChip::TwoWireChip(const Clock& clock, const TwoWireWiring& wiring, const TwoWireModel& model)
-    : clock_(clock), wiring_(wiring), model_(model), flash_(flash_bytes() + model.page_bytes) {}
+TwoWireChip::TwoWireChip(const Clock& clock, const TwoWireWiring& wiring, const Silicon& silicon,
+                         const Features& features)
+    : clock_(clock),
+      wiring_(wiring),
+      silicon_(silicon),
+      features_(features),
+      flash_(flash_bytes() + silicon.page_bytes) {}
 
 std::vector<MemoryArea> TwoWireChip::Memory() {
   const auto cells = flash_.cells();
-  return {{"flash", cells.first(model_.main_bytes), FlashArray::kErased},
-          {"lock", cells.subspan(model_.main_bytes, 1), FlashArray::kErased}};
+  return {{"flash", cells.first(silicon_.flash_bytes), FlashArray::kErased},
+          {"lock", cells.subspan(silicon_.flash_bytes, 1), FlashArray::kErased}};
 }
 
 std::vector<Signal> TwoWireChip::Signals() const {
@@ -62,7 +67,7 @@ void TwoWireChip::Restart() {
   command_ = Command::kNone;
   operands_.clear();
   answer_.reset();
-  const std::uint8_t lock = flash_.Read(static_cast<std::uint32_t>(model_.main_bytes));
+  const std::uint8_t lock = flash_.Read(static_cast<std::uint32_t>(silicon_.flash_bytes));
   locked_pages_ = static_cast<std::size_t>(FlashArray::kErased - lock);
 }
 
@@ -72,7 +77,7 @@ void TwoWireChip::Observe(Lines levels) {
   const bool high = !joined || (levels & clock) == clock;
   if (high == clock_high_) return;
   clock_high_ = high;
-  if (!powered_ || (model_.needs_vpp && !vpp_)) return;
+  if (!powered_ || (features_.needs_vpp && !vpp_)) return;
   if (!high) {
     fell_at_ = clock_.now();
     return Fall();
@@ -187,9 +192,9 @@ std::uint8_t TwoWireChip::Status() const {
 std::uint8_t TwoWireChip::ReadRegister() {
   switch (address_) {
     case kDevice:
-      return model_.device;
+      return silicon_.signature[1];
     case kRevision:
-      return model_.revision;
+      return silicon_.signature[2];
     case kData:
       break;
     default:
@@ -255,14 +260,14 @@ void TwoWireChip::TakeOperand(std::uint8_t byte) {
 }
 
 bool TwoWireChip::MayAccess() const {
-  const std::size_t top = flash_bytes() + (command_ == Command::kRead ? model_.page_bytes : 0);
-  const bool lock_byte = command_ == Command::kRead && place_ == model_.main_bytes && left_ == 1;
-  return place_ + left_ <= top && (lock_byte || place_ / model_.page_bytes >= locked_pages_);
+  const std::size_t top = flash_bytes() + (command_ == Command::kRead ? silicon_.page_bytes : 0);
+  const bool lock_byte = command_ == Command::kRead && place_ == silicon_.flash_bytes && left_ == 1;
+  return place_ + left_ <= top && (lock_byte || place_ / silicon_.page_bytes >= locked_pages_);
 }
 
 void TwoWireChip::ProgramByte(std::uint8_t byte) {
   flash_.Program(place_++, byte);
-  busy_until_ = std::max(busy_until_, clock_.now()) + model_.byte_write;
+  busy_until_ = std::max(busy_until_, clock_.now()) + silicon_.byte_write.count();
   if (--left_ > 0) return;
   command_ = Command::kNone;
   Answer(kAccepted);
@@ -276,7 +281,7 @@ void TwoWireChip::TakeKey(std::uint8_t byte) {
     return Answer(kFailed);
   }
   flash_.Erase();
-  busy_until_ = std::max(busy_until_, clock_.now()) + model_.device_erase;
+  busy_until_ = std::max(busy_until_, clock_.now()) + silicon_.erase.count();
   Answer(kAccepted);
 }
 

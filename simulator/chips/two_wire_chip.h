@@ -8,20 +8,10 @@
 #include "simulator/chip.h"
 #include "simulator/clock.h"
 #include "simulator/flash_array.h"
+#include "simulator/silicon.h"
 #include "simulator/two_wire_wiring.h"
 
 namespace fliglaf::simulator {
-
-/// What distinguishes one chip of the kind from another. Times in ns.
-struct TwoWireModel {
-  std::size_t main_bytes;  ///< of flash, up to the lock byte; one page lies above it, unused
-  std::size_t page_bytes;  ///< above 0
-  std::uint8_t device;     ///< register 0
-  std::uint8_t revision;   ///< register 1
-  bool needs_vpp;          ///< does not listen without the programming voltage
-  std::int64_t byte_write;
-  std::int64_t device_erase;
-};
 
 /// A flash microcontroller with a programming interface on a clock line and a data line for both
 /// ways, as the data sheets of such parts publish it:
@@ -43,7 +33,14 @@ struct TwoWireModel {
 ///   itself can always be read.
 class TwoWireChip : public Chip {
  public:
-  TwoWireChip(const Clock& clock, const TwoWireWiring& wiring, const TwoWireModel& model);
+  struct Features {
+    bool needs_vpp;  ///< does not listen without the programming voltage
+  };
+
+  /// The flash goes up to the lock byte; one page lies above it, unused. The signature's second and
+  /// third byte are the registers 0 and 1: device, revision.
+  TwoWireChip(const Clock& clock, const TwoWireWiring& wiring, const Silicon& silicon,
+              const Features& features);
 
   void Power(bool on) override;
   void ProgrammingVoltage(bool on) override { vpp_ = on; }
@@ -72,7 +69,7 @@ class TwoWireChip : public Chip {
   enum class Instruction : std::uint8_t { kReadData, kWriteData, kReadStatus, kSelect };
   enum class Command : std::uint8_t { kNone, kErase = 3, kRead = 6, kWrite = 7 };
 
-  [[nodiscard]] std::size_t flash_bytes() const { return model_.main_bytes + 1; }
+  [[nodiscard]] std::size_t flash_bytes() const { return silicon_.flash_bytes + 1; }
   void Restart();
   void Rise(bool data);
   void Fall();
@@ -98,7 +95,8 @@ class TwoWireChip : public Chip {
 
   const Clock& clock_;
   TwoWireWiring wiring_;
-  TwoWireModel model_;
+  Silicon silicon_;
+  Features features_;
   FlashArray flash_;
   bool powered_ = false;
   bool vpp_ = false;

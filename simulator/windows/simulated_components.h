@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "devices/device_catalogue.h"
+#include "devices/catalogue/device_catalogue.h"
 #include "platform/win32/win32_desktop.h"
 #include "simulator/bench/simulated_bench.h"
 

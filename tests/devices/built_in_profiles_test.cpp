@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "devices/device_catalogue.h"
+#include "devices/catalogue/device_catalogue.h"
 
 namespace fliglaf {
 namespace {

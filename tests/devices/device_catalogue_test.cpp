@@ -1,4 +1,4 @@
-#include "devices/device_catalogue.h"
+#include "devices/catalogue/device_catalogue.h"
 
 #include <fstream>
 #include <unistd.h>

@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "devices/catalogue/profile_file.h"
 #include "devices/profile_error.h"
-#include "devices/profile_file.h"
 
 namespace fliglaf {
 namespace {

@@ -257,7 +257,7 @@ class FaultSweep : public testing::TestWithParam<SmallDevice> {
     EXPECT_TRUE(bench_.SocketIsOff());
     CheckTold(code, point, outcome, good);
 
-    const std::uint8_t next = GetParam().device.chip.config_words ? std::uint8_t{8} : kRead;
+    const std::uint8_t next = GetParam().device.config_words > 0 ? std::uint8_t{8} : kRead;
     const Outcome after = bench_.Run(next, {});
     EXPECT_EQ(after.result, 0) << "the next request: " << after.log;
     EXPECT_THAT(after.log, HasSubstr(">>op" + std::to_string(next) + " ok\n"));
@@ -280,7 +280,7 @@ class FaultSweep : public testing::TestWithParam<SmallDevice> {
         return CheckWrongByte(code, point, outcome, good);
       default:
         // Family 1 captures the block again.
-        EXPECT_EQ(outcome.lost_blocks, GetParam().device.chip.family == 1 ? 0 : 1);
+        EXPECT_EQ(outcome.lost_blocks, GetParam().device.family == 1 ? 0 : 1);
         return CheckEnding(code, outcome);
     }
   }
@@ -318,12 +318,12 @@ class FaultSweep : public testing::TestWithParam<SmallDevice> {
       EXPECT_EQ(outcome, good);
       return;
     }
-    if (GetParam().device.chip.config_words) {
+    if (GetParam().device.config_words > 0) {
       EXPECT_EQ(outcome.result, 0);
       return;
     }
     // Programming families 8 to 11 reads the two lock bytes into the image before it verifies.
-    const int family = GetParam().device.chip.family;
+    const int family = GetParam().device.family;
     const bool reads_lock = code == kProgram && family >= 8 && family <= 11 && point.nth <= 2;
     switch (reads_lock ? kRead : code) {
       case kRead:

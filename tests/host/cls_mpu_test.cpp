@@ -15,7 +15,7 @@ using testing::Each;
 using testing::ElementsAre;
 
 TEST(Object, FollowsTheBufferLengthAndFreesTheBuffers) {
-  TestHost host(4096, {}, 4);
+  TestHost host(test::Known("isp51-4k"), {}, 4);
   EXPECT_EQ(host.mpu->buflg, 4096);
   host.vars.ReleaseDataBuffers();
   host.vars.quorinbuflength[0] = 8000;
@@ -222,6 +222,7 @@ TEST(MemoryMap, ShowsWhereAreasLieInDeviceAndBuffer) {
     return 1;
   };
   host.vars.quorintlength[0] = 0x2000;
+  host.vars.quorinpagelength[0] = 0;
   std::uint8_t map = 31;
   host.mpu->mpu4warn(map);
   EXPECT_EQ(

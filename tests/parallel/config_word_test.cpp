@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "devices/kinds/config_word_sockets.h"
 #include "parallel/config_mode.h"
 #include "parallel/config_word_writer.h"
 #include "tests/support/test_host.h"
@@ -12,10 +13,8 @@
 namespace fliglaf {
 namespace {
 
-using simulator::ConfigWordSocket;
 using test::Narrow;
 using test::Tap;
-using test::TestDevice;
 using test::TestHost;
 using testing::HasSubstr;
 
@@ -27,27 +26,29 @@ constexpr ConfigWordSocket kSockets[] = {
     {20, 1, 0}, {20, 40, 1},      {28, 1, 0}, {28, 5, 5}, {28, 31, 0}, {40, 1, 0},
     {44, 1, 0}, {44, 1, 0, true}, {64, 1, 0}, {68, 1, 0}, {80, 1, 0},  {84, 1, 0}};
 
-TestDevice Device(const ConfigWordSocket& socket, int words, bool vpp_first) {
-  return {.chip = {.family = 1,
-                   .supply = {.vcc = {40, 39}, .gnd = {20}, .vpp = {1}},
-                   .config_write_us = 5000,
-                   .config_words = simulator::ConfigWordPart{socket, words, vpp_first}},
-          .size = 1024,
-          .image_bytes = 16400,
-          .write_time = 5000};
+DeviceProfile Device(int words) {
+  DeviceProfile device = test::Known(words == 2 ? "config-words-18" : "config-word-18");
+  device.vcc_pins = {40, 39};
+  device.gnd_pins = {20};
+  device.vpp_pins = {1};
+  device.write_time = device.chip.config_write_us = 5000;
+  return device;
 }
 
 /// A host for the socket, with both words in its buffer.
 class SocketHost : public TestHost {
  public:
   SocketHost(const ConfigWordSocket& socket, int words, bool vpp_first)
-      : TestHost(Device(socket, words, vpp_first)) {
+      : TestHost(Device(words), [&](const DeviceProfile& device, const simulator::Clock& clock) {
+          ConfigWordSocket wired = socket;
+          wired.vpp_first = vpp_first;
+          return MakeConfigWordPart(device, wired, clock);
+        }) {
     UseParallelPort();
     vars.quorinprgmode[0] = socket.mode;
     vars.quorinchippin[0] = socket.pins;
     vars.quorinbvcch[0] = words == 2 ? std::int16_t{1} : socket.kind;
     vars.quorinbvccpin[1] = socket.pins < 18 || socket.pins == 28 ? 0 : 39;
-    vars.quorinbvpppin[0] = 1;
     vars.quorinwoption[1] = vpp_first ? 1 : 0;
     vars.quorinwoption[2] = socket.adapter ? 1 : 0;
     for (std::int64_t i = 0; i < 4; ++i) vars.quorinibuffer[kLastWord - 2 + i] = kWords[i];

@@ -10,6 +10,7 @@ namespace {
 
 using test::Narrow;
 using test::RandomBytes;
+using test::Sized;
 using test::Tap;
 using test::TestHost;
 using testing::EndsWith;
@@ -27,7 +28,7 @@ class ParallelEngine : public testing::Test {
     host.SetImage(image);
   }
 
-  TestHost host{kSize};
+  TestHost host{Sized("isp51-4k", kSize)};
   Bytes image = RandomBytes(kSize, 61);
 };
 
@@ -152,7 +153,7 @@ TEST_F(ParallelEngine, AnotherSignatureIsReadAgainOrIgnored) {
 }
 
 TEST(ParallelWindow, StopsFromItsButtonAndIsLowerAfterACompare) {
-  TestHost host(kSize);
+  TestHost host(Sized("isp51-4k", kSize));
   host.UseParallelPort();
   auto vars = std::make_shared<SharedVariables>();
   vars->OpenMainGroup(7, [] {});
@@ -183,7 +184,8 @@ TEST(ParallelStart, FailuresEndTheRunBeforeTheSocketIsUsed) {
     std::size_t reports;
   } cases[] = {{Op::kOpenProgrammer, 1}, {Op::kSetVcc, 1}, {Op::kSetFigMode, 0}};
   for (const auto& [refused, reports] : cases) {
-    TestHost host(kSize, {.programmer = {.scheduled = {{simulator::Fault::kRefusal, refused}}}});
+    TestHost host(Sized("isp51-4k", kSize),
+                  {.programmer = {.scheduled = {{simulator::Fault::kRefusal, refused}}}});
     host.UseParallelPort();
     host.Run(kProgram);
     EXPECT_EQ(host.log(), "");

@@ -41,7 +41,7 @@ class FaultyHost {
   }
 
   std::vector<std::uint8_t> image = RandomBytes(kBytes, 17);
-  TestHost host{kBytes};
+  TestHost host{test::Sized("isp51-4k", kBytes)};
   PlannedFaults faults;
   platform::PortableDesktop desktop{faults};
   Library library{faults, desktop};

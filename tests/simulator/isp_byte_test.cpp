@@ -1,4 +1,5 @@
-// Families 2 and 3 end to end: parts with flash and EEPROM, written byte by byte.
+// Families 2 and 3, written byte by byte: every wait and step of the power-up, stops and failures,
+// ranges and sizes.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,44 +10,19 @@ namespace {
 
 using test::RandomBytes;
 using test::Tap;
-using test::TestDevice;
 using test::TestHost;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr std::uint8_t kRead = 2, kVerify = 3, kBlank = 4, kCompare = 5, kProgram = 6;
-constexpr std::uint8_t kNoWriting = 8, kNoReading = 9;  // lock operations of both families
+constexpr std::uint8_t kRead = 2, kVerify = 3, kBlank = 4, kProgram = 6;
+constexpr std::uint8_t kNoReading = 9;  // a lock operation of both families
 
-TestDevice Fam2(std::int32_t flash_bytes, std::int32_t eeprom_bytes) {
-  return {.chip = {.family = 2,
-                   .flash_bytes = static_cast<std::uint32_t>(flash_bytes),
-                   .eeprom_bytes = static_cast<std::uint32_t>(eeprom_bytes),
-                   .supply = {.vcc = {40}, .gnd = {20}},
-                   .byte_write_us = 2500,
-                   .eeprom_write_us = 2500,
-                   .erase_ms = 16},
-          .size = flash_bytes + eeprom_bytes,
-          .image_bytes = flash_bytes + eeprom_bytes,
-          .data_size = static_cast<std::int16_t>(eeprom_bytes),
-          .write_time = 3000};
-}
-
-TestDevice Fam3() {
-  return {.chip = {.family = 3,
-                   .flash_bytes = 1024,
-                   .eeprom_bytes = 64,
-                   .signature = {0x1E, 0x90, 0x01},
-                   .supply = {.vcc = {40}, .gnd = {20}},
-                   .byte_write_us = 4000,
-                   .eeprom_write_us = 4000,
-                   .erase_ms = 8,
-                   .lock_write_ms = 2},
-          .size = 512 + 32 + 16,
-          .image_bytes = 2 * (512 + 32 + 16),
-          .data_size = 64,
-          .write_time = 10'000};
+DeviceProfile Fam2(std::int32_t flash_bytes, std::int16_t eeprom_bytes) {
+  DeviceProfile device = test::Sized("isp51ee-8k", flash_bytes + eeprom_bytes);
+  device.data_size = eeprom_bytes;
+  return device;
 }
 
 /// An image that writes little.
@@ -64,10 +40,6 @@ Bytes Cells(TestHost& host) {
   return bytes;
 }
 
-std::string Hexadecimal(TestHost& host, std::size_t address) {
-  return test::Narrow(host.tap.datstr(static_cast<std::int32_t>(address), 8)) + "H";
-}
-
 /// How many blocks the run fetched, and how many bytes it handed over.
 using Counts = std::pair<std::size_t, std::size_t>;
 Counts CountsOf(const TestHost& host) {
@@ -80,23 +52,18 @@ Counts Read(TestHost& host) {
 }
 
 struct Part {
-  TestDevice device;
-  std::uint8_t erase;
+  DeviceProfile device;
   Bytes few_bytes;  ///< of both memories
   std::vector<Tap::Call> power_up;
 };
 
-void PrintTo(const Part& part, std::ostream* out) {
-  *out << "family " << int{part.device.chip.family};
-}
+void PrintTo(const Part& part, std::ostream* out) { *out << "family " << int{part.device.family}; }
 
 const Part kFamily2{
     .device = Fam2(1280, 300),
-    .erase = 11,
     .few_bytes = FewBytes(1580, {1, 2, 1279, 1280, 1579}),
     .power_up = {{"WriteLatch", 8, 2}, {"DelayMs", 100, 0}, {"WriteRegister", 0xFF, 0x8E}}};
-const Part kFamily3{.device = Fam3(),
-                    .erase = 10,
+const Part kFamily3{.device = test::Known("isp-word-1k"),
                     .few_bytes = FewBytes(1120, {2, 3, 512, 1023, 1025, 1087}),
                     .power_up = {{"DelayMs", 200, 0}, {"WriteRegister", 0x00, 0x8E}}};
 
@@ -109,73 +76,22 @@ class IspByte : public testing::TestWithParam<Part> {
     return Cells(host_) == image;
   }
 
-  const TestDevice& device_ = GetParam().device;
-  const std::uint8_t kErase = GetParam().erase;
-  const std::size_t flash_bytes_ = device_.chip.flash_bytes;
-  const std::size_t memory_bytes_ = flash_bytes_ + device_.chip.eeprom_bytes;
-  const std::size_t image_bytes_ = static_cast<std::size_t>(device_.image_bytes);
+  const DeviceProfile& device_ = GetParam().device;
+  const std::uint8_t kErase = *device_.operations.erase;
+  const ImageLayout layout_ = LayoutOf(device_);
+  const std::size_t flash_bytes_ = static_cast<std::size_t>(layout_.main_bytes);
+  const std::size_t memory_bytes_ = flash_bytes_ + static_cast<std::size_t>(layout_.data_bytes);
   TestHost host_{device_};
 };
 INSTANTIATE_TEST_SUITE_P(Parts, IspByte, testing::Values(kFamily2, kFamily3));
 
-TEST_P(IspByte, RandomImageSurvivesEraseProgramReadAndCompare) {
-  Bytes image = RandomBytes(memory_bytes_, 31);
-  image.resize(image_bytes_, 0xFF);
-  host_.SetImage(image);
-  ASSERT_EQ(host_.Run({kErase, kProgram}), 0) << host_.log();
-  EXPECT_TRUE(Holds(image));
-  EXPECT_THAT(host_.log(), HasSubstr(">><Blank Check>\n"));
-  EXPECT_THAT(host_.log(), HasSubstr(">><op6>\n>><Verify>\n>>op6 ok\n"));
-
-  host_.SetImage(Bytes(image_bytes_, 0x55));
-  ASSERT_EQ(host_.Run(kRead), 0);
-  std::fill(image.begin() + static_cast<std::ptrdiff_t>(memory_bytes_), image.end(), 0x55);
-  EXPECT_EQ(host_.image(), image) << "and nothing behind the memories";
-
-  host_.vars.quorinibuffer[static_cast<std::int64_t>(memory_bytes_) - 1] ^= 0x01;
-  EXPECT_EQ(host_.Run(kCompare), 0);
-  EXPECT_THAT(host_.log(), StartsWith("h1\nh2\n>> " + Hexadecimal(host_, memory_bytes_ - 1)));
-}
-
-TEST_P(IspByte, OneWrongBitIsFoundAtItsAddress) {
-  host_.SetImage(Bytes(image_bytes_, 0xFF));
-  for (const std::size_t address :
-       {std::size_t{0}, std::size_t{0x103}, flash_bytes_ - 1, flash_bytes_, memory_bytes_ - 1}) {
-    std::uint8_t& cell = address < flash_bytes_ ? host_.cells("flash")[address]
-                                                : host_.cells("eeprom")[address - flash_bytes_];
-    cell = 0xEF;
-    for (const std::uint8_t operation : {kVerify, kBlank}) {
-      EXPECT_EQ(host_.Run(operation), 1);
-      EXPECT_THAT(host_.log(),
-                  HasSubstr("Device Address:" + Hexadecimal(host_, address) + "  Device Data:EFH"));
-      host_.vars.quorinMainRtstr.Set(0, u"");
-    }
-    cell = 0xFF;
-  }
-  EXPECT_EQ(host_.Run({kVerify, kBlank}), 0) << host_.log();
-}
-
-TEST_P(IspByte, LockForbidsWhatItShouldAndEraseLiftsIt) {
-  const Bytes& image = GetParam().few_bytes;
-  ASSERT_EQ(host_.Run({kErase, kProgram, kNoWriting, kVerify}), 0) << "reading is allowed";
-  host_.SetImage(Bytes(image.size(), 0x00));
-  EXPECT_EQ(host_.Run(kProgram), 1) << "writing is not";
-  EXPECT_TRUE(Holds(image));
-
-  host_.SetImage(image);
-  EXPECT_EQ(host_.Run({kNoReading, kVerify}), 1) << "nor is reading now";
-  EXPECT_EQ(host_.Run(kBlank), 1) << "what is hidden does not look blank";
-  EXPECT_EQ(host_.Run({kErase, kProgram, kVerify}), 0) << host_.log();
-  EXPECT_TRUE(Holds(image));
-}
-
 /// Each wait of the erase and the write loops is left out in turn. What was written before makes
 /// an erase that did not happen visible.
 TEST_P(IspByte, EveryWaitIsNeededButTheLast) {
-  TestDevice small = device_;
+  DeviceProfile small = device_;
   Bytes image = GetParam().few_bytes;
   image.resize(memory_bytes_);
-  if (small.chip.family == 2) {
+  if (small.family == 2) {
     small = Fam2(8, 4);
     image = FewBytes(12, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11});
   }
@@ -194,7 +110,7 @@ TEST_P(IspByte, EveryWaitIsNeededButTheLast) {
   };
   const auto [good, waits] = run(-1);
   ASSERT_TRUE(good);
-  ASSERT_EQ(waits, small.chip.family == 2 ? 1 + 12 : 2 + 6);
+  ASSERT_EQ(waits, small.family == 2 ? 1 + 12 : 2 + 6);
   for (int i = 0; i < waits; ++i) EXPECT_EQ(run(i).first, i == waits - 1) << "wait " << i;
 }
 
@@ -258,7 +174,7 @@ TEST_P(IspByte, AFailedCallInAnyPhaseEndsTheRun) {
 }
 
 TEST(IspFam2Range, IsClippedToBothMemories) {
-  const TestDevice device = Fam2(4096, 256);
+  const DeviceProfile device = Fam2(4096, 256);
   TestHost host(device);
   const Bytes image = RandomBytes(4096 + 256, 32);
   host.SetImage(image);
@@ -282,9 +198,11 @@ TEST(IspFam2Range, IsClippedToBothMemories) {
 
 TEST(IspFam2Range, LongMemoriesAreReadInBlocksAndWrittenByTheKilobyte) {
   constexpr std::int32_t kCode = 16'384 + 8192;  // more than 13 address bits: it wraps around
-  TestDevice device = Fam2(8192, 2048);
-  device.size = device.image_bytes = kCode + 2048;
-  TestHost host(device);
+  const DeviceProfile device = Fam2(kCode, 2048);
+  TestHost host(device, [](const DeviceProfile&, const simulator::Clock& clock) {
+    const DeviceProfile& part = test::Known("isp51ee-8k");
+    return KindOf(part).make_part(part, clock);
+  });
   const Bytes image = RandomBytes(kCode + 2048, 33);
   host.SetImage(image);
   host.vars.quorinwltbigendbuf[0] = kCode - 2192;
@@ -302,7 +220,7 @@ TEST(IspFam2Range, LongMemoriesAreReadInBlocksAndWrittenByTheKilobyte) {
 }
 
 TEST(IspByteSignature, Family2HasNoneAndFamily3HidesItWhenLocked) {
-  for (const TestDevice& device : {Fam2(256, 16), Fam3()}) {
+  for (const DeviceProfile& device : {Fam2(256, 16), test::Known("isp-word-1k")}) {
     TestHost host(device);
     host.vars.quorinchipidtestmode[0] = -1;
     host.vars.quorincompid[0] = 0x1E;
@@ -313,7 +231,7 @@ TEST(IspByteSignature, Family2HasNoneAndFamily3HidesItWhenLocked) {
       ++boxes;
       return 5;  // Ignore
     };
-    const bool has_one = device.chip.family == 3;
+    const bool has_one = device.family == 3;
     EXPECT_EQ(host.Run(kNoReading), 0);
     EXPECT_THAT(host.log(), StartsWith(has_one ? ">>M1E   D9001\n>><op9>" : ">><op9>"));
     EXPECT_EQ(host.Run(kBlank), 1);
@@ -322,7 +240,7 @@ TEST(IspByteSignature, Family2HasNoneAndFamily3HidesItWhenLocked) {
 }
 
 TEST(IspFam3Program, SendsOnlyWhatIsNotErasedFromTheRangeOn) {
-  const TestDevice device = Fam3();
+  const DeviceProfile& device = test::Known("isp-word-1k");
   TestHost host(device);
   const auto written = [&] {
     return std::ranges::count_if(host.tap.calls, [&](const Tap::Call& call) {
@@ -341,7 +259,7 @@ TEST(IspFam3Program, SendsOnlyWhatIsNotErasedFromTheRangeOn) {
 }
 
 TEST(IspFam3Sizes, HalfAWordGoesToTheEvenNeighbour) {
-  TestHost host(Fam3());
+  TestHost host("isp-word-1k");
   const auto handed_over = [&](std::int32_t size, std::int16_t eeprom) {
     host.vars.quorintlength[0] = size;
     host.vars.quorinbvcch[0] = eeprom;

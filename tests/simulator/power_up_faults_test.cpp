@@ -12,6 +12,7 @@ using test::Tap;
 using test::TestHost;
 
 constexpr int kAny = -1;
+constexpr std::int32_t kWriteTime = 42;  // of the profile
 
 TEST(PowerUp, EveryStepAndWaitIsNeeded) {
   for (const Tap::Call& left_out : {Tap::Call{"SetVcc", kAny, kAny},
@@ -23,8 +24,8 @@ TEST(PowerUp, EveryStepAndWaitIsNeeded) {
                                     {"WriteRegister", 0x53, 0x8E},
                                     {"WriteRegister", 0xFF, 0x8E},
                                     {"WriteRegister", 1, 0x8F},  // answer to the enable
-                                    {"QueueDelay", 10 * TestHost::kWriteTime, 0},
-                                    {"DelayMs", 40 * TestHost::kWriteTime, 0}}) {
+                                    {"QueueDelay", 10 * kWriteTime, 0},
+                                    {"DelayMs", 40 * kWriteTime, 0}}) {
     TestHost host;
     host.SetImage(RandomBytes(4096, 11));
     ASSERT_EQ(host.Run({11, 6, 8, 3}), 0) << "the whole sequence is good: " << host.log();

@@ -5,11 +5,12 @@
 #include <gtest/gtest.h>
 
 #include "simulator/bench/bench.h"
+#include "tests/support/test_host.h"
 
 namespace fliglaf::simulator {
 namespace {
 
-/// A client on a part of family 4 whose chip erase takes a hundred seconds.
+/// A client on a part whose chip erase takes a hundred seconds.
 class RemoteBitbangOnAChip : public testing::Test {
  protected:
   static constexpr std::uint32_t kProgEnable = 0x4, kProgCommands = 0x5, kAvrReset = 0xC;
@@ -40,15 +41,13 @@ class RemoteBitbangOnAChip : public testing::Test {
     return answers;
   }
 
-  Bench bench{{.family = 4,
-               .option = 6,
-               .flash_bytes = 1024,
-               .page_bytes = 128,
-               .signature = {0x1E, 0x94, 0x03},
-               .supply = {.vcc = {10, 30}, .gnd = {11, 31}, .nominal_millivolts = 3300},
-               .erase_ms = 100'000},
-              0,
-              {}};
+  static DeviceProfile Device() {
+    DeviceProfile device = test::Known("jtag-byte-16k");
+    device.chip.erase_ms = 100'000;
+    return device;
+  }
+
+  Bench bench{Device(), 0, {}};
   std::unique_ptr<JtagCable> cable = bench.AttachJtagCable();
   RemoteBitbang protocol{*cable};
 };

@@ -174,7 +174,7 @@ std::string HostileHost::Play() {
   for (int request = 0; request < kRequests; ++request) {
     if (values_.OneIn(4)) ResizeBuffer();
     WriteVariables();
-    if (values_.OneIn(2)) host_.vars.quorinprgmode[0] = device_.device.chip.family;
+    if (values_.OneIn(2)) host_.vars.quorinprgmode[0] = device_.device.family;
     if (values_.OneIn(4)) WriteTexts();
     if (values_.OneIn(8)) Call();
     if (std::string wrong = Request(); !wrong.empty()) return wrong;

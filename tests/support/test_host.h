@@ -1,5 +1,5 @@
 // A host for tests: its own view of the shared blocks, one object, and a simulated bench with a
-// chip in the socket, one of family 1 unless told otherwise.
+// chip in the socket, an isp51-4k unless told otherwise.
 #pragma once
 
 #include <algorithm>
@@ -11,10 +11,19 @@
 #include <string>
 #include <vector>
 
+#include "devices/catalogue/device_catalogue.h"
+#include "devices/host_variables.h"
+#include "devices/kinds/device_kind.h"
 #include "host/cls_mpu.h"
 #include "platform/portable/portable_desktop.h"
 #include "simulator/bench/bench.h"
 #include "usb/components/forwarding_programmer.h"
+
+namespace fliglaf {
+
+inline void PrintTo(const DeviceProfile& device, std::ostream* out) { *out << device.name; }
+
+}  // namespace fliglaf
 
 namespace fliglaf::test {
 
@@ -53,41 +62,54 @@ class Tap : public ForwardingProgrammer {
   }
 };
 
-/// A device: the chip, with its supply on pins 40 and 20, and what its host says of it.
-struct TestDevice {
-  simulator::ChipDescription chip;
-  std::int32_t size = 0;         ///< addresses
-  std::int32_t image_bytes = 0;  ///< length of the device image
-  std::int16_t data_size = 0;
-  std::int16_t page = 0;
-  std::int32_t write_time = 0;
-  std::int16_t retries = 0;
-};
+/// A device that the program knows.
+inline const DeviceProfile& Known(std::string_view name) {
+  static const DeviceCatalogue catalogue = DeviceCatalogue::BuiltIn();
+  const DeviceProfile* const device = catalogue.Find(name);
+  if (device == nullptr) throw std::invalid_argument("no such device: " + std::string(name));
+  return *device;
+}
+
+/// A known device with as many addresses.
+inline DeviceProfile Sized(std::string_view name, std::int32_t size) {
+  DeviceProfile device = Known(name);
+  device.size = size;
+  device.image_bytes = size * device.address_bytes;
+  device.range = {0, size - 1};
+  return device;
+}
+
+/// The byte of the image that holds the configuration byte `name`.
+inline std::uint8_t& ConfigByteIn(std::vector<std::uint8_t>& image, const DeviceProfile& device,
+                                  std::string_view name) {
+  for (const ConfigByte& byte : ConfigBytesOf(device)) {
+    if (byte.name == name) return image.at(static_cast<std::size_t>(byte.image_byte));
+  }
+  throw std::invalid_argument("no such configuration byte: " + std::string(name));
+}
+
+/// Sets the bits of the image that would shut the device's interface as they leave it open.
+inline void LeaveOpen(std::vector<std::uint8_t>& image, const DeviceProfile& device) {
+  for (const ConfigHazard& hazard : ConfigHazardsOf(device)) {
+    std::uint8_t& byte = ConfigByteIn(image, device, hazard.byte);
+    const auto bit = static_cast<std::uint8_t>(1U << hazard.bit);
+    byte = static_cast<std::uint8_t>(hazard.value ? byte & ~bit : byte | bit);
+  }
+}
 
 class TestHost {
  public:
-  static constexpr std::int32_t kWriteTime = 42;
-
-  static TestDevice Isp51(std::int32_t flash_bytes) {
-    return {.chip = {.family = 1,
-                     .flash_bytes = static_cast<std::uint32_t>(flash_bytes),
-                     .signature = {0x1E, 0x51, 0x06},
-                     .supply = {.vcc = {40}, .gnd = {20}},
-                     .byte_write_us = 405,
-                     .erase_ms = 500,
-                     .lock_write_ms = 60},
-            .size = flash_bytes,
-            .image_bytes = flash_bytes,
-            .write_time = kWriteTime};
-  }
-
-  explicit TestHost(std::int32_t flash_bytes = 4096, const simulator::Faults& faults = {},
-                    std::int16_t instance = 7)
-      : TestHost(Isp51(flash_bytes), faults, instance) {}
-
-  explicit TestHost(const TestDevice& device, const simulator::Faults& faults = {},
-                    std::int16_t instance = 7)
-      : bench(device.chip, instance, faults),
+  explicit TestHost(const DeviceProfile& device = Known("isp51-4k"),
+                    const simulator::Faults& faults = {}, std::int16_t instance = 7)
+      : TestHost(device, KindOf(device).make_part, faults, instance) {}
+  explicit TestHost(std::string_view device, const simulator::Faults& faults = {})
+      : TestHost(Known(device), faults) {}
+  /// With another part in the socket than that of the device.
+  TestHost(
+      const DeviceProfile& device,
+      const std::function<simulator::Part(const DeviceProfile&, const simulator::Clock&)>& make,
+      const simulator::Faults& faults = {}, std::int16_t instance = 7)
+      : bench([&](const simulator::Clock& clock) { return make(device, clock); }, instance, faults),
         tap(bench.io()),
         desktop(bench),
         library(tap, desktop),
@@ -96,18 +118,7 @@ class TestHost {
     vars.quorinbuflength[0] = device.image_bytes;
     vars.OpenDataBuffers(vars.DataBufferLength(), [] {});
     mpu->bufcommpu4(instance);
-
-    vars.quorinprgmode[0] = device.chip.family;
-    vars.quorinwoption[0] = device.chip.option;
-    vars.quorintlength[0] = device.size;
-    vars.quorinbvcch[0] = device.data_size;
-    vars.quorinpagelength[0] = device.page;
-    vars.quorinwltbigendbuf[1] = device.size - 1;
-    vars.quorinpwte[0] = device.write_time;
-    vars.quorinwretry[0] = device.retries;
-    vars.quorinbvcc[0] = 500;
-    vars.quorinbvccpin[0] = 40;
-    vars.quorinbgndpin[0] = 20;
+    DescribeDevice(device, false, vars);
     const char16_t* const notes[] = {
         u"<",     u">", u" ok", u" failed", u"stopped",        u"h1", u"h2", u"prompt",
         u"title", u"M", u"D",   u"",        u"read-back fails"};

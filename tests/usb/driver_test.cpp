@@ -21,7 +21,7 @@ TEST(Driver, EveryComponentFailureEndsTheRunWithItsLine) {
        {Op::kOpenProgrammer, Op::kSetFigMode, Op::kSetVcc, Op::kWriteLatch, Op::kUsbComWrite,
         Op::kFlushQueue, Op::kBlockTransfer, Op::kReadRegister, Op::kSignalPass, Op::kEndRun}) {
     const std::string operation(Row(op).name);
-    TestHost host(4096, {.programmer = {.scheduled = {{Fault::kFailedCall, op, 1}}}});
+    TestHost host("isp51-4k", {.programmer = {.scheduled = {{Fault::kFailedCall, op, 1}}}});
     EXPECT_EQ(host.Run(4), 1) << operation;
     EXPECT_THAT(host.log(), EndsWith(">>IoHelper." + operation + " failed: 0x80004005\n"));
     EXPECT_EQ(host.tap.calls.back().operation, "EndRun") << operation;
@@ -52,7 +52,8 @@ TEST(Driver, TheProgrammingVoltageIsSetOnModelsThatWantIt) {
 }
 
 TEST(Driver, StartThatFailsEndsWithoutEndRun) {
-  TestHost host(4096, {.programmer = {.scheduled = {{Fault::kRefusal, Op::kOpenProgrammer}}}});
+  TestHost host("isp51-4k",
+                {.programmer = {.scheduled = {{Fault::kRefusal, Op::kOpenProgrammer}}}});
   host.vars.quorinprgresult[0] = 9;
   host.Run(6);
   EXPECT_EQ(host.vars.quorinprgresult[0], 9);
@@ -60,7 +61,8 @@ TEST(Driver, StartThatFailsEndsWithoutEndRun) {
   EXPECT_EQ(host.tap.calls.back().operation, "ReportStartupFailure");
   EXPECT_EQ(host.vars.quorinubuflg[0], 16368);
 
-  TestHost no_adapter(4096, {.programmer = {.scheduled = {{Fault::kRefusal, Op::kSetFigMode}}}});
+  TestHost no_adapter("isp51-4k",
+                      {.programmer = {.scheduled = {{Fault::kRefusal, Op::kSetFigMode}}}});
   no_adapter.Run(6);
   EXPECT_EQ(no_adapter.tap.calls.back().operation, "SetFigMode");
 }

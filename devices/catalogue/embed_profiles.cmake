@@ -13,7 +13,7 @@ if(rows STREQUAL "")
   message(FATAL_ERROR "no device profile to embed into ${OUTPUT}")
 endif()
 file(WRITE ${OUTPUT} "// Made from devices/profiles; change it there.
-#include \"devices/built_in_profiles.h\"
+#include \"devices/catalogue/built_in_profiles.h\"
 
 namespace fliglaf {
 namespace {

@@ -1,4 +1,4 @@
-#include "devices/device_catalogue.h"
+#include "devices/catalogue/device_catalogue.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -9,9 +9,9 @@
 
 #include <fmt/format.h>
 
-#include "devices/built_in_profiles.h"
+#include "devices/catalogue/built_in_profiles.h"
+#include "devices/catalogue/profile_file.h"
 #include "devices/nearest_names.h"
-#include "devices/profile_file.h"
 #include "shared/utf8.h"
 
 namespace fliglaf {

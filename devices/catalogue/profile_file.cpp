@@ -1,4 +1,4 @@
-#include "devices/profile_file.h"
+#include "devices/catalogue/profile_file.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -25,10 +25,10 @@
 #endif
 #include <toml++/toml.h>
 
+#include "devices/catalogue/profile_fields.h"
+#include "devices/catalogue/profile_rules.h"
 #include "devices/nearest_names.h"
 #include "devices/profile_error.h"
-#include "devices/profile_fields.h"
-#include "devices/profile_rules.h"
 #include "shared/utf8.h"
 
 namespace fliglaf {

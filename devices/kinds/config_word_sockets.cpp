@@ -1,10 +1,12 @@
-#include "simulator/config_word_wiring.h"
+#include "devices/kinds/config_word_sockets.h"
 
 #include <stdexcept>
 #include <string>
 
-namespace fliglaf::simulator {
+namespace fliglaf {
 namespace {
+
+using simulator::ConfigWordWiring, simulator::LineLevels, simulator::LinesOf;
 
 constexpr LineLevels At(int port, std::uint8_t levels) {
   return {LinesOf(2 * port, 0xFF), LinesOf(2 * port, levels)};
@@ -66,4 +68,4 @@ ConfigWordWiring ConfigWordWiringOf(const ConfigWordSocket& socket) {
   }
 }
 
-}  // namespace fliglaf::simulator
+}  // namespace fliglaf

@@ -1,4 +1,4 @@
-#include "devices/profile_fields.h"
+#include "devices/catalogue/profile_fields.h"
 
 #include <array>
 #include <concepts>
@@ -124,6 +124,7 @@ constexpr std::array kFields{
     Number<&P::chip, &C::config_write_us>("chip.config_write_us", kOptional, kTime, "us"),
     Number<&P::chip, &C::erase_ms>("chip.erase_ms", kOptional, kTime, "ms"),
     Number<&P::chip, &C::lock_write_ms>("chip.lock_write_ms", kOptional, kTime, "ms"),
+    Number<&P::chip, &C::start_up_ms>("chip.start_up_ms", kOptional, kTime, "ms"),
 };
 // clang-format on
 
