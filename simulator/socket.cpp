@@ -63,13 +63,14 @@ void Socket::ShowLines(Lines driven, Lines released) {
   ShowWatch();
 }
 
-/// A line that the programmer drives has its level, whatever the chip does.
+/// A line that the programmer drives has its level, whatever the chip does, but for one to which an
+/// adapter joins its input.
 void Socket::ShowWatch() {
   const bool answers = chip_ != nullptr && powered_;
   const Lines answer = answers ? chip_->driven() & chip_->levels() : 0;
   const Lines stuck = answer_stuck_.value_or(false) ? ~Lines{0} : 0;
-  const Lines read = released_ & (answer_stuck_ ? stuck : answer);
-  watch_->Show(((driven_ | read) & kPortLines) | (supplied_ ? kVcc : 0) |
+  const Lines read = (released_ | joined_input_) & (answer_stuck_ ? stuck : answer);
+  watch_->Show((((driven_ & ~joined_input_) | read) & kPortLines) | (supplied_ ? kVcc : 0) |
                (vpp_on_.any() ? kVpp : 0));
 }
 

@@ -85,6 +85,19 @@ TEST_F(DumpOfTwoLines, ShowsABrokenAnswer) {
   EXPECT_EQ(Changes(), "#0 0a 0b 0c 0d #5 1b #7 1a #9 ");
 }
 
+TEST_F(DumpOfTwoLines, ShowsTheAnswerWhereAnAdapterJoinsTheInput) {
+  socket.JoinInput(LinesOf(2, 0x80));
+  wires.Write(2, 0x80);  // the programmer drives the data line, and reads a chip without power
+  EXPECT_FALSE(wires.Sample(2, 0x80));
+  socket.SetSupply(5000);
+  socket.SetGndPin(20, true);
+  socket.SetVccPin(40, true);
+  EXPECT_TRUE(wires.Sample(2, 0x80));
+  wires.Write(2, 0xA0);
+  EXPECT_FALSE(wires.Sample(2, 0x80));
+  EXPECT_EQ(Changes(), "#0 0a 0b 0c 0d #7 1b 1c 1a 0b #9 ");
+}
+
 /// Measures, at the rising edges of a powered chip's clock, how long all other lines stand still.
 class EdgeTimes : public SocketWatch {
  public:
