@@ -15,8 +15,14 @@ namespace fliglaf::simulator {
 struct MemoryArea {
   std::string name;
   std::span<std::uint8_t> bytes;
-  std::uint8_t erased;          ///< value of a byte of a new chip
+  std::uint8_t erased = 0xFF;   ///< value of a byte of a new chip
   std::uint8_t largest = 0xFF;  ///< value that a byte can have
+  /// The bytes of a new chip where they are not all alike, else empty.
+  std::vector<std::uint8_t> factory = {};
+
+  [[nodiscard]] std::vector<std::uint8_t> Fresh() const {
+    return factory.empty() ? std::vector<std::uint8_t>(bytes.size(), erased) : factory;
+  }
 };
 
 /// A line by what it is for the chip.

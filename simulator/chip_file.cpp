@@ -24,11 +24,10 @@ std::string Format(const char* pattern, std::size_t value) {
 
 void SaveArea(const MemoryArea& area, std::string& text) {
   text += "area " + area.name + " " + std::to_string(area.bytes.size()) + "\n";
+  const std::vector<std::uint8_t> fresh = area.Fresh();
   for (std::size_t start = 0; start < area.bytes.size(); start += kRowBytes) {
     const auto row = area.bytes.subspan(start, std::min(kRowBytes, area.bytes.size() - start));
-    if (std::ranges::all_of(row, [&area](std::uint8_t byte) { return byte == area.erased; })) {
-      continue;
-    }
+    if (std::ranges::equal(row, std::span(fresh).subspan(start, row.size()))) continue;
     text += Format("%04zX:", start);
     for (const std::uint8_t byte : row) text += Format(" %02zX", byte);
     text += "\n";
@@ -55,7 +54,7 @@ class Reader {
   Reader(const std::vector<MemoryArea>& areas, std::string_view device, std::string_view name)
       : device_(device), name_(name) {
     for (const MemoryArea& area : areas) {
-      contents_.push_back({area, std::vector<std::uint8_t>(area.bytes.size(), area.erased)});
+      contents_.push_back({area, area.Fresh()});
     }
   }
 

@@ -9,7 +9,8 @@
 //     0000: 01
 //     end
 //
-// A row holds up to 32 bytes from its hexadecimal address on; bytes that no row names are erased.
+// A row holds up to 32 bytes from its hexadecimal address on; bytes that no row names are
+// those of a new chip.
 #pragma once
 
 #include <stdexcept>

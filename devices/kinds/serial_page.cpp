@@ -23,10 +23,9 @@ constexpr std::array kHazards{
     ConfigHazard{"high", 7, false, "RSTDISBL", "turns the reset line off"},
 };
 
-constexpr std::uint8_t kOneFuseByte = 14;
-
 /// 1 to 3: low, high, extended.
 std::size_t FuseBytes(const DeviceProfile& device) {
+  constexpr std::uint8_t kOneFuseByte = 14;
   if (device.family == 14) return 3;
   return device.option == kOneFuseByte ? 1 : 2;
 }
@@ -46,7 +45,7 @@ std::vector<ConfigByte> ConfigBytes(const DeviceProfile& device) {
 }
 
 std::span<const ConfigHazard> Hazards(const DeviceProfile& device) {
-  if (device.option == kOneFuseByte) return kOneFuseHazards;
+  if (FuseBytes(device) == 1) return kOneFuseHazards;
   return kHazards;
 }
 

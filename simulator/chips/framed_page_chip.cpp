@@ -38,16 +38,18 @@ FramedPageChip::FramedPageChip(const Clock& clock, const Silicon& silicon)
 
 std::vector<MemoryArea> FramedPageChip::Memory() {
   return {{"flash", flash_.cells(), FlashArray::kErased},
-          {"fuses", {&fuses_, 1}, kAllFuseBits, kAllFuseBits},
+          {"fuses", {&fuses_, 1}, kFactoryFuses, kAllFuseBits},
           {"lock", {&lock_, 1}, kAllLockBits, kAllLockBits}};
 }
 
 void FramedPageChip::Restart() {
+  answers_ = (fuses_ & kIspDisable) == 0;
   enabled_ = false;
   frame_.clear();
 }
 
 void FramedPageChip::TakeByte(std::uint8_t byte) {
+  if (!answers_) return;
   frame_.push_back(byte);
   if (frame_.size() >= kHeadBytes && frame_[0] == kStart && enabled_) Load(Answer());
 }

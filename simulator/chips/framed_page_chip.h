@@ -17,6 +17,8 @@ namespace fliglaf::simulator {
 /// - A page takes up to its size of bytes; the address wraps round within it.
 /// - Lock bit 0 forbids writing, lock bit 1 reading as well (0x00 is read). They can only be
 ///   written to 0; a chip erase lifts them. Unimplemented bits read as 1.
+/// - A new part has the ISP fuse programmed (bit 0 at 0), and no other one. Without it the interface
+///   is dead from the next reset on.
 /// A host that waits for nothing after fuse and lock bits is served: their write time is less than
 /// the calls take that select the chip again.
 class FramedPageChip : public SerialChip {
@@ -42,13 +44,16 @@ class FramedPageChip : public SerialChip {
   [[nodiscard]] bool may_read() const { return (lock_ & 0x02) != 0; }
 
   static constexpr std::uint8_t kAllFuseBits = 0x0F;
+  static constexpr std::uint8_t kIspDisable = 0x01;
+  static constexpr std::uint8_t kFactoryFuses = kAllFuseBits & ~kIspDisable;
   static constexpr std::uint8_t kAllLockBits = 0x03;
 
   Silicon silicon_;
   FlashArray flash_;
-  std::uint8_t fuses_ = kAllFuseBits;
+  std::uint8_t fuses_ = kFactoryFuses;
   std::uint8_t lock_ = kAllLockBits;
 
+  bool answers_ = true;  ///< as the fuses were at the last reset
   bool enabled_ = false;
   std::vector<std::uint8_t> frame_;  ///< since the select fell
 };

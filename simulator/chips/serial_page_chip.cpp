@@ -33,6 +33,19 @@ constexpr std::uint8_t kWriteLock = 0xE0;
 /// Lock bits that there are; the others read as 1.
 constexpr std::uint8_t kLockBits = 0x3F;
 
+/// Bits of the high fuse byte, or of the only one; 0 is programmed.
+constexpr std::uint8_t kSpien = 0x20;
+constexpr std::uint8_t kResetDisable = 0x80;
+
+/// Fuses as a new chip has them, by the data sheets of such parts.
+constexpr std::array<std::uint8_t, 3> kFactoryFuses{0x62, 0xDF, 0xFF};
+constexpr std::uint8_t kFactoryOnlyFuses = 0xDF;
+
+std::vector<std::uint8_t> FactoryFuses(std::size_t count) {
+  if (count == 1) return {kFactoryOnlyFuses};
+  return {kFactoryFuses.begin(), kFactoryFuses.begin() + static_cast<std::ptrdiff_t>(count)};
+}
+
 }  // namespace
 
 SerialPageChip::SerialPageChip(const Clock& clock, const Silicon& silicon, const Features& features)
@@ -41,7 +54,7 @@ SerialPageChip::SerialPageChip(const Clock& clock, const Silicon& silicon, const
                       kInstructionBytes),
       silicon_(silicon),
       flash_(silicon.flash_bytes),
-      fuses_(features.fuse_bytes, FlashArray::kErased),
+      fuses_(FactoryFuses(features.fuse_bytes)),
       page_(silicon.page_bytes, FlashArray::kErased) {
   if (silicon.eeprom_bytes > 0) eeprom_.emplace(silicon.eeprom_bytes);
 }
@@ -49,12 +62,23 @@ SerialPageChip::SerialPageChip(const Clock& clock, const Silicon& silicon, const
 std::vector<MemoryArea> SerialPageChip::Memory() {
   std::vector<MemoryArea> areas{{"flash", flash_.cells(), FlashArray::kErased}};
   if (eeprom_) areas.push_back({"eeprom", eeprom_->cells(), FlashArray::kErased});
-  areas.push_back({"fuses", fuses_, FlashArray::kErased});
+  areas.push_back({.name = "fuses", .bytes = fuses_, .factory = FactoryFuses(fuses_.size())});
   areas.push_back({"lock", {&lock_, 1}, FlashArray::kErased});
   return areas;
 }
 
+void SerialPageChip::Restart() {
+  InstructionChip::Restart();
+  answers_ = fuses_allow_serial();
+}
+
+bool SerialPageChip::fuses_allow_serial() const {
+  if (fuses_.size() == 1) return (fuses_[0] & kSpien) == 0;
+  return (fuses_[1] & (kSpien | kResetDisable)) == kResetDisable;
+}
+
 void SerialPageChip::TakeByte(std::uint8_t byte) {
+  if (!answers_) return;
   Load(byte);
   InstructionChip::TakeByte(byte);
 }

@@ -22,6 +22,9 @@ namespace fliglaf::simulator {
 ///   in progress.
 /// - Lock bit 0 forbids writing flash, EEPROM and fuses, lock bit 1 reading flash and EEPROM as
 ///   well. They can only be written to 0; a chip erase lifts them and erases the EEPROM too.
+/// - A new part has its serial interface on, runs from the internal oscillator divided by eight, and
+///   has no other fuse programmed, but for SUT bits. Without the SPIEN fuse, or with RSTDISBL, the
+///   interface is dead from the next reset on. A part with one fuse byte has SPIEN there.
 class SerialPageChip : public InstructionChip {
  public:
   /// Factory values of the oscillator at its four frequencies.
@@ -38,6 +41,7 @@ class SerialPageChip : public InstructionChip {
   void Break(const StuckBit& stuck) override { flash_.Break(stuck); }
 
  private:
+  void Restart() override;
   void TakeByte(std::uint8_t byte) override;
   [[nodiscard]] std::optional<std::uint8_t> Answer() const override;
   [[nodiscard]] std::optional<std::uint8_t> Fuse(std::size_t number) const;
@@ -56,12 +60,15 @@ class SerialPageChip : public InstructionChip {
   [[nodiscard]] bool may_write() const { return (lock_ & 0x03) == 0x03; }
   [[nodiscard]] bool may_read() const { return (lock_ & 0x02) != 0; }
 
+  [[nodiscard]] bool fuses_allow_serial() const;
+
   Silicon silicon_;
   FlashArray flash_;
   std::optional<FlashArray> eeprom_;
   std::vector<std::uint8_t> fuses_;
   std::uint8_t lock_ = FlashArray::kErased;
 
+  bool answers_ = true;  ///< as the fuses were at the last reset
   std::vector<std::uint8_t> page_;
 };
 

@@ -26,22 +26,25 @@ TEST_F(Fuses, BytesAreWrittenAndReadBack) {
   }
   EXPECT_EQ(Run("config isp-page-16k --chip c"), 0);
   EXPECT_THAT(out_, HasSubstr("high=DF lock=FF\n")) << "nothing was written";
-  EXPECT_EQ(RunAtTerminal("config isp-page-16k high=5F --chip c", "?\nY\n"), 0) << err_;
-  EXPECT_EQ(Run("config isp-page-16k high=5F lock=FE --chip c --yes"), 0) << err_;
+  EXPECT_EQ(RunAtTerminal("config isp-page-16k high=9F --chip c", "?\nY\n"), 0) << err_;
+  EXPECT_EQ(Run("config isp-page-16k high=9F lock=FE --chip c --yes"), 0) << err_;
   EXPECT_EQ(Run("config isp-page-16k low=FF --chip c"), 1) << "locked against writing";
   EXPECT_THAT(err_, HasSubstr("differs from what was written: low is E2, not FF"));
   EXPECT_EQ(Run("config jtag-byte-16k high=D9"), 2);
   EXPECT_THAT(err_, HasSubstr("high=D9: bit 6 cannot be written here; must be 99\n"));
+  EXPECT_EQ(Run("config isp-page-16k high=5F --chip off --yes"), 0) << err_;
+  EXPECT_EQ(Run("config isp-page-16k --chip off"), 1);
+  EXPECT_THAT(err_, HasSubstr("another signature was read"));
 }
 
 TEST_F(Fuses, BitsAreShownAndSetByName) {
   ASSERT_EQ(Run("fuses set isp-page-16k ckdiv8=0x1 low.0=enable 'lock bit=Lock Bit1' --chip c"), 0)
       << err_;
-  EXPECT_THAT(out_, ContainsRegex("written: low=FE calibration=.. high=FF lock=FE\n$"));
+  EXPECT_THAT(out_, ContainsRegex("written: low=E2 calibration=.. high=DF lock=FE\n$"));
   EXPECT_EQ(Run("fuses show isp-page-16k --chip c"), 0);
   EXPECT_THAT(out_, StartsWith("bit          name              value  meaning\n"
                                "low.0        CKSEL0            0      Enable\n"));
-  EXPECT_THAT(out_, HasSubstr("\nhigh.5       SPIEN             1      Disable, shown only\n"));
+  EXPECT_THAT(out_, HasSubstr("\nhigh.5       SPIEN             0      Enable, shown only\n"));
   EXPECT_THAT(out_, HasSubstr("\nlock.1-0     Lock Bit          10     Lock Bit1\n"));
   EXPECT_EQ(Run("fuses set isp-page-16k CKSEL0=0 LOW.0=Enable lock.1-0=0x2 --chip c"), 0) << err_;
   EXPECT_THAT(out_, HasSubstr("nothing to change"));

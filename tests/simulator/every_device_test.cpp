@@ -272,6 +272,17 @@ TEST_P(EveryDevice, LocksForbidAndEraseLifts) {
   EXPECT_TRUE(host.Holds());
 }
 
+TEST_P(EveryDevice, FusesThatTurnTheInterfaceOffDoSoAtTheNextReset) {
+  for (const ConfigHazard& hazard : ConfigHazardsOf(little_)) {
+    if (hazard.name == "DWEN") continue;  // the simulated parts have no debug wire
+    Host host(little_);
+    host.Fill();
+    ConfigByteIn(host.wanted(), little_, hazard.byte) ^= static_cast<std::uint8_t>(1 << hazard.bit);
+    ASSERT_EQ(host.Configure(), 0) << host.log();
+    EXPECT_EQ(host.Run(kVerify), 1) << hazard.name;
+  }
+}
+
 /// The waits of a profile belong to the times of its part.
 TEST_P(EveryDevice, AChipSlowerThanItsProfileIsFound) {
   if (IsTwoWire(little_)) return;  // it is polled

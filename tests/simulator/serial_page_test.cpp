@@ -67,6 +67,17 @@ INSTANTIATE_TEST_SUITE_P(Devices, SerialPage,
                          testing::Values("isp-page-8k", "isp-page-16k", "isp-page3-8k",
                                          "isp-frame-2k"));
 
+TEST(SerialPageFuses, OfANewPartAreThoseOfTheFactory) {
+  const std::pair<const char*, Bytes> kFuses[] = {{"isp-page-8k", {0xDF}},
+                                                  {"isp-page-16k", {0x62, 0xDF}},
+                                                  {"isp-page3-8k", {0x62, 0xDF, 0xFF}},
+                                                  {"isp-frame-2k", {0x0E}}};
+  for (const auto& [name, fuses] : kFuses) {
+    TestHost host(name);
+    EXPECT_TRUE(std::ranges::equal(host.cells("fuses"), fuses)) << name;
+  }
+}
+
 /// Each wait of an erase, a write loop and a configuration write is left out in turn.
 TEST_P(SerialPage, EveryWaitIsNeededButWhereMoreWaitFollows) {
   const auto run = [&](int left_out) {
