@@ -24,30 +24,27 @@ constexpr std::uint8_t kRead = 2, kVerify = 3, kBlank = 4, kCompare = 5, kProgra
 bool IsAvrJtag(const DeviceProfile& device) { return device.family >= 4 && device.family <= 7; }
 bool IsTwoWire(const DeviceProfile& device) { return device.family == 12 || device.family == 16; }
 
-/// The device with less flash: whole pieces of `piece` bytes are taken off while more than `most`
-/// are left.
-DeviceProfile Shortened(DeviceProfile device, std::int64_t piece, std::int64_t most) {
-  const std::int64_t pieces = std::max<std::int64_t>(LayoutOf(device).main_bytes - most, 0) / piece;
-  const auto addresses = static_cast<std::int32_t>(pieces * piece / device.address_bytes);
+/// The device with flash up to `most` bytes, in whole pieces that its family can handle.
+DeviceProfile Shortened(DeviceProfile device, std::int64_t most) {
+  if (device.family == 3) return device;  // whose size is fixed
+  const std::int64_t page = device.page > 0 ? device.page * device.address_bytes : 256;
+  const std::int64_t piece = IsAvrJtag(device) ? 16'384 : page;
+  const std::int64_t beyond =
+      std::max<std::int64_t>(LayoutOf(device).main_bytes - std::max(most, piece), 0);
+  const auto addresses = static_cast<std::int32_t>(beyond / piece * piece / device.address_bytes);
   device.size -= addresses;
   device.image_bytes -= addresses * device.address_bytes;
   device.range.last -= addresses;
   return device;
 }
 
-/// With up to 32 KiB of flash, more than any family fetches at once.
-DeviceProfile Medium(const DeviceProfile& device) { return Shortened(device, 16'384, 32'768); }
+/// More than any family fetches at once.
+DeviceProfile Medium(const DeviceProfile& device) { return Shortened(device, 16'900); }
 
-/// With as little as the family reads, or four pages.
-DeviceProfile Little(const DeviceProfile& device) {
-  if (IsAvrJtag(device)) return Shortened(device, 16'384, 16'384);
-  if (device.family == 3) return device;
-  const std::int64_t page = device.page > 0 ? device.page * device.address_bytes : 256;
-  return Shortened(device, page, 5 * page);
-}
+DeviceProfile Little(const DeviceProfile& device) { return Shortened(device, 2048); }
 
-/// An image with random bytes where the device has a memory, and with fuses that are not those of a
-/// new part; it locks nothing.
+/// An image with random bytes where the device has a memory, and with a configuration that is not
+/// that of a new part; it locks nothing but a boot section.
 Bytes RandomImage(const DeviceProfile& device) {
   const ImageLayout layout = LayoutOf(device);
   Bytes image(static_cast<std::size_t>(device.image_bytes), 0xFF);
@@ -56,7 +53,9 @@ Bytes RandomImage(const DeviceProfile& device) {
   std::copy_n(random.begin() + layout.data_start, layout.data_bytes,
               image.begin() + layout.data_start);
   for (const ConfigByte& byte : ConfigBytesOf(device)) {
-    if (!byte.name.ends_with("lock")) image[static_cast<std::size_t>(byte.image_byte)] = 0xAD;
+    std::uint8_t& in_image = image[static_cast<std::size_t>(byte.image_byte)];
+    if (!byte.name.ends_with("lock")) in_image = 0xAD;
+    if (LayoutOf(device).config == ConfigArea::kFuses && byte.name == "lock") in_image = 0xCB;
   }
   test::LeaveOpen(image, device);
   return image;
@@ -286,7 +285,7 @@ TEST_P(EveryDevice, FusesThatTurnTheInterfaceOffDoSoAtTheNextReset) {
 /// The waits of a profile belong to the times of its part.
 TEST_P(EveryDevice, AChipSlowerThanItsProfileIsFound) {
   if (IsTwoWire(little_)) return;  // it is polled
-  const bool has_config = ReadsConfig(little_) && ConfigBytesOf(little_).size() > 2;
+  const bool has_config = LayoutOf(little_).config == ConfigArea::kFuses;
   constexpr std::int32_t ChipTimes::*kTimes[] = {
       &ChipTimes::erase_ms, &ChipTimes::byte_write_us, &ChipTimes::page_write_us,
       &ChipTimes::eeprom_write_us, &ChipTimes::config_write_us};

@@ -1,5 +1,4 @@
-// Families 2 and 3, written byte by byte: every wait and step of the power-up, stops and failures,
-// ranges and sizes.
+// Families 2 and 3, written byte by byte: stops and failures, ranges and sizes.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -11,7 +10,6 @@ namespace {
 using test::RandomBytes;
 using test::Tap;
 using test::TestHost;
-using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 using Bytes = std::vector<std::uint8_t>;
@@ -54,18 +52,14 @@ Counts Read(TestHost& host) {
 struct Part {
   DeviceProfile device;
   Bytes few_bytes;  ///< of both memories
-  std::vector<Tap::Call> power_up;
 };
 
-void PrintTo(const Part& part, std::ostream* out) { *out << "family " << int{part.device.family}; }
+void PrintTo(const Part& part, std::ostream* out) { *out << part.device.name; }
 
-const Part kFamily2{
-    .device = Fam2(1280, 300),
-    .few_bytes = FewBytes(1580, {1, 2, 1279, 1280, 1579}),
-    .power_up = {{"WriteLatch", 8, 2}, {"DelayMs", 100, 0}, {"WriteRegister", 0xFF, 0x8E}}};
+const Part kFamily2{.device = Fam2(1280, 300),
+                    .few_bytes = FewBytes(1580, {1, 2, 1279, 1280, 1579})};
 const Part kFamily3{.device = test::Known("isp-word-1k"),
-                    .few_bytes = FewBytes(1120, {2, 3, 512, 1023, 1025, 1087}),
-                    .power_up = {{"DelayMs", 200, 0}, {"WriteRegister", 0x00, 0x8E}}};
+                    .few_bytes = FewBytes(1120, {2, 3, 512, 1023, 1025, 1087})};
 
 class IspByte : public testing::TestWithParam<Part> {
  protected:
@@ -77,59 +71,12 @@ class IspByte : public testing::TestWithParam<Part> {
   }
 
   const DeviceProfile& device_ = GetParam().device;
-  const std::uint8_t kErase = *device_.operations.erase;
   const ImageLayout layout_ = LayoutOf(device_);
   const std::size_t flash_bytes_ = static_cast<std::size_t>(layout_.main_bytes);
   const std::size_t memory_bytes_ = flash_bytes_ + static_cast<std::size_t>(layout_.data_bytes);
   TestHost host_{device_};
 };
 INSTANTIATE_TEST_SUITE_P(Parts, IspByte, testing::Values(kFamily2, kFamily3));
-
-/// Each wait of the erase and the write loops is left out in turn. What was written before makes
-/// an erase that did not happen visible.
-TEST_P(IspByte, EveryWaitIsNeededButTheLast) {
-  DeviceProfile small = device_;
-  Bytes image = GetParam().few_bytes;
-  image.resize(memory_bytes_);
-  if (small.family == 2) {
-    small = Fam2(8, 4);
-    image = FewBytes(12, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11});
-  }
-  const auto run = [&](int left_out) {
-    TestHost host(small);
-    std::ranges::fill(host.cells("flash"), std::uint8_t{0x5A});
-    host.SetImage(image);
-    int waits = 0;
-    host.tap.before = [&](const Tap::Call& call) {
-      const bool write_time = (call.operation == "QueueDelay" || call.operation == "ShortDelay") &&
-                              call.value % small.write_time == 0;
-      return !write_time || waits++ != left_out;
-    };
-    const bool good = host.Run({kErase, kProgram}) == 0 && Cells(host) == image;
-    return std::pair{good, waits};
-  };
-  const auto [good, waits] = run(-1);
-  ASSERT_TRUE(good);
-  ASSERT_EQ(waits, small.family == 2 ? 1 + 12 : 2 + 6);
-  for (int i = 0; i < waits; ++i) EXPECT_EQ(run(i).first, i == waits - 1) << "wait " << i;
-}
-
-TEST_P(IspByte, PowerUpStepsAreNeeded) {
-  ASSERT_EQ(host_.Run(kBlank), 0);
-  std::vector<Tap::Call> steps = GetParam().power_up;
-  steps.insert(steps.end(), {{"WriteLatch", 0, 2},
-                             {"WriteLatch", 2, 1},
-                             {"WriteLatch", 0x80, 0},
-                             {"WriteRegister", 0xAC, 0x8E},
-                             {"WriteRegister", 0x53, 0x8E}});
-  for (const Tap::Call& step : steps) {
-    host_.tap.before = [&](const Tap::Call& call) {
-      return !(call.operation == step.operation && call.value == step.value &&
-               call.target == step.target);
-    };
-    EXPECT_EQ(host_.Run(kBlank), 1) << step.operation << " " << step.value << " " << step.target;
-  }
-}
 
 /// A stop while writing is noticed by the verify that follows; one while a block is fetched ends
 /// the pass before it is handed over.
@@ -159,18 +106,6 @@ TEST_P(IspByte, AFailedFetchIsHandedOverAndJudged) {
   host.SetImage(GetParam().few_bytes);
   EXPECT_EQ(host.Run(kVerify), 1) << "what was left in the buffer is not the image";
   EXPECT_EQ(Read(host), Counts(2, memory_bytes_)) << "nothing is repeated";
-}
-
-TEST_P(IspByte, AFailedCallInAnyPhaseEndsTheRun) {
-  for (const char* operation : {"ShortDelay", "QueueDelay", "FlushQueue", "BlockTransfer"}) {
-    host_.tap.before = [&](const Tap::Call& call) {
-      if (call.operation == operation) throw ComponentError(operation, 0x80004005);
-      return true;
-    };
-    EXPECT_EQ(host_.Run({kErase, kProgram}), 1);
-    EXPECT_THAT(host_.log(), EndsWith("failed: 0x80004005\n"));
-    EXPECT_EQ(host_.tap.calls.back().operation, "EndRun");
-  }
 }
 
 TEST(IspFam2Range, IsClippedToBothMemories) {

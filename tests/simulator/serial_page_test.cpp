@@ -1,4 +1,4 @@
-// Families 13, 14 and 15: fuses and calibration, every wait and step of the power-up, stops.
+// Families 13, 14 and 15: fuses and calibration, a slow start, stops.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -14,20 +14,18 @@ using test::TestHost;
 using testing::HasSubstr;
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr std::uint8_t kRead = 2, kVerify = 3, kBlank = 4, kProgram = 6;
-constexpr std::uint8_t kErase = 8, kConfig = 9;
+constexpr std::uint8_t kRead = 2, kBlank = 4, kProgram = 6;
+constexpr std::uint8_t kErase = 8;
 
 constexpr int kPages = 4;
 constexpr int kEepromBytes = 8;
 
-/// With four pages and eight bytes of EEPROM.
+/// With four pages, and eight bytes of EEPROM where it has any.
 DeviceProfile Device(std::string_view name) {
   const DeviceProfile& known = test::Known(name);
-  DeviceProfile device = test::Sized(name, kPages * known.page + 32);
-  device.retries = 1;
-  if (known.data_size == 0) return device;
-  device = test::Sized(name, kPages * known.page + kEepromBytes + 16);
-  device.data_size = kEepromBytes;
+  const bool eeprom = known.data_size > 0;
+  DeviceProfile device = test::Sized(name, kPages * known.page + (eeprom ? kEepromBytes + 16 : 32));
+  if (eeprom) device.data_size = kEepromBytes;
   device.retries = 1;
   return device;
 }
@@ -35,31 +33,13 @@ DeviceProfile Device(std::string_view name) {
 class SerialPage : public testing::TestWithParam<const char*> {
  protected:
   SerialPage() {
-    test::ConfigByteIn(image_, device_, "lock") =
-        framed() ? 0x03 : 0xCB;  // bits of the boot section
+    test::ConfigByteIn(image_, device_, "lock") = 0xFF;
     test::LeaveOpen(image_, device_);
     host_.SetImage(image_);
   }
   [[nodiscard]] bool framed() const { return device_.family == 15; }
 
-  /// Whether a chip holds what the image says.
-  bool Holds(TestHost& host) const {
-    const auto fuses = host.cells("fuses");
-    constexpr std::size_t kFuses[] = {0, 2, 4};  // low, high, extended
-    const std::size_t start = static_cast<std::size_t>(LayoutOf(device_).config_start);
-    for (std::size_t i = 0; i < fuses.size(); ++i) {
-      const int bits = framed() ? 0x0F : fuses.size() == 1 ? 0x7F : 0xFF;
-      if ((fuses[i] & bits) != (image_[start + kFuses[i]] & bits)) return false;
-    }
-    if (host.cells("lock")[0] != image_[start + (framed() ? 1 : 3)]) return false;
-    Bytes memories = host.flash();
-    const auto eeprom = host.cells("eeprom");
-    memories.insert(memories.end(), eeprom.begin(), eeprom.end());
-    return std::equal(memories.begin(), memories.end(), image_.begin());
-  }
-
   const DeviceProfile device_ = Device(GetParam());
-  const std::int32_t kWait = device_.write_time;
   TestHost host_{device_};
   Bytes image_ = RandomBytes(static_cast<std::size_t>(device_.image_bytes), 21);
 };
@@ -75,31 +55,6 @@ TEST(SerialPageFuses, OfANewPartAreThoseOfTheFactory) {
   for (const auto& [name, fuses] : kFuses) {
     TestHost host(name);
     EXPECT_TRUE(std::ranges::equal(host.cells("fuses"), fuses)) << name;
-  }
-}
-
-/// Each wait of an erase, a write loop and a configuration write is left out in turn.
-TEST_P(SerialPage, EveryWaitIsNeededButWhereMoreWaitFollows) {
-  const auto run = [&](int left_out) {
-    TestHost host(device_);
-    host.SetImage(image_);
-    int waits = 0;
-    host.tap.before = [&](const Tap::Call& call) {
-      const bool of_the_device =
-          (call.operation == "QueueDelay" || call.operation == "ShortDelay") && call.value >= kWait;
-      return !of_the_device || waits++ != left_out;
-    };
-    const bool good = host.Run({kErase, kProgram, kConfig, kVerify}) == 0 && Holds(host);
-    return std::pair{good, waits};
-  };
-  const auto [good, waits] = run(-1);
-  ASSERT_TRUE(good);
-  const int eeprom = framed() ? 0 : kEepromBytes;
-  const auto fuses = static_cast<int>(host_.cells("fuses").size());
-  ASSERT_EQ(waits, 1 + kPages + eeprom + (framed() ? 0 : fuses + 1));
-  for (int i = 0; i < waits; ++i) {
-    const bool last_of_loop = i == kPages || (eeprom > 0 && i == kPages + eeprom);
-    EXPECT_EQ(run(i).first, last_of_loop) << "wait " << i;
   }
 }
 
@@ -135,26 +90,6 @@ TEST_P(SerialPage, StopInEachPhaseEndsTheRun) {
     EXPECT_EQ(host_.tap.Count("BlockTransfer"), host_.flash().size());
   }
   EXPECT_EQ(host_.image(), before) << "the configuration is not read after a stop";
-}
-
-/// Steps of the power-up without which the chip does not come into programming mode.
-TEST_P(SerialPage, PowerUpStepsAreNeeded) {
-  const Tap::Call word_steps[] = {{"WriteLatch", 0, 2},
-                                  {"WriteLatch", 2, 1},
-                                  {"WriteRegister", 0xAC, 0x8E},
-                                  {"WriteRegister", 0x53, 0x8E},
-                                  {"WriteRegister", 0, 0x8E}};
-  const Tap::Call framed_steps[] = {{"WriteLatch", 8, 2},          {"WriteLatch", 2, 1},
-                                    {"WriteLatch", 0x84, 0},       {"WriteRegister", 0xAA, 0x8E},
-                                    {"WriteRegister", 0xAC, 0x8E}, {"WriteRegister", 0x53, 0x8E}};
-  ASSERT_EQ(host_.Run({kErase, kProgram}), 0);
-  for (const Tap::Call& step : framed() ? std::span<const Tap::Call>(framed_steps) : word_steps) {
-    host_.tap.before = [&](const Tap::Call& call) {
-      return !(call.operation == step.operation && call.value == step.value &&
-               call.target == step.target);
-    };
-    EXPECT_EQ(host_.Run(kVerify), 1) << step.operation << " " << step.value << " " << step.target;
-  }
 }
 
 TEST(SerialPageEnable, IsRepeatedUntilASlowChipEchoes) {
