@@ -85,7 +85,7 @@ void CheckRunRecord(std::string_view word) {
 void CheckChipFile(std::string_view word) {
   const auto right = Reading(word);
   const simulator::Clock clock;
-  simulator::Isp51Chip chip(clock, 256, {}, {});
+  simulator::Isp51Chip chip(clock, {.flash_bytes = 256});
   const auto flash = chip.Memory()[0].bytes;
   const auto loads = [&chip](const std::string& row) {
     try {

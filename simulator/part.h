@@ -14,7 +14,7 @@ struct Part {
   SupplyPins supply;
   /// The line on which the chip answers, where an adapter joins the programmer's input to it.
   Lines joined_input = 0;
-  /// Of its test access port; null for a chip that has none. Static.
+  /// Of its test access port, null for a chip that has none. Outlives the part.
   const JtagWiring* jtag = nullptr;
 };
 

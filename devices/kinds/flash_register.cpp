@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <stdexcept>
+#include <string>
 
 #include "devices/kinds/common.h"
 #include "devices/kinds/kinds.h"
@@ -84,6 +86,9 @@ constexpr std::array kRules{
 
 simulator::Part MakePart(const DeviceProfile& device, const simulator::Clock& clock) {
   const simulator::JtagWiring* const wiring = WiringOf(device);
+  if (wiring == nullptr) {
+    throw std::invalid_argument("no chip is wired for option " + std::to_string(device.option));
+  }
   return {.chip = std::make_unique<simulator::FlashRegisterChip>(
               clock, *wiring, SiliconOf(device),
               simulator::FlashRegisterChip::Features{.second_apart = SecondApart(device),

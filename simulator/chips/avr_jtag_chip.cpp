@@ -53,7 +53,7 @@ constexpr std::uint8_t kFactoryExtended = 0xFF;
 constexpr std::uint8_t kJtagEnable = 0x40;
 constexpr std::uint8_t kEepromSave = 0x08;
 
-/// EEPROM pages have the size of one of so many pieces of a flash page.
+/// Pages of EEPROM in the bytes of a page of flash.
 constexpr std::size_t kEepromPages = 32;
 
 /// Lock bits that there are; the others read as 1.

@@ -1,5 +1,4 @@
-// Families 8 to 11: register sets, locks that only a part of the flash has, the chip's reset, waits
-// that are too short, and a stop.
+// Families 8 to 11: the last page, the reset of the chip, waits that are too short, and a stop.
 #include <algorithm>
 
 #include <gmock/gmock.h>
