@@ -189,6 +189,42 @@ TEST_F(EditorWindow, HandlesTheKeysOfADialog) {
   EXPECT_EQ(window(), nullptr);
 }
 
+void CALLBACK EndTheMenu(HWND /*window*/, UINT /*message*/, UINT_PTR timer, DWORD /*time*/) {
+  EXPECT_TRUE(KillTimer(nullptr, timer) && EndMenu());
+}
+
+TEST_F(EditorWindow, LeavesTheKeysOfAMenuAndOfAMoveAlone) {
+  Open(4, 4);
+  const HWND focus = GetFocus();
+  // Alt with the space bar: the menu is opened by a key that Wine sends it.
+  SetTimer(nullptr, 0, 200, EndTheMenu);
+  SendMessageW(focus, WM_SYSCHAR, L' ', 1 << 29);
+  Pump();
+  ASSERT_NE(window(), nullptr);
+  PostMessageW(window(), WM_SYSCOMMAND, SC_MOVE, 0);
+  PostMessageW(focus, WM_KEYDOWN, VK_RETURN, 1);
+  Pump();
+  EXPECT_NE(window(), nullptr);
+}
+
+TEST_F(EditorWindow, TakesNoKeyThatWasPressedElsewhere) {
+  const int place = 1000 - 16 - 1;
+  Image()[place] = 0xA5;
+  Open(12, 0);
+  const HWND text = GetFocus();
+  for (const LPARAM repeats : {0, 1}) {  // of the key that opened the window
+    if (repeats != 0) PostMessageW(text, WM_KEYDOWN, VK_RETURN, 0x40000001);
+    Pump();
+    PostMessageW(text, WM_KEYUP, VK_RETURN, static_cast<LPARAM>(0xC0000001));
+    Pump();
+    EXPECT_EQ(GetFocus(), text);
+    EXPECT_EQ(TextOf(text), L"A5");
+  }
+  Press(VK_RETURN);
+  Press(VK_RETURN);
+  EXPECT_EQ(Image()[place], 0xA5);
+}
+
 TEST_F(EditorWindow, FiltersTheKeysOfItsTexts) {
   Image()[kLow + 1] = 0x9C;
   Open(14, 16);
