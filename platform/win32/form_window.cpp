@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <exception>
-#include <system_error>
 #include <utility>
 
 #include "platform/access_keys.h"
+#include "platform/win32/control_window.h"
+#include "platform/win32/empty_dialog.h"
 #include "platform/win32/module.h"
+#include "platform/win32/system_error.h"
 #include "platform/win32/visual_style.h"
 #include "platform/win32/window_text.h"
 
@@ -16,57 +18,26 @@ namespace {
 constexpr DWORD kDialogStyle = WS_POPUP | WS_CAPTION | WS_SYSMENU | DS_MODALFRAME;
 constexpr int kFirstId = 100;
 constexpr int kListHeight = 200;  ///< more than an open list of three entries takes, in pixels
+constexpr int kScrolledLine = 20 * kTwipsPerPixel;
 
 const wchar_t* Native(const std::u16string& text) {
   return reinterpret_cast<const wchar_t*>(text.c_str());
 }
 
-[[noreturn]] void ThrowLastError(const char* what) {
-  throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), what);
+/// The screen that the user works on, without the bars at its edges.
+RECT WorkArea(HWND user_at) {
+  MONITORINFO monitor = {};
+  monitor.cbSize = sizeof monitor;
+  GetMonitorInfoW(MonitorFromWindow(user_at, MONITOR_DEFAULTTOPRIMARY), &monitor);
+  return monitor.rcWork;
 }
 
-/// An empty dialog: the controls are put on it afterwards.
-struct EmptyDialog {
-  DLGTEMPLATE dialog = {};
-  WORD menu = 0;
-  WORD window_class = 0;
-  WORD title = 0;
-};
-
-struct WindowKind {
-  const wchar_t* window_class;
-  DWORD style;
-  DWORD extended_style;
-};
-
-WindowKind KindOf(const Control& control) {
-  switch (control.kind) {
-    case Control::Kind::kLabel:
-      return {L"STATIC", SS_LEFT, 0};
-    case Control::Kind::kFrame:
-      return {L"BUTTON", BS_GROUPBOX, 0};
-    case Control::Kind::kButton: {
-      const bool is_default = static_cast<const Button&>(control).is_default;
-      const auto style = static_cast<DWORD>(is_default ? BS_DEFPUSHBUTTON : BS_PUSHBUTTON);
-      return {L"BUTTON", WS_TABSTOP | style, 0};
-    }
-    case Control::Kind::kTextBox: {
-      const bool lines = static_cast<const TextBox&>(control).takes_return;
-      DWORD style = WS_TABSTOP | ES_AUTOHSCROLL;
-      if (lines) style |= ES_MULTILINE | ES_WANTRETURN | ES_AUTOVSCROLL;
-      return {L"EDIT", style, WS_EX_CLIENTEDGE};
-    }
-    default:
-      return {L"COMBOBOX", WS_TABSTOP | WS_VSCROLL | CBS_DROPDOWNLIST, 0};
-  }
-}
-
-/// Gives a closed list the height that it is to have.
-void SetClosedHeight(HWND list, LONG height) {
-  RECT now = {};
-  GetWindowRect(list, &now);
-  const auto item = static_cast<LONG>(SendMessageW(list, CB_GETITEMHEIGHT, WPARAM(-1), 0));
-  SendMessageW(list, CB_SETITEMHEIGHT, WPARAM(-1), height - (now.bottom - now.top - item));
+/// What a window's frame and title bar add to its inside.
+SIZE BorderOf(HWND dialog) {
+  RECT border = {};
+  AdjustWindowRectEx(&border, kDialogStyle, FALSE,
+                     static_cast<DWORD>(GetWindowLongPtrW(dialog, GWL_EXSTYLE)));
+  return {border.right - border.left, border.bottom - border.top};
 }
 
 bool operator==(const RECT& one, const RECT& other) { return EqualRect(&one, &other) != FALSE; }
@@ -77,10 +48,8 @@ FormWindow::FormWindow(Form& form, const MessageFont& font, std::shared_ptr<void
     : form_(form), font_(font), hold_(std::move(hold)) {
   const SystemResolution resolution;
   const VisualStyle style;
-  EmptyDialog empty;
-  empty.dialog.style = kDialogStyle;
-  dialog_ = CreateDialogIndirectParamW(ThisModule(), &empty.dialog, nullptr, OnDialogMessage, 0);
-  if (dialog_ == nullptr) ThrowLastError("the window of a form");
+  dialog_ = CreateEmptyDialog(kDialogStyle, 0, nullptr, OnDialogMessage);
+  pane_.emplace(dialog_, font_.Pixels(kScrolledLine));
   SetWindowLongPtrW(dialog_, DWLP_USER, reinterpret_cast<LONG_PTR>(this));
   CreateControls();
   keys_.emplace(dialog_);
@@ -93,7 +62,7 @@ FormWindow::~FormWindow() {
 }
 
 int FormWindow::IdOf(const Control& control, int number) const {
-  if (control.kind == Control::Kind::kButton) {
+  if (IsButton(control)) {
     if (static_cast<const Button&>(control).is_default) return IDOK;
     if (static_cast<const Button&>(control).is_cancel) return IDCANCEL;
   }
@@ -103,9 +72,10 @@ int FormWindow::IdOf(const Control& control, int number) const {
 HWND FormWindow::CreateControl(const Control& control, int number) {
   const WindowKind kind = KindOf(control);
   const HWND handle = CreateWindowExW(
-      kind.extended_style, kind.window_class, L"", WS_CHILD | kind.style, 0, 0, 0, 0, dialog_,
+      kind.extended_style, kind.window_class, L"", WS_CHILD | kind.style, 0, 0, 0, 0,
+      IsButton(control) ? dialog_ : pane_->handle(),
       reinterpret_cast<HMENU>(static_cast<INT_PTR>(IdOf(control, number))), ThisModule(), nullptr);
-  if (handle == nullptr) ThrowLastError("a control");
+  if (handle == nullptr) ThrowLastError();
   SendMessageW(handle, WM_SETFONT, reinterpret_cast<WPARAM>(font_.get()), FALSE);
   return handle;
 }
@@ -114,22 +84,23 @@ void FormWindow::CreateControls() {
   for (Control* const control : form_.controls) {
     const HWND handle = CreateControl(*control, static_cast<int>(items_.size()));
     items_.push_back(std::make_unique<Item>(Item{this, control, handle, nullptr, {}}));
-    if (control->kind != Control::Kind::kTextBox) continue;
+    const bool text = control->kind == Control::Kind::kTextBox;
+    if (!text && control->kind != Control::Kind::kComboBox) continue;
     Item& item = *items_.back();
-    if (const auto& box = static_cast<const TextBox&>(*control); box.longest > 0) {
-      SendMessageW(handle, EM_LIMITTEXT, box.longest, 0);
+    if (text && static_cast<const TextBox&>(*control).longest > 0) {
+      SendMessageW(handle, EM_LIMITTEXT, static_cast<const TextBox&>(*control).longest, 0);
     }
     SetWindowLongPtrW(handle, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(&item));
     item.before = reinterpret_cast<WNDPROC>(
-        SetWindowLongPtrW(handle, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(OnTextMessage)));
+        SetWindowLongPtrW(handle, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(OnControlMessage)));
   }
 }
 
 void FormWindow::Show() {
   const SystemResolution resolution;
   Observe();
+  Fit();
   Update();
-  FitAndPlace();
   const bool first = !IsWindowVisible(dialog_);
   ShowWindow(dialog_, IsIconic(dialog_) ? SW_RESTORE : SW_SHOW);
   SetForegroundWindow(dialog_);
@@ -252,6 +223,7 @@ FormWindow::Shown FormWindow::Wanted(const Control& control, const std::u16strin
   wanted.visible = control.visible && (control.container == nullptr || control.container->visible);
   wanted.enabled = control.enabled;
   wanted.place = PlaceOf(control);
+  if (IsButton(control)) OffsetRect(&wanted.place, buttons_moved_.cx, buttons_moved_.cy);
   if (control.kind == Control::Kind::kComboBox) {
     const auto& list = static_cast<const ComboBox&>(control);
     wanted.entries = list.entries;
@@ -288,8 +260,10 @@ void FormWindow::Apply(Item& item, Shown now) {
   }
   if (!(now.place == before.place)) {
     const int height = now.place.bottom - now.place.top;
-    SetWindowPos(handle, nullptr, now.place.left, now.place.top, now.place.right - now.place.left,
-                 list ? kListHeight : height, SWP_NOZORDER | SWP_NOACTIVATE);
+    const POINT origin = IsButton(*item.control) ? POINT{} : pane_->origin();
+    SetWindowPos(handle, nullptr, now.place.left - origin.x, now.place.top - origin.y,
+                 now.place.right - now.place.left, list ? kListHeight : height,
+                 SWP_NOZORDER | SWP_NOACTIVATE);
     if (list) SetClosedHeight(handle, height);
   }
   if (now.enabled != before.enabled) EnableWindow(handle, now.enabled);
@@ -299,7 +273,7 @@ void FormWindow::Apply(Item& item, Shown now) {
 
 /// The inside of the form; larger where the margins at the right and below would otherwise be
 /// narrower than those opposite.
-SIZE FormWindow::ClientSize() const {
+SIZE FormWindow::WholeSize() const {
   const Size inner = form_.InnerSize();
   LONG left = inner.width;
   LONG top = inner.height;
@@ -316,29 +290,48 @@ SIZE FormWindow::ClientSize() const {
           font_.Pixels(static_cast<int>(std::max<LONG>(inner.height, bottom + top)))};
 }
 
-/// Around what is on it; at first in the middle of the screen that the user works on, and always
-/// within a screen.
-void FormWindow::FitAndPlace() {
-  const SIZE client = ClientSize();
-  RECT outer = {0, 0, client.cx, client.cy};
-  AdjustWindowRectEx(&outer, kDialogStyle, FALSE,
-                     static_cast<DWORD>(GetWindowLongPtrW(dialog_, GWL_EXSTYLE)));
-  const LONG width = outer.right - outer.left;
-  const LONG height = outer.bottom - outer.top;
+LONG FormWindow::ContentHeight() const {
+  LONG height = 0;
+  for (const Control* const control : form_.controls) {
+    if (control->container != nullptr || !control->visible || IsButton(*control)) continue;
+    height = std::max(height, PlaceOf(*control).bottom);
+  }
+  return height;
+}
 
-  const HWND user_at = placed_ ? dialog_ : GetForegroundWindow();
-  MONITORINFO monitor = {};
-  monitor.cbSize = sizeof monitor;
-  GetMonitorInfoW(MonitorFromWindow(user_at, MONITOR_DEFAULTTOPRIMARY), &monitor);
-  const RECT& work = monitor.rcWork;
+void FormWindow::Fit() {
+  const RECT work = WorkArea(placed_ ? dialog_ : GetForegroundWindow());
+  const SIZE border = BorderOf(dialog_);
+  const SIZE whole = WholeSize();
+  const SIZE content = {whole.cx, ContentHeight()};
+  const LONG below = whole.cy - content.cy;
+  const SIZE pane = ScrollPane::SizeFor(
+      content, {work.right - work.left - border.cx, work.bottom - work.top - border.cy - below});
+  buttons_moved_ = {pane.cx - whole.cx, pane.cy - content.cy};
+  pane_->Resize(pane, content);
+  Place({pane.cx + border.cx, pane.cy + below + border.cy}, work);
+}
+
+/// At first in the middle of the screen, and always within it.
+void FormWindow::Place(SIZE outer, const RECT& work) {
   RECT now = {};
   GetWindowRect(dialog_, &now);
-  LONG left = placed_ ? now.left : (work.left + work.right - width) / 2;
-  LONG top = placed_ ? now.top : (work.top + work.bottom - height) / 2;
-  left = std::max(work.left, std::min(left, work.right - width));
-  top = std::max(work.top, std::min(top, work.bottom - height));
-  SetWindowPos(dialog_, nullptr, left, top, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
+  LONG left = placed_ ? now.left : (work.left + work.right - outer.cx) / 2;
+  LONG top = placed_ ? now.top : (work.top + work.bottom - outer.cy) / 2;
+  left = std::max(work.left, std::min(left, work.right - outer.cx));
+  top = std::max(work.top, std::min(top, work.bottom - outer.cy));
+  SetWindowPos(dialog_, nullptr, left, top, outer.cx, outer.cy, SWP_NOZORDER | SWP_NOACTIVATE);
   placed_ = true;
+}
+
+/// With the label before it.
+void FormWindow::BringIntoView(const Item& item) {
+  RECT part = item.shown.place;
+  const auto at = std::ranges::find(items_, &item, &std::unique_ptr<Item>::get);
+  if (at != items_.begin() && (*(at - 1))->control->kind == Control::Kind::kLabel) {
+    UnionRect(&part, &part, &(*(at - 1))->shown.place);
+  }
+  pane_->ScrollTo(part);
 }
 
 FormWindow::Item* FormWindow::ItemOf(HWND handle) {
@@ -351,9 +344,10 @@ FormWindow::Item* FormWindow::ItemOf(HWND handle) {
 void FormWindow::OnCommand(int notification, HWND from) {
   const Item* const item = ItemOf(from);
   if (item == nullptr || !item->control->enabled) return;
-  if (item->control->kind == Control::Kind::kButton && notification == BN_CLICKED) {
+  const Control::Kind kind = item->control->kind;
+  if (kind == Control::Kind::kButton && notification == BN_CLICKED) {
     Event([control = item->control] { static_cast<const Button&>(*control).Click(); });
-  } else if (item->control->kind == Control::Kind::kComboBox && notification == CBN_SELCHANGE) {
+  } else if (kind == Control::Kind::kComboBox && notification == CBN_SELCHANGE) {
     Event([control = item->control] {
       const auto& list = static_cast<const ComboBox&>(*control);
       if (list.on_click) list.on_click();
@@ -363,7 +357,12 @@ void FormWindow::OnCommand(int notification, HWND from) {
 
 INT_PTR CALLBACK FormWindow::OnDialogMessage(HWND dialog, UINT message, WPARAM wide, LPARAM lng) {
   auto* const window = reinterpret_cast<FormWindow*>(GetWindowLongPtrW(dialog, DWLP_USER));
-  if (window == nullptr || message != WM_COMMAND) return FALSE;
+  if (window == nullptr) return FALSE;
+  if (message == WM_MOUSEWHEEL || message == WM_MOUSEHWHEEL) {  // over the buttons
+    SendMessageW(window->pane_->handle(), message, wide, lng);
+    return TRUE;
+  }
+  if (message != WM_COMMAND) return FALSE;
   // Enter, Esc and the closing box name their button by its number alone.
   HWND from = reinterpret_cast<HWND>(lng);  // NOLINT: how Windows passes it
   if (from == nullptr) from = GetDlgItem(dialog, LOWORD(wide));
@@ -371,9 +370,20 @@ INT_PTR CALLBACK FormWindow::OnDialogMessage(HWND dialog, UINT message, WPARAM w
   return TRUE;
 }
 
-LRESULT CALLBACK FormWindow::OnTextMessage(HWND handle, UINT message, WPARAM wide, LPARAM lng) {
+LRESULT CALLBACK FormWindow::OnControlMessage(HWND handle, UINT message, WPARAM wide, LPARAM lng) {
   auto* const item = reinterpret_cast<Item*>(GetWindowLongPtrW(handle, GWLP_USERDATA));
-  return item->window->TextMessage(*item, message, wide, lng);
+  return item->window->ControlMessage(*item, message, wide, lng);
+}
+
+LRESULT FormWindow::ControlMessage(Item& item, UINT message, WPARAM wide, LPARAM lng) {
+  const bool wheel = message == WM_MOUSEWHEEL || message == WM_MOUSEHWHEEL;
+  if (message == WM_SETFOCUS) BringIntoView(item);
+  // Who scrolls the window must not change what is under the pointer, but an open list may scroll.
+  if (wheel && pane_->Scrolls() && !SendMessageW(item.handle, CB_GETDROPPEDSTATE, 0, 0)) {
+    return SendMessageW(pane_->handle(), message, wide, lng);
+  }
+  if (item.control->kind == Control::Kind::kTextBox) return TextMessage(item, message, wide, lng);
+  return CallWindowProcW(item.before, item.handle, message, wide, lng);
 }
 
 LRESULT FormWindow::TextMessage(Item& item, UINT message, WPARAM wide, LPARAM lng) {

@@ -12,11 +12,13 @@
 #include "platform/form.h"
 #include "platform/win32/dialog_keys.h"
 #include "platform/win32/message_font.h"
+#include "platform/win32/scroll_pane.h"
 
 namespace fliglaf::platform {
 
 /// A modeless dialog without owner, with a control of Windows for each of the form. What the user
-/// does goes to the form's handlers, and what these change is shown after each of them.
+/// does goes to the form's handlers, and what these change is shown after each of them. It is never
+/// larger than the screen: its buttons always stay in view, the rest scrolls.
 class FormWindow final : public FormView {
  public:
   /// `form` and `font` outlive it. `hold` is let go when the window is gone, as the last thing.
@@ -44,12 +46,13 @@ class FormWindow final : public FormView {
     FormWindow* window;
     Control* control;
     HWND handle;
-    WNDPROC before;  ///< of a text box: what its messages went to
+    WNDPROC before;  ///< of a text box or a list: what its messages went to
     Shown shown;
   };
 
   static INT_PTR CALLBACK OnDialogMessage(HWND dialog, UINT message, WPARAM wide, LPARAM lng);
-  static LRESULT CALLBACK OnTextMessage(HWND handle, UINT message, WPARAM wide, LPARAM lng);
+  static LRESULT CALLBACK OnControlMessage(HWND handle, UINT message, WPARAM wide, LPARAM lng);
+  LRESULT ControlMessage(Item& item, UINT message, WPARAM wide, LPARAM lng);
   LRESULT TextMessage(Item& item, UINT message, WPARAM wide, LPARAM lng);
   void OnCommand(int notification, HWND from);
 
@@ -65,11 +68,16 @@ class FormWindow final : public FormView {
   void TakeOver();
   void Update();
   void Apply(Item& item, Shown now);
-  void FitAndPlace();
+  /// Sizes the window to what is on it, within the screen.
+  void Fit();
+  void Place(SIZE client, const RECT& work);
+  void BringIntoView(const Item& item);
   [[nodiscard]] std::vector<std::u16string> Captions() const;
   [[nodiscard]] Shown Wanted(const Control& control, const std::u16string& caption) const;
   [[nodiscard]] RECT PlaceOf(const Control& control) const;
-  [[nodiscard]] SIZE ClientSize() const;
+  [[nodiscard]] SIZE WholeSize() const;
+  /// From the top of the window to the end of what stands above the buttons.
+  [[nodiscard]] LONG ContentHeight() const;
   [[nodiscard]] Item* ItemOf(HWND handle);
   void Finish();
 
@@ -77,6 +85,8 @@ class FormWindow final : public FormView {
   const MessageFont& font_;
   std::shared_ptr<void> hold_;
   HWND dialog_ = nullptr;
+  std::optional<ScrollPane> pane_;  ///< holds all but the buttons
+  SIZE buttons_moved_ = {};         ///< from their place on the form
   std::vector<std::unique_ptr<Item>> items_;
   std::optional<DialogKeys> keys_;
   int events_ = 0;

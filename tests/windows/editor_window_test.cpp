@@ -53,6 +53,13 @@ BOOL CALLBACK TakeDialog(HWND window, LPARAM found) {
   return FALSE;
 }
 
+BOOL CALLBACK TakeControls(HWND control, LPARAM controls) {
+  if (ClassOf(control) != L"#32770" && IsWindowVisible(control)) {
+    reinterpret_cast<std::vector<HWND>*>(controls)->push_back(control);
+  }
+  return TRUE;
+}
+
 class EditorWindow : public test::RegisteredLibrary {
  protected:
   void SetUp() override {
@@ -85,10 +92,7 @@ class EditorWindow : public test::RegisteredLibrary {
 
   static std::vector<HWND> Controls() {
     std::vector<HWND> controls;
-    for (HWND one = GetWindow(window(), GW_CHILD); one != nullptr;
-         one = GetWindow(one, GW_HWNDNEXT)) {
-      if (IsWindowVisible(one)) controls.push_back(one);
-    }
+    EnumChildWindows(window(), TakeControls, reinterpret_cast<LPARAM>(&controls));
     return controls;
   }
   /// The control behind the label of that name.
@@ -343,29 +347,71 @@ void ExpectRoom(HWND control) {
   }
 }
 
-TEST_F(EditorWindow, HasRoomForItsTextsInEveryLanguage) {
+/// The inside of a window, on the screen; where it scrolls, with all that is out of view.
+RECT Inside(HWND window, bool all) {
+  RECT inside = {};
+  GetClientRect(window, &inside);
+  SCROLLINFO info = {};
+  info.cbSize = sizeof info;
+  info.fMask = SIF_ALL;
+  if (all && GetScrollInfo(window, SB_HORZ, &info)) {
+    inside.left = -info.nPos;
+    inside.right = info.nMax + 1 - info.nPos;
+  }
+  if (all && GetScrollInfo(window, SB_VERT, &info)) {
+    inside.top = -info.nPos;
+    inside.bottom = info.nMax + 1 - info.nPos;
+  }
+  MapWindowPoints(window, nullptr, reinterpret_cast<POINT*>(&inside), 2);
+  return inside;
+}
+
+void ExpectWithin(HWND window, const RECT& around) {
+  RECT place = {};
+  GetWindowRect(window, &place);
+  RECT common = {};
+  IntersectRect(&common, &place, &around);
+  EXPECT_TRUE(EqualRect(&common, &place))
+      << place.left << ' ' << place.top << ' ' << place.right << ' ' << place.bottom
+      << " is not within " << around.right << ' ' << around.bottom;
+}
+
+/// The wheel over a list moves the page, and leaves what is chosen alone.
+void ExpectWheelScrolls(HWND list) {
+  const auto chosen = SendMessageW(list, CB_GETCURSEL, 0, 0);
+  std::vector<RECT> places;
+  for (const int turn : {WHEEL_DELTA, -WHEEL_DELTA, WHEEL_DELTA}) {
+    SendMessageW(list, WM_MOUSEWHEEL, MAKEWPARAM(0, 8 * turn), 0);
+    GetWindowRect(list, &places.emplace_back());
+  }
+  EXPECT_FALSE(EqualRect(&places[0], &places[1]));
+  EXPECT_TRUE(EqualRect(&places[0], &places[2]));
+  EXPECT_EQ(SendMessageW(list, CB_GETCURSEL, 0, 0), chosen);
+}
+
+TEST_F(EditorWindow, HasRoomForItsTextsAndFitsTheScreenInEveryLanguage) {
   const platform::SystemResolution resolution;
+  const RECT screen = {0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
   for (int language = 0; language <= 21000; language += 3000) {
     vars_.quorinLanguage[0] = language;
     for (const auto& [mode, variant] :
          {std::pair{4, 4}, {5, 99}, {14, 16}, {9, 15}, {12, 0}, {15, 0}}) {
+      SCOPED_TRACE(testing::Message() << language << ' ' << mode);
       const HWND dialog = Open(mode, variant);
-      RECT inside = {};
-      GetClientRect(dialog, &inside);
-      MapWindowPoints(dialog, nullptr, reinterpret_cast<POINT*>(&inside), 2);
-      RECT outside = {};
-      GetWindowRect(dialog, &outside);
-      EXPECT_GE(outside.left, 0);
-      EXPECT_GE(outside.top, 0);
-      EXPECT_LE(outside.right, GetSystemMetrics(SM_CXSCREEN));
-      EXPECT_LE(outside.bottom, GetSystemMetrics(SM_CYSCREEN));
+      ExpectWithin(dialog, screen);
+      const bool scrolls =
+          (GetWindowLongW(GetWindow(dialog, GW_CHILD), GWL_STYLE) & (WS_HSCROLL | WS_VSCROLL)) != 0;
       for (const HWND control : Controls()) {
         ExpectRoom(control);
-        RECT place = {};
-        GetWindowRect(control, &place);
-        RECT common = {};
-        IntersectRect(&common, &place, &inside);
-        EXPECT_TRUE(EqualRect(&common, &place)) << mode;
+        ExpectWithin(control, Inside(GetParent(control), true));
+        if (!IsWindowEnabled(control) || !(GetWindowLongW(control, GWL_STYLE) & WS_TABSTOP))
+          continue;
+        SetFocus(control);
+        ExpectWithin(control, Inside(GetParent(control), false));
+      }
+      if (scrolls) ExpectWheelScrolls(Named(mode == 9 ? L"0x04000 - 0x07FFF" : L"Lock Bit"));
+      for (const int button : {IDOK, IDCANCEL}) {
+        ExpectWithin(GetDlgItem(dialog, button), Inside(dialog, false));
       }
       Press(VK_ESCAPE);
     }
@@ -396,13 +442,6 @@ class Beside {
   PROCESS_INFORMATION process_ = {};
 };
 
-BOOL CALLBACK TakeLists(HWND control, LPARAM lists) {
-  if (ClassOf(control) == L"ComboBox" && IsWindowVisible(control)) {
-    reinterpret_cast<std::vector<HWND>*>(lists)->push_back(control);
-  }
-  return TRUE;
-}
-
 /// The window of that title, of whatever process, when it is there.
 HWND WaitFor(const wchar_t* title) {
   HWND found = nullptr;
@@ -420,7 +459,8 @@ TEST(EditorOfAScript, StoresWhatTheUserChooses) {
   ASSERT_NE(box, nullptr);
   ASSERT_NE(dialog, nullptr);
   std::vector<HWND> lists;
-  EnumChildWindows(dialog, TakeLists, reinterpret_cast<LPARAM>(&lists));
+  EnumChildWindows(dialog, TakeControls, reinterpret_cast<LPARAM>(&lists));
+  std::erase_if(lists, [](HWND control) { return ClassOf(control) != L"ComboBox"; });
   ASSERT_EQ(lists.size(), 6U);
   SendMessageW(lists[2], CB_SETCURSEL, 0, 0);
   SendMessageW(lists[5], CB_SETCURSEL, 0, 0);
