@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "image_layout/image_layout.h"
+#include "resources/string_table.h"
 #include "shared/range_error.h"
 
 namespace fliglaf {
@@ -20,14 +22,56 @@ ConfigurationEditor::ConfigurationEditor(EditorServices services) : services_(st
 
 void ConfigurationEditor::Open(const std::shared_ptr<SharedVariables>& variables) {
   if (ok_waits_) return;
+  if (form_.view) form_.view->TakeOver();
+  const Device device = DeviceOf(*variables);
   auto before = std::exchange(vars_, variables);
+  if (form_.loaded && device == device_ && Entries() != entries_) return;
   try {
     Form_Load();
   } catch (const RangeError&) {
     vars_ = std::move(before);
     throw;
   }
+  device_ = device;
+  entries_ = Entries();
   form_.loaded = true;
+}
+
+bool ConfigurationEditor::OpenForUser(const std::shared_ptr<SharedVariables>& variables) {
+  try {
+    Open(variables);
+    return true;
+  } catch (const RangeError&) {
+    ReportShortBuffer(*variables);
+    return false;
+  }
+}
+
+ConfigurationEditor::Device ConfigurationEditor::DeviceOf(const SharedVariables& variables) {
+  const std::uint8_t family = variables.quorinprgmode[0];
+  return {.family = family,
+          .variant = variables.quorinwoption[0],
+          .start = LayoutOf(family, SizesOf(variables)).config_start};
+}
+
+std::u16string ConfigurationEditor::Entries() const {
+  std::u16string entries;
+  for (const platform::Control* const control : form_.controls) {
+    if (control->kind == platform::Control::Kind::kComboBox) {
+      entries += static_cast<char16_t>(static_cast<const platform::ComboBox*>(control)->chosen);
+    } else if (control->kind == platform::Control::Kind::kTextBox) {
+      entries += static_cast<const platform::TextBox*>(control)->text + u'\n';
+    }
+  }
+  return entries;
+}
+
+/// In English where the language has no texts.
+void ConfigurationEditor::ReportShortBuffer(const SharedVariables& variables) {
+  constexpr int kText = resources::text::kBufferTooShort;
+  std::u16string text = desktop().LoadText(std::int64_t{variables.quorinLanguage[0]} + kText);
+  if (text.empty()) text = desktop().LoadText(kText);
+  desktop().MsgBox(platform::box_style::kOkOnly, u"fliglaf", text);
 }
 
 void ConfigurationEditor::OKButton_Click() {
@@ -35,9 +79,7 @@ void ConfigurationEditor::OKButton_Click() {
   try {
     Store();
   } catch (const RangeError&) {
-    desktop().MsgBox(platform::box_style::kOkOnly, u"fliglaf",
-                     u"The data buffer does not hold the configuration bytes");
-    return;
+    return ReportShortBuffer(*vars_);
   }
   Unload();
 }

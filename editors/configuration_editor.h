@@ -31,10 +31,12 @@ class ConfigurationEditor {
   ConfigurationEditor(const ConfigurationEditor&) = delete;
   ConfigurationEditor& operator=(const ConfigurationEditor&) = delete;
 
-  /// Loads or reloads the form from the buffer, unless its OK is still waiting: then what the user
-  /// has chosen comes first. The variables are kept open until it is unloaded. Throws RangeError
-  /// when the buffer does not hold the bytes; the form then stays as it was.
+  /// Loads or reloads the form from the buffer. What the user has changed is kept while the device is
+  /// the same, or OK is still waiting. The variables are kept open until the form is unloaded. Throws
+  /// RangeError when the buffer does not hold the bytes; the form then stays as it was.
   void Open(const std::shared_ptr<SharedVariables>& variables);
+  /// The same for a user, who gets a message box in place of the exception; then false.
+  [[nodiscard]] bool OpenForUser(const std::shared_ptr<SharedVariables>& variables);
 
   [[nodiscard]] platform::Form& form() { return form_; }
   /// The rows of the page shown, hidden ones included.
@@ -66,12 +68,26 @@ class ConfigurationEditor {
   std::vector<PageRow> rows_;
 
  private:
+  /// What the layout and the place of the bytes follow from.
+  struct Device {
+    std::uint8_t family = 0;
+    std::uint8_t variant = 0;
+    std::int64_t start = 0;
+    bool operator==(const Device&) const = default;
+  };
+
+  [[nodiscard]] static Device DeviceOf(const SharedVariables& variables);
+  /// What the lists and text boxes hold.
+  [[nodiscard]] std::u16string Entries() const;
+  void ReportShortBuffer(const SharedVariables& variables);
   void OKButton_Click();
   void Unload();
 
   EditorServices services_;
   std::shared_ptr<SharedVariables> vars_;
-  bool ok_waits_ = false;  ///< OK has been pressed, and a request is still running
+  Device device_;           ///< as it was loaded
+  std::u16string entries_;  ///< as they were loaded
+  bool ok_waits_ = false;   ///< OK has been pressed, and a request is still running
 };
 
 }  // namespace fliglaf

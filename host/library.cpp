@@ -50,8 +50,7 @@ template <class Editor>
 void Library::Show(std::unique_ptr<Editor>& editor,
                    const std::shared_ptr<SharedVariables>& variables) {
   if (!editor) editor = std::make_unique<Editor>(ServicesForEditors());
-  editor->Open(variables);
-  desktop_.Show(editor->form());
+  if (editor->OpenForUser(variables)) desktop_.Show(editor->form());
 }
 
 EditorServices Library::ServicesForEditors() {

@@ -135,6 +135,8 @@ class FormView {
   FormView(const FormView&) = delete;
   FormView& operator=(const FormView&) = delete;
 
+  /// Puts into the form what the user has entered.
+  virtual void TakeOver() = 0;
   /// The form has been unloaded. May destroy the view.
   virtual void Close() = 0;
 };

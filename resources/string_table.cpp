@@ -28,16 +28,25 @@ constexpr Row kRows[] = {
 static_assert(std::ranges::adjacent_find(kRows, std::ranges::greater_equal{}, &Row::number) ==
                   std::end(kRows),
               "FindText searches by halves");
-static_assert(kRows[0].number >= 0 && std::rbegin(kRows)->number < kBlockSize,
+static_assert(std::ranges::all_of(kRows,
+                                  [](const Row& row) {
+                                    const int within = row.number < kOwnTexts
+                                                           ? row.number
+                                                           : row.number - kOwnTexts;
+                                    return within >= 0 && within < kBlockSize;
+                                  }),
               "a number stays within its block");
 
 }  // namespace
 
 std::u16string_view FindText(std::int64_t number) {
-  if (number < 0 || number / kBlockSize >= std::int64_t{kBlocks}) return {};
-  const auto found = std::ranges::lower_bound(kRows, number % kBlockSize, {}, &Row::number);
-  if (found == std::end(kRows) || found->number != number % kBlockSize) return {};
-  return found->texts[static_cast<std::size_t>(number / kBlockSize)];
+  const std::int64_t first = number < kOwnTexts ? 0 : kOwnTexts;
+  const std::int64_t place = number - first;
+  if (place < 0 || place / kBlockSize >= std::int64_t{kBlocks}) return {};
+  const std::int64_t english = first + place % kBlockSize;
+  const auto found = std::ranges::lower_bound(kRows, english, {}, &Row::number);
+  if (found == std::end(kRows) || found->number != english) return {};
+  return found->texts[static_cast<std::size_t>(place / kBlockSize)];
 }
 
 }  // namespace fliglaf::resources

@@ -17,6 +17,9 @@ inline constexpr std::int64_t kEnglishSecondCopy = 15000;
 inline constexpr std::int64_t kItalian = 18000;
 inline constexpr std::int64_t kDutch = 21000;
 inline constexpr std::int64_t kBlockSize = 3000;
+/// Blocks of the library's own follow the numbered ones, in the same order: a text of these has a
+/// number above this one, to which the same bases are added.
+inline constexpr int kOwnTexts = 24000;
 
 /// Texts of the user interface, by their number within a language block.
 namespace text {
@@ -46,6 +49,7 @@ inline constexpr int kOscillator = 1297;
 inline constexpr int kVerify = 2002;
 inline constexpr int kBlankCheck = 2003;
 inline constexpr int kProgConfig = 2024;
+inline constexpr int kBufferTooShort = kOwnTexts + 1;
 }  // namespace text
 
 /// The text with that number, UTF-16; empty when the table has none, whatever the number.

@@ -27,6 +27,7 @@ class FormWindow final : public FormView {
 
   /// Shows the form as it is now, in front of other windows.
   void Show();
+  void TakeOver() override;
   /// During an event: when that has been handled.
   void Close() override;
 
@@ -65,7 +66,6 @@ class FormWindow final : public FormView {
   void Event(const std::function<void()>& handler);
   /// Finds out what the user has made of the controls.
   void Observe();
-  void TakeOver();
   void Update();
   void Apply(Item& item, Shown now);
   /// Sizes the window to what is on it, within the screen.

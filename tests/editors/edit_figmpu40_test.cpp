@@ -226,14 +226,20 @@ TEST_F(FuseEditor, SpeaksTheLanguageOfTheUser) {
   }
 }
 
-TEST_F(FuseEditor, LoadsAnewAndStoresOnlyThePageThatItShows) {
+TEST_F(FuseEditor, LoadsAnotherDeviceAndStoresOnlyThePageThatItShows) {
   edit_figmpu40& editor = Open(4, 14);
   EXPECT_EQ(editor.form().controls.front(), &editor.Frame1);
+  editor.Combo1[6].Choose(1);
+  editor.Open(shared_);
+  EXPECT_EQ(editor.Combo1[6].chosen, 1) << "chosen for this device";
   vars.quorinwoption[0] = 4;
-  vars.quorinibuffer[kLow] = 0x5A;
+  vars.quorinibuffer[kLow] = 0x1A;
   editor.Open(shared_);
   EXPECT_TRUE(editor.Combo1[7].visible && editor.Combo4[3].visible && editor.Text1.visible);
-  EXPECT_EQ(editor.Combo1[7].chosen, 0);
+  EXPECT_EQ(editor.Combo1[6].chosen, 0);
+  vars.quorinibuffer[kLow] = 0x80;
+  editor.Open(shared_);
+  EXPECT_EQ(editor.Combo1[7].chosen, 1) << "nothing was changed";
 
   const auto before = buffer();
   vars.quorinprgmode[0] = 8;
@@ -245,13 +251,20 @@ TEST_F(FuseEditor, LoadsAnewAndStoresOnlyThePageThatItShows) {
 TEST_F(FuseEditor, KeepsWhatCannotBeStored) {
   edit_figmpu40& editor = Open(4, 4);
   editor.Combo1[0].Choose(1);
-  int boxes = 0;
-  desktop.on_box = [&](int, std::u16string_view, std::u16string_view) { return ++boxes; };
+  std::u16string said;
+  desktop.on_box = [&](int, std::u16string_view, std::u16string_view prompt) {
+    said += prompt.substr(0, 13);
+    return 1;
+  };
   vars.ReleaseDataBuffers();
+  vars.quorinLanguage[0] = 12000;
   editor.OKButton.Click();
-  EXPECT_EQ(boxes, 1);
   EXPECT_TRUE(editor.form().loaded);
+  vars.quorinLanguage[0] = 5;  // of no language
+  vars.quorinwoption[0] = 5;
+  EXPECT_FALSE(editor.OpenForUser(shared_));
   EXPECT_THROW(editor.Open(shared_), RangeError);
+  EXPECT_EQ(said, u"Bufor danych The data buff");
   EXPECT_EQ(editor.Combo1[0].chosen, 1);
 
   vars.OpenDataBuffers(vars.DataBufferLength(), [] { FAIL(); });

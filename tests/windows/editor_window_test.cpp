@@ -297,8 +297,10 @@ TEST_F(EditorWindow, OutlivesTheObjectThatOpenedIt) {
   const HWND dialog = Open(4, 4);
   SendMessageW(Named(L"CKSEL0:"), CB_SETCURSEL, 0, 0);
   Image()[kLow] = 0x0F;
-  EXPECT_EQ(Open(4, 14), dialog) << "one window";
-  EXPECT_EQ(SendMessageW(Named(L"CKSEL0:"), CB_GETCURSEL, 0, 0), 1) << "loaded anew";
+  EXPECT_EQ(Open(4, 4), dialog) << "one window";
+  EXPECT_EQ(SendMessageW(Named(L"CKSEL0:"), CB_GETCURSEL, 0, 0), 0) << "as the user chose";
+  EXPECT_EQ(Open(4, 14), dialog);
+  EXPECT_EQ(SendMessageW(Named(L"CKSEL0:"), CB_GETCURSEL, 0, 0), 1) << "another device";
   EXPECT_EQ(SendMessageW(Named(L"BOOTRST:"), CB_GETCURSEL, 0, 0), 0);
 
   object_.Reset();
@@ -319,6 +321,24 @@ TEST_F(EditorWindow, OutlivesTheObjectThatOpenedIt) {
   ASSERT_EQ(CoInitialize(nullptr), S_OK);
 }
 
+std::wstring g_said;
+
+void CALLBACK CloseTheBox(HWND /*window*/, UINT /*message*/, UINT_PTR /*timer*/, DWORD /*time*/) {
+  const HWND box = FindWindowW(nullptr, L"fliglaf");
+  if (box == nullptr) return;
+  g_said = TextOf(GetDlgItem(box, 0xFFFF));
+  PostMessageW(box, WM_CLOSE, 0, 0);
+}
+
+TEST_F(EditorWindow, SaysThatTheBufferIsTooShort) {
+  vars_.quorinLanguage[0] = 21000;
+  vars_.quorintlength[0] = test::kFlashBytes;
+  const UINT_PTR timer = SetTimer(nullptr, 0, 100, CloseTheBox);
+  EXPECT_EQ(Open(4, 4), nullptr);
+  KillTimer(nullptr, timer);
+  EXPECT_EQ(g_said.substr(0, 27), L"De databuffer is te kort: h");
+}
+
 /// Width of a text in the font of its control.
 LONG WidthOf(HWND control, const std::wstring& text) {
   const HDC context = GetDC(control);
@@ -333,7 +353,7 @@ void ExpectRoom(HWND control) {
   RECT inside = {};
   GetClientRect(control, &inside);
   if (ClassOf(control) != L"ComboBox") {
-    EXPECT_LE(WidthOf(control, CaptionOf(control)), inside.right) << TextOf(control).size();
+    EXPECT_LE(WidthOf(control, CaptionOf(control)), inside.right);
     return;
   }
   COMBOBOXINFO info = {};
@@ -347,33 +367,16 @@ void ExpectRoom(HWND control) {
   }
 }
 
-/// The inside of a window, on the screen; where it scrolls, with all that is out of view.
-RECT Inside(HWND window, bool all) {
+/// Whether all of a window is in the inside of another one.
+bool IsWithin(HWND around, HWND window) {
   RECT inside = {};
-  GetClientRect(window, &inside);
-  SCROLLINFO info = {};
-  info.cbSize = sizeof info;
-  info.fMask = SIF_ALL;
-  if (all && GetScrollInfo(window, SB_HORZ, &info)) {
-    inside.left = -info.nPos;
-    inside.right = info.nMax + 1 - info.nPos;
-  }
-  if (all && GetScrollInfo(window, SB_VERT, &info)) {
-    inside.top = -info.nPos;
-    inside.bottom = info.nMax + 1 - info.nPos;
-  }
-  MapWindowPoints(window, nullptr, reinterpret_cast<POINT*>(&inside), 2);
-  return inside;
-}
-
-void ExpectWithin(HWND window, const RECT& around) {
+  GetClientRect(around, &inside);
+  MapWindowPoints(around, nullptr, reinterpret_cast<POINT*>(&inside), 2);
   RECT place = {};
   GetWindowRect(window, &place);
   RECT common = {};
-  IntersectRect(&common, &place, &around);
-  EXPECT_TRUE(EqualRect(&common, &place))
-      << place.left << ' ' << place.top << ' ' << place.right << ' ' << place.bottom
-      << " is not within " << around.right << ' ' << around.bottom;
+  IntersectRect(&common, &place, &inside);
+  return EqualRect(&common, &place) != FALSE;
 }
 
 /// The wheel over a list moves the page, and leaves what is chosen alone.
@@ -391,27 +394,24 @@ void ExpectWheelScrolls(HWND list) {
 
 TEST_F(EditorWindow, HasRoomForItsTextsAndFitsTheScreenInEveryLanguage) {
   const platform::SystemResolution resolution;
-  const RECT screen = {0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
   for (int language = 0; language <= 21000; language += 3000) {
     vars_.quorinLanguage[0] = language;
     for (const auto& [mode, variant] :
          {std::pair{4, 4}, {5, 99}, {14, 16}, {9, 15}, {12, 0}, {15, 0}}) {
       SCOPED_TRACE(testing::Message() << language << ' ' << mode);
       const HWND dialog = Open(mode, variant);
-      ExpectWithin(dialog, screen);
-      const bool scrolls =
-          (GetWindowLongW(GetWindow(dialog, GW_CHILD), GWL_STYLE) & (WS_HSCROLL | WS_VSCROLL)) != 0;
+      EXPECT_TRUE(IsWithin(GetDesktopWindow(), dialog));
+      const HWND pane = GetWindow(dialog, GW_CHILD);
       for (const HWND control : Controls()) {
         ExpectRoom(control);
-        ExpectWithin(control, Inside(GetParent(control), true));
         if (!IsWindowEnabled(control) || !(GetWindowLongW(control, GWL_STYLE) & WS_TABSTOP))
           continue;
         SetFocus(control);
-        ExpectWithin(control, Inside(GetParent(control), false));
+        EXPECT_TRUE(IsWithin(GetParent(control), control));
       }
-      if (scrolls) ExpectWheelScrolls(Named(mode == 9 ? L"0x04000 - 0x07FFF" : L"Lock Bit"));
-      for (const int button : {IDOK, IDCANCEL}) {
-        ExpectWithin(GetDlgItem(dialog, button), Inside(dialog, false));
+      EXPECT_TRUE(IsWithin(dialog, GetDlgItem(dialog, IDCANCEL)) && IsWithin(dialog, pane));
+      if (GetWindowLongW(pane, GWL_STYLE) & (WS_HSCROLL | WS_VSCROLL)) {
+        ExpectWheelScrolls(Named(mode == 9 ? L"0x04000 - 0x07FFF" : L"Lock Bit"));
       }
       Press(VK_ESCAPE);
     }
