@@ -1,11 +1,12 @@
-// Opens every page of the configuration editors through the registered library and saves a picture
-// of each into the folder that is named.
+// Opens pages of the configuration editors through the registered library and saves a picture of
+// each into the folder that is named: of every page, or of the one page for a small screen.
 #include <windows.h>
 
 #include <algorithm>
 #include <fliglaf_type_library.h>
 #include <gdiplus.h>
 #include <iostream>
+#include <span>
 #include <string>
 
 #include "platform/win32/com_object.h"
@@ -46,6 +47,9 @@ BOOL CALLBACK TakeDialog(HWND window, LPARAM found) {
   return FALSE;
 }
 
+/// Wider than a screen of 1,024 pixels when an inch has 144.
+constexpr Page kSmallScreenPages[] = {{L"fuses-4-small-screen", 4, 4, 18000}};
+
 bool Save(HWND window, const std::wstring& file) {
   RECT place = {};
   GetWindowRect(window, &place);
@@ -64,7 +68,7 @@ bool Save(HWND window, const std::wstring& file) {
   return saved;
 }
 
-bool TakeAll(const std::wstring& folder) {
+bool TakeAll(const std::wstring& folder, std::span<const Page> pages) {
   SharedVariables vars;
   vars.OpenMainGroup(kInstance, [] {});
   vars.quorinbuflength[0] = 4096;
@@ -80,7 +84,7 @@ bool TakeAll(const std::wstring& folder) {
   SHORT instance = kInstance;
   object->bufcommpu4(&instance);
   bool all = true;
-  for (const Page& page : kPages) {
+  for (const Page& page : pages) {
     vars.quorinprgmode[0] = page.family;
     vars.quorinwoption[0] = page.variant;
     vars.quorinLanguage[0] = page.language;
@@ -102,11 +106,14 @@ bool TakeAll(const std::wstring& folder) {
 }  // namespace fliglaf
 
 int wmain(int argc, wchar_t** argv) {
-  if (argc != 2 || FAILED(CoInitialize(nullptr))) return 2;
+  if (argc < 2 || FAILED(CoInitialize(nullptr))) return 2;
   ULONG_PTR token = 0;
   const Gdiplus::GdiplusStartupInput input;
   Gdiplus::GdiplusStartup(&token, &input, nullptr);
-  const bool taken = fliglaf::TakeAll(argv[1]);
+  const bool small_screen = argc == 3 && std::wstring(argv[2]) == L"small-screen";
+  const auto pages = small_screen ? std::span<const fliglaf::Page>(fliglaf::kSmallScreenPages)
+                                  : std::span<const fliglaf::Page>(fliglaf::kPages);
+  const bool taken = fliglaf::TakeAll(argv[1], pages);
   Gdiplus::GdiplusShutdown(token);
   CoUninitialize();
   return taken ? 0 : 1;

@@ -8,5 +8,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 mkdir pictures
 wine regsvr32 /s fliglaf.dll
 wine editor_pictures.exe pictures
+wine reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d 144 /f >/dev/null
+wineserver -k -w
+wine explorer /desktop=small,1024x768 editor_pictures.exe pictures small-screen
 wine regsvr32 /s /u fliglaf.dll
 ls pictures
