@@ -172,17 +172,6 @@ TEST_F(FuseEditor, EachListStandsForABitOfItsOwn) {
   EXPECT_EQ(Changed(before), "");
 }
 
-TEST_F(FuseEditor, KnowsTheLockModes) {
-  for (const auto& [bits, entry] : {std::pair{3, 0}, {2, 1}, {0, 2}, {1, 0}}) {
-    vars.quorinibuffer[kLock] = static_cast<std::uint8_t>(0xFC | bits);
-    edit_figmpu40& editor = Open(5, 5);
-    EXPECT_EQ(editor.Combo3[0].chosen, entry);
-    editor.Combo3[0].Choose(2);
-    editor.OKButton.Click();
-    EXPECT_EQ(vars.quorinibuffer[kLock], 0xFC);
-  }
-}
-
 TEST_F(FuseEditor, TellsTheLockBytesAsTheyAreEdited) {
   vars.quorinibuffer[kWrite] = 0x0F;
   vars.quorinibuffer[kRead] = 0xA0;

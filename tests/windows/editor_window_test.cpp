@@ -3,7 +3,6 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -11,56 +10,16 @@
 
 #include "platform/win32/message_font.h"
 #include "tests/windows/registered_library.h"
+#include "tests/windows/window_search.h"
 
-namespace fliglaf {
+namespace fliglaf::test {
 namespace {
 
 constexpr int kLow = 2 * 1000 - 32;
 constexpr int kHigh = kLow + 2;
 constexpr int kLock = kLow + 3;
 
-void Pump() {
-  MSG message = {};
-  while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-    TranslateMessage(&message);
-    DispatchMessageW(&message);
-  }
-}
-
-std::wstring TextOf(HWND window) {
-  std::wstring text(256, L'\0');
-  text.resize(static_cast<std::size_t>(
-      SendMessageW(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()))));
-  return text;
-}
-
-/// Without the mark of the access key.
-std::wstring CaptionOf(HWND window) {
-  std::wstring caption = TextOf(window);
-  std::erase(caption, L'&');
-  return caption;
-}
-
-std::wstring ClassOf(HWND window) {
-  std::wstring name(32, L'\0');
-  name.resize(static_cast<std::size_t>(GetClassNameW(window, name.data(), 32)));
-  return name;
-}
-
-BOOL CALLBACK TakeDialog(HWND window, LPARAM found) {
-  if (ClassOf(window) != L"#32770" || !IsWindowVisible(window)) return TRUE;
-  *reinterpret_cast<HWND*>(found) = window;
-  return FALSE;
-}
-
-BOOL CALLBACK TakeControls(HWND control, LPARAM controls) {
-  if (ClassOf(control) != L"#32770" && IsWindowVisible(control)) {
-    reinterpret_cast<std::vector<HWND>*>(controls)->push_back(control);
-  }
-  return TRUE;
-}
-
-class EditorWindow : public test::RegisteredLibrary {
+class EditorWindow : public RegisteredLibrary {
  protected:
   void SetUp() override {
     RegisteredLibrary::SetUp();
@@ -332,7 +291,7 @@ void CALLBACK CloseTheBox(HWND /*window*/, UINT /*message*/, UINT_PTR /*timer*/,
 
 TEST_F(EditorWindow, SaysThatTheBufferIsTooShort) {
   vars_.quorinLanguage[0] = 21000;
-  vars_.quorintlength[0] = test::kFlashBytes;
+  vars_.quorintlength[0] = kFlashBytes;
   const UINT_PTR timer = SetTimer(nullptr, 0, 100, CloseTheBox);
   EXPECT_EQ(Open(4, 4), nullptr);
   KillTimer(nullptr, timer);
@@ -418,61 +377,5 @@ TEST_F(EditorWindow, HasRoomForItsTextsAndFitsTheScreenInEveryLanguage) {
   }
 }
 
-/// A program that runs beside this one.
-class Beside {
- public:
-  explicit Beside(std::wstring command) {
-    STARTUPINFOW start = {};
-    start.cb = sizeof start;
-    EXPECT_TRUE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                               nullptr, &start, &process_));
-  }
-  ~Beside() {
-    CloseHandle(process_.hThread);
-    CloseHandle(process_.hProcess);
-  }
-  Beside(const Beside&) = delete;
-  Beside& operator=(const Beside&) = delete;
-
-  [[nodiscard]] bool Ends() const {
-    return WaitForSingleObject(process_.hProcess, 30'000) == WAIT_OBJECT_0;
-  }
-
- private:
-  PROCESS_INFORMATION process_ = {};
-};
-
-/// The window of that title, of whatever process, when it is there.
-HWND WaitFor(const wchar_t* title) {
-  HWND found = nullptr;
-  for (int i = 0; i < 600 && !IsWindowVisible(found); ++i) {
-    Sleep(50);
-    found = FindWindowW(nullptr, title);
-  }
-  return found;
-}
-
-TEST(EditorOfAScript, StoresWhatTheUserChooses) {
-  const Beside script(L"cscript //nologo editor.vbs editor.txt");
-  const HWND box = WaitFor(L"fliglaf script");
-  const HWND dialog = WaitFor(L"Edit Configuration");
-  ASSERT_NE(box, nullptr);
-  ASSERT_NE(dialog, nullptr);
-  std::vector<HWND> lists;
-  EnumChildWindows(dialog, TakeControls, reinterpret_cast<LPARAM>(&lists));
-  std::erase_if(lists, [](HWND control) { return ClassOf(control) != L"ComboBox"; });
-  ASSERT_EQ(lists.size(), 6U);
-  SendMessageW(lists[2], CB_SETCURSEL, 0, 0);
-  SendMessageW(lists[5], CB_SETCURSEL, 0, 0);
-  SendMessageW(GetDlgItem(dialog, IDOK), BM_CLICK, 0, 0);
-  EXPECT_FALSE(IsWindow(dialog));
-  PostMessageW(box, WM_CLOSE, 0, 0);
-  ASSERT_TRUE(script.Ends());
-  std::ifstream report("editor.txt");
-  std::string bytes;
-  std::getline(report, bytes);
-  EXPECT_EQ(bytes, "FA FD");
-}
-
 }  // namespace
-}  // namespace fliglaf
+}  // namespace fliglaf::test
