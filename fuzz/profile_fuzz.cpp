@@ -6,7 +6,6 @@
 #include <string_view>
 
 #include "devices/catalogue/device_catalogue.h"
-#include "devices/catalogue/profile_rules.h"
 #include "devices/kinds/device_kind.h"
 #include "fuzz/check.h"
 #include "shared/utf8.h"

@@ -26,7 +26,7 @@
 #include <toml++/toml.h>
 
 #include "devices/catalogue/profile_fields.h"
-#include "devices/catalogue/profile_rules.h"
+#include "devices/kinds/device_kind.h"
 #include "devices/nearest_names.h"
 #include "devices/profile_error.h"
 #include "shared/utf8.h"

@@ -2,14 +2,11 @@
 #include <array>
 #include <memory>
 
-#include "devices/kinds/common.h"
 #include "devices/kinds/kinds.h"
 #include "simulator/chips/avr_jtag_chip.h"
 
 namespace fliglaf {
 namespace {
-
-using D = const DeviceProfile&;
 
 /// Variant with two fuse bytes; the others have an extended one, too.
 constexpr std::uint8_t kTwoFuseBytes = 6;
@@ -57,10 +54,7 @@ simulator::Part MakePart(const DeviceProfile& device, const simulator::Clock& cl
 
 }  // namespace
 
-constinit const DeviceKind kAvrJtag{.layout = FamilyLayout,
-                                    .rules = kRules,
-                                    .config_bytes = ConfigBytes,
-                                    .reads_config = true,
-                                    .make_part = MakePart};
+constinit const DeviceKind kAvrJtag{
+    .rules = kRules, .config_bytes = ConfigBytes, .reads_config = true, .make_part = MakePart};
 
 }  // namespace fliglaf

@@ -1,18 +1,75 @@
-// Parts with configuration words, written over the parallel port in a programming mode of their
-// own.
+// Parts with configuration words, written over the parallel port in a programming mode of
+// their own.
+#include "devices/kinds/config_word.h"
+
 #include <algorithm>
 #include <array>
 #include <memory>
 
-#include "devices/kinds/common.h"
-#include "devices/kinds/config_word_sockets.h"
 #include "devices/kinds/kinds.h"
 #include "simulator/chips/config_word_chip.h"
 
 namespace fliglaf {
 namespace {
 
-using D = const DeviceProfile&;
+using simulator::ConfigWordWiring, simulator::LineLevels, simulator::LinesOf;
+
+constexpr LineLevels At(int port, std::uint8_t levels) {
+  return {LinesOf(2 * port, 0xFF), LinesOf(2 * port, levels)};
+}
+
+constexpr LineLevels operator+(const LineLevels& one, const LineLevels& other) {
+  return {one.lines | other.lines, one.levels | other.levels};
+}
+
+constexpr int kAny = -1;
+
+struct SocketRow {
+  int pins, mode, kind;
+  bool adapter;
+  ConfigWordWiring wiring;
+};
+
+constexpr LineLevels kLow28 = At(0, 0x00) + At(1, 0x00) + At(3, 0x00);
+constexpr LineLevels kLow44 = At(0, 0x00) + At(2, 0x00) + At(3, 0x00) + At(5, 0x00);
+constexpr LineLevels kAdapter44 = At(3, 0x10) + At(2, 0x82);
+constexpr ConfigWordWiring kLarge{At(0, 0x00) + At(1, 0x00), At(1, 0x10), At(1, 0x14)};
+
+// clang-format off
+/// The first row that fits a socket holds.
+constexpr std::array kSockets = std::to_array<SocketRow>({
+    //pins mode  kind  adapter  before the supply                           after it     at the end
+    { 6, kAny, kAny, false, {At(0, 0x00),                                At(0, 0x20), At(0, 0x60)}},
+    { 8,    5,    2, false, {At(0, 0x00),                                At(0, 0x02), At(0, 0x82)}},
+    { 8, kAny, kAny, false, {At(0, 0x00),                                At(0, 0x01), At(0, 0x09)}},
+    {14,   22, kAny, false, {At(1, 0x40),                                At(1, 0x00), At(1, 0x00) + At(0, 0x01)}},
+    {14, kAny, kAny, false, {At(1, 0x00),                                At(1, 0x0A), At(1, 0x0A) + At(0, 0x01)}},
+    {18, kAny, kAny, false, kLarge},
+    {20,   40,    1, false, {At(0, 0x00) + At(1, 0x00) + At(2, 0x00),    At(0, 0x40), At(0, 0x03)}},
+    {20, kAny, kAny, false, kLarge},
+    {28,    5,    5, false, {kLow28,                                     At(3, 0x08), At(3, 0x28)}},
+    {28, kAny, kAny, false, {kLow28,                                     At(1, 0x20), At(1, 0x20) + At(3, 0x04)}},
+    {40, kAny, kAny, false, {At(1, 0x00) + At(2, 0x00) + At(4, 0x00),    At(2, 0x84), At(2, 0x84) + At(4, 0x01)}},
+    {44, kAny, kAny, true,  {kLow44,                                     kAdapter44,  kAdapter44 + At(5, 0x08)}},
+    {44, kAny, kAny, false, {kLow44,                                     At(0, 0x00), At(0, 0x20)}},
+    {64, kAny, kAny, false, kLarge},
+    {68, kAny, kAny, false, kLarge},
+    {80, kAny, kAny, false, kLarge},
+    {84, kAny, kAny, false, kLarge},
+});
+// clang-format on
+
+const ConfigWordWiring& WiringOf(const ConfigWordSocket& socket) {
+  const auto fits = [](int wanted, int is) { return wanted == kAny || wanted == is; };
+  for (const SocketRow& row : kSockets) {
+    if (row.pins == socket.pins && fits(row.mode, socket.mode) && fits(row.kind, socket.kind) &&
+        (socket.adapter || !row.adapter)) {
+      return row.wiring;
+    }
+  }
+  throw std::invalid_argument("no socket for configuration words has " +
+                              std::to_string(socket.pins) + " pins");
+}
 
 constexpr std::int32_t kPage = 256;
 constexpr std::int32_t kLargest = 8192;
@@ -36,8 +93,7 @@ std::vector<ConfigByte> ConfigBytes(const DeviceProfile& device) {
 }
 
 bool HasSocket(const DeviceProfile& device) {
-  constexpr std::array kPins{6, 8, 14, 18, 20, 28, 40, 44, 64, 68, 80, 84};
-  return std::ranges::find(kPins, device.pin_count) != kPins.end();
+  return std::ranges::find(kSockets, device.pin_count, &SocketRow::pins) != kSockets.end();
 }
 
 // clang-format off
@@ -63,7 +119,7 @@ simulator::Part MakeConfigWordPart(const DeviceProfile& device, const ConfigWord
   using simulator::ConfigWordChip;
   return {
       .chip = std::make_unique<ConfigWordChip>(
-          clock, ConfigWordWiringOf(socket), SiliconOf(device),
+          clock, WiringOf(socket), SiliconOf(device),
           ConfigWordChip::Features{.words = device.config_words, .vpp_first = socket.vpp_first}),
       .supply = SupplyOf(device),
       .joined_input = ConfigWordChip::kDataOut};

@@ -34,6 +34,11 @@ const DeviceKind& KindOf(const DeviceProfile& device) {
   throw std::invalid_argument("there is no device of family " + std::to_string(device.family));
 }
 
+ImageLayout FamilyLayout(const DeviceProfile& device) {
+  return LayoutOf(device.family,
+                  {.size = device.size, .data_size = device.data_size, .page = device.page});
+}
+
 ImageLayout LayoutOf(const DeviceProfile& device) { return KindOf(device).layout(device); }
 
 std::vector<ConfigByte> ConfigBytesOf(const DeviceProfile& device) {

@@ -40,9 +40,12 @@ struct ConfigHazard {
   std::string_view effect;  ///< "turns serial programming off"
 };
 
+/// The layout of the device's family.
+[[nodiscard]] ImageLayout FamilyLayout(const DeviceProfile& device);
+
 /// One kind, in a file of its own. What it leaves out it does not have.
 struct DeviceKind {
-  ImageLayout (*layout)(const DeviceProfile&);
+  ImageLayout (*layout)(const DeviceProfile&) = FamilyLayout;
   /// Beyond those that every device keeps.
   std::span<const ProfileRule> rules;
   std::vector<ConfigByte> (*config_bytes)(const DeviceProfile&) = nullptr;
@@ -56,6 +59,10 @@ struct DeviceKind {
 
 /// Throws std::invalid_argument for a family that does not exist.
 [[nodiscard]] const DeviceKind& KindOf(const DeviceProfile& device);
+
+/// The first rule that the device breaks, of those for every device and those of its kind; null if
+/// it keeps all.
+[[nodiscard]] const ProfileRule* FirstBrokenRule(const DeviceProfile& device);
 
 /// Where the memories and the configuration of a device lie in its image.
 [[nodiscard]] ImageLayout LayoutOf(const DeviceProfile& device);

@@ -1,27 +1,17 @@
 // Parts programmed through indirect flash registers behind their test access port.
-#include <algorithm>
 #include <array>
 #include <memory>
-#include <stdexcept>
-#include <string>
 
-#include "devices/kinds/common.h"
 #include "devices/kinds/kinds.h"
 #include "simulator/chips/flash_register_chip.h"
 
 namespace fliglaf {
 namespace {
 
-using D = const DeviceProfile&;
 using simulator::LinesOf;
 
 /// Variant with register set B, whose addresses have 17 bits.
 constexpr std::uint8_t kWide = 15;
-
-struct Variant {
-  std::uint8_t option;
-  simulator::JtagWiring wiring;
-};
 
 constexpr simulator::Lines kRouting22 = LinesOf(2, 0x08) | LinesOf(0, 0x02);
 constexpr simulator::Lines kRouting23 = LinesOf(0, 0x09) | LinesOf(2, 0xA0) | LinesOf(6, 0x01);
@@ -29,23 +19,18 @@ constexpr simulator::Lines kRouting24 = LinesOf(2, 0x40) | LinesOf(4, 0x02) | Li
 
 // clang-format off
 /// How the port is wired to the socket. All levels of the routing are high.
-constexpr std::array kVariants{
+constexpr std::array kVariants = std::to_array<Variant<simulator::JtagWiring>>({
     //          TCK               TMS               TDI               TDO               routing
-    Variant{11, simulator::kJtagWiring},
-    Variant{12, simulator::kJtagWiring},
-    Variant{13, simulator::kJtagWiring},
-    Variant{14, simulator::kJtagWiring},
-    Variant{15, simulator::kJtagWiring},
-    Variant{22, {LinesOf(2, 0x10), LinesOf(2, 0x20), LinesOf(2, 0x80), LinesOf(2, 0x40), kRouting22, kRouting22}},
-    Variant{23, {LinesOf(0, 0x20), LinesOf(0, 0x10), LinesOf(0, 0x40), LinesOf(0, 0x80), kRouting23, kRouting23}},
-    Variant{24, {LinesOf(0, 0x10), LinesOf(0, 0x20), LinesOf(0, 0x80), LinesOf(0, 0x40), kRouting24, kRouting24}},
-};
+    {11, simulator::kJtagWiring},
+    {12, simulator::kJtagWiring},
+    {13, simulator::kJtagWiring},
+    {14, simulator::kJtagWiring},
+    {15, simulator::kJtagWiring},
+    {22, {LinesOf(2, 0x10), LinesOf(2, 0x20), LinesOf(2, 0x80), LinesOf(2, 0x40), kRouting22, kRouting22}},
+    {23, {LinesOf(0, 0x20), LinesOf(0, 0x10), LinesOf(0, 0x40), LinesOf(0, 0x80), kRouting23, kRouting23}},
+    {24, {LinesOf(0, 0x10), LinesOf(0, 0x20), LinesOf(0, 0x80), LinesOf(0, 0x40), kRouting24, kRouting24}},
+});
 // clang-format on
-
-const simulator::JtagWiring* WiringOf(const DeviceProfile& device) {
-  const auto found = std::ranges::find(kVariants, device.option, &Variant::option);
-  return found == kVariants.end() ? nullptr : &found->wiring;
-}
 
 /// Families 10 and 11 give the second area addresses of its own.
 bool SecondApart(const DeviceProfile& device) { return device.family >= 10; }
@@ -56,8 +41,9 @@ std::vector<ConfigByte> ConfigBytes(const DeviceProfile& device) {
   return {{"write-lock", start, 0xFF, true}, {"read-lock", start + 1, 0xFF, true}};
 }
 
-bool WideHasOwnAddresses(const DeviceProfile& device, std::uint8_t family) {
-  return device.family != family || device.option != kWide;
+bool HasLines(const DeviceProfile& device) {
+  return (device.option >= 11 && device.option <= 15) ||
+         (device.option >= 22 && device.option <= 24);
 }
 
 bool MainIsWholePages(const DeviceProfile& device) {
@@ -72,9 +58,9 @@ bool AddressesReach(const DeviceProfile& device) {
 
 // clang-format off
 constexpr std::array kRules{
-    ProfileRule{"option", [](D d) { return WiringOf(d) != nullptr; }, "must be 11 to 15 or 22 to 24 in families 8 to 11"},
-    ProfileRule{"option", [](D d) { return WideHasOwnAddresses(d, 8); }, "must be 11 to 14 or 22 to 24 in family 8, which writes addresses of 16 bits"},
-    ProfileRule{"option", [](D d) { return WideHasOwnAddresses(d, 9); }, "must be 11 to 14 or 22 to 24 in family 9, which writes addresses of 16 bits"},
+    ProfileRule{"option", HasLines, "must be 11 to 15 or 22 to 24 in families 8 to 11"},
+    ProfileRule{"option", [](D d) { return d.family != 8 || d.option != kWide; }, "must be 11 to 14 or 22 to 24 in family 8, which writes addresses of 16 bits"},
+    ProfileRule{"option", [](D d) { return d.family != 9 || d.option != kWide; }, "must be 11 to 14 or 22 to 24 in family 9, which writes addresses of 16 bits"},
     ProfileRule{"image_bytes", ImageIsBytes, "must be 'size' in families 8 to 11, with 'address_bytes' 1"},
     ProfileRule{"size", MainIsWholePages, "must be two pages or more, besides 'data_size', in families 8 to 11, the last but one with the lock bytes"},
     ProfileRule{"size", AddressesReach, "must be up to 65536 in families 8 and 9, as in 10 and 11 without 'data_size'; with option 15 these have up to 131072"},
@@ -85,24 +71,18 @@ constexpr std::array kRules{
 // clang-format on
 
 simulator::Part MakePart(const DeviceProfile& device, const simulator::Clock& clock) {
-  const simulator::JtagWiring* const wiring = WiringOf(device);
-  if (wiring == nullptr) {
-    throw std::invalid_argument("no chip is wired for option " + std::to_string(device.option));
-  }
+  const simulator::JtagWiring& wiring = WiringFor(device.option, kVariants);
   return {.chip = std::make_unique<simulator::FlashRegisterChip>(
-              clock, *wiring, SiliconOf(device),
+              clock, wiring, SiliconOf(device),
               simulator::FlashRegisterChip::Features{.second_apart = SecondApart(device),
                                                      .wide = device.option == kWide}),
           .supply = SupplyOf(device),
-          .jtag = wiring};
+          .jtag = &wiring};
 }
 
 }  // namespace
 
-constinit const DeviceKind kFlashRegister{.layout = FamilyLayout,
-                                          .rules = kRules,
-                                          .config_bytes = ConfigBytes,
-                                          .reads_config = true,
-                                          .make_part = MakePart};
+constinit const DeviceKind kFlashRegister{
+    .rules = kRules, .config_bytes = ConfigBytes, .reads_config = true, .make_part = MakePart};
 
 }  // namespace fliglaf

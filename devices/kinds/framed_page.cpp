@@ -1,15 +1,11 @@
 // 8051 parts whose serial instructions begin with 0xAA and are framed by a select line.
 #include <array>
-#include <memory>
 
-#include "devices/kinds/common.h"
 #include "devices/kinds/kinds.h"
 #include "simulator/chips/framed_page_chip.h"
 
 namespace fliglaf {
 namespace {
-
-using D = const DeviceProfile&;
 
 constexpr std::array kHazards{
     ConfigHazard{"fuse", 0, true, "ISP Enable", "turns serial programming off"},
@@ -29,18 +25,12 @@ constexpr std::array kRules{
 };
 // clang-format on
 
-simulator::Part MakePart(const DeviceProfile& device, const simulator::Clock& clock) {
-  return {.chip = std::make_unique<simulator::FramedPageChip>(clock, SiliconOf(device)),
-          .supply = SupplyOf(device)};
-}
-
 }  // namespace
 
 constinit const DeviceKind kFramedPage{
-    .layout = FamilyLayout,
     .rules = kRules,
     .config_bytes = ConfigBytes,
     .hazards = [](const DeviceProfile&) { return std::span<const ConfigHazard>(kHazards); },
-    .make_part = MakePart};
+    .make_part = MakePartOf<simulator::FramedPageChip>};
 
 }  // namespace fliglaf

@@ -1,15 +1,11 @@
 // 8051 parts with serial programming in pages of 256 bytes.
 #include <array>
-#include <memory>
 
-#include "devices/kinds/common.h"
 #include "devices/kinds/kinds.h"
 #include "simulator/chips/isp51_chip.h"
 
 namespace fliglaf {
 namespace {
-
-using D = const DeviceProfile&;
 
 constexpr std::int32_t kPage = 256;
 constexpr std::int32_t kLargest = 8192;  // an instruction has address bits 0 to 12
@@ -22,16 +18,10 @@ constexpr std::array kRules{
 };
 // clang-format on
 
-simulator::Part MakePart(const DeviceProfile& device, const simulator::Clock& clock) {
-  return {.chip = std::make_unique<simulator::Isp51Chip>(clock, SiliconOf(device)),
-          .supply = SupplyOf(device)};
-}
-
 }  // namespace
 
-constinit const DeviceKind kIsp51{.layout = FamilyLayout,
-                                  .rules = kRules,
+constinit const DeviceKind kIsp51{.rules = kRules,
                                   .runs_over_parallel_port = true,
-                                  .make_part = MakePart};
+                                  .make_part = MakePartOf<simulator::Isp51Chip>};
 
 }  // namespace fliglaf

@@ -1,15 +1,11 @@
 // 8051 parts with a data EEPROM, programmed byte by byte in instructions of three bytes.
 #include <array>
-#include <memory>
 
-#include "devices/kinds/common.h"
 #include "devices/kinds/kinds.h"
 #include "simulator/chips/isp51_data_chip.h"
 
 namespace fliglaf {
 namespace {
-
-using D = const DeviceProfile&;
 
 constexpr std::int32_t kLargest = 8192;  // an instruction has address bits 0 to 12
 constexpr std::int32_t kLargestData = 2048;
@@ -22,14 +18,9 @@ constexpr std::array kRules{
 };
 // clang-format on
 
-simulator::Part MakePart(const DeviceProfile& device, const simulator::Clock& clock) {
-  return {.chip = std::make_unique<simulator::Isp51DataChip>(clock, SiliconOf(device)),
-          .supply = SupplyOf(device)};
-}
-
 }  // namespace
 
-constinit const DeviceKind kIsp51Data{
-    .layout = FamilyLayout, .rules = kRules, .make_part = MakePart};
+constinit const DeviceKind kIsp51Data{.rules = kRules,
+                                      .make_part = MakePartOf<simulator::Isp51DataChip>};
 
 }  // namespace fliglaf

@@ -2,14 +2,11 @@
 #include <array>
 #include <memory>
 
-#include "devices/kinds/common.h"
 #include "devices/kinds/kinds.h"
 #include "simulator/chips/serial_page_chip.h"
 
 namespace fliglaf {
 namespace {
-
-using D = const DeviceProfile&;
 
 /// Lock bits: two for the memory, up to four for a boot section. Bit 1 always reads as 1 here.
 constexpr std::uint8_t kLockBits = 0x3D;
@@ -71,8 +68,7 @@ simulator::Part MakePart(const DeviceProfile& device, const simulator::Clock& cl
 
 }  // namespace
 
-constinit const DeviceKind kSerialPage{.layout = FamilyLayout,
-                                       .rules = kRules,
+constinit const DeviceKind kSerialPage{.rules = kRules,
                                        .config_bytes = ConfigBytes,
                                        .hazards = Hazards,
                                        .reads_config = true,

@@ -1,15 +1,11 @@
 // AVR parts without pages, programmed byte by byte in instructions of four bytes.
 #include <array>
-#include <memory>
 
-#include "devices/kinds/common.h"
 #include "devices/kinds/kinds.h"
 #include "simulator/chips/serial_word_chip.h"
 
 namespace fliglaf {
 namespace {
-
-using D = const DeviceProfile&;
 
 constexpr std::int32_t kFlash = 1024;
 constexpr std::int32_t kLargestEeprom = 64;
@@ -27,14 +23,9 @@ constexpr std::array kRules{
 };
 // clang-format on
 
-simulator::Part MakePart(const DeviceProfile& device, const simulator::Clock& clock) {
-  return {.chip = std::make_unique<simulator::SerialWordChip>(clock, SiliconOf(device)),
-          .supply = SupplyOf(device)};
-}
-
 }  // namespace
 
-constinit const DeviceKind kSerialWord{
-    .layout = FamilyLayout, .rules = kRules, .make_part = MakePart};
+constinit const DeviceKind kSerialWord{.rules = kRules,
+                                       .make_part = MakePartOf<simulator::SerialWordChip>};
 
 }  // namespace fliglaf

@@ -1,18 +1,13 @@
 // Parts programmed over a clock line and a data line for both ways.
-#include <algorithm>
 #include <array>
 #include <memory>
-#include <stdexcept>
-#include <string>
 
-#include "devices/kinds/common.h"
 #include "devices/kinds/kinds.h"
 #include "simulator/chips/two_wire_chip.h"
 
 namespace fliglaf {
 namespace {
 
-using D = const DeviceProfile&;
 using simulator::Lines;
 using simulator::TwoWireWiring;
 
@@ -31,35 +26,30 @@ constexpr TwoWireWiring Wired(Lines clock, Lines data, Lines high, Lines low = 0
   return {clock, 0, data, high | low, high, reset_enable};
 }
 
-struct Variant {
-  std::uint8_t option;
-  TwoWireWiring wiring;
-};
-
 // clang-format off
-constexpr std::array kVariants{
+constexpr std::array kVariants = std::to_array<Variant<TwoWireWiring>>({
     //             clock       data        lines that are high
-    Variant{12, Wired(P(0, 0x08), P(0, 0x04), P(2, 0x10))},
-    Variant{13, Wired(P(1, 0x02), P(1, 0x01), P(0, 0x40))},
-    Variant{14, Wired(P(1, 0x04), P(1, 0x08), P(2, 0x08))},
-    Variant{15, Wired(P(1, 0x01), P(1, 0x02), P(2, 0x08))},
-    Variant{16, Wired(P(0, 0x10), P(0, 0x01), P(0, 0x80))},
-    Variant{17, Wired(P(0, 0x02), P(0, 0x04), P(1, 0x04))},
-    Variant{18, Wired(P(0, 0x01), P(0, 0x02), P(1, 0x08))},
-    Variant{19, Wired(P(1, 0x02), P(1, 0x04), P(1, 0x01))},
-    Variant{20, Wired(P(1, 0x02), P(1, 0x04), P(1, 0x01))},
-    Variant{21, Wired(P(1, 0x01), P(1, 0x02), P(2, 0x08))},
-    Variant{22, Wired(P(2, 0x01), P(2, 0x02), P(3, 0x02) | P(1, 0x01))},
-    Variant{23, Wired(P(1, 0x08), P(1, 0x10), P(3, 0x20) | P(2, 0x40) | P(0, 0x01))},
-    Variant{24, Wired(P(0, 0x20), P(0, 0x80), P(0, 0x02), P(0, 0x05))},
-    Variant{25, Wired(P(0, 0x20), P(0, 0x80), P(0, 0x01), P(0, 0x06))},
-    Variant{26, Wired(P(0, 0x01), P(0, 0x02), P(1, 0x02))},
-    Variant{27, Wired(P(3, 0x04), P(3, 0x40), P(2, 0x08))},
-    Variant{28, Wired(P(1, 0x08), P(1, 0x10), P(0, 0x04))},
-    Variant{29, Wired(P(1, 0x01), P(1, 0x40), P(1, 0x08))},
-    Variant{30, Wired(P(0, 0x20), P(0, 0x80), P(0, 0x02), P(0, 0x01), P(0, 0x04))},
-    Variant{31, Wired(P(1, 0x40), P(1, 0x04), P(0, 0x18))},
-};
+    {12, Wired(P(0, 0x08), P(0, 0x04), P(2, 0x10))},
+    {13, Wired(P(1, 0x02), P(1, 0x01), P(0, 0x40))},
+    {14, Wired(P(1, 0x04), P(1, 0x08), P(2, 0x08))},
+    {15, Wired(P(1, 0x01), P(1, 0x02), P(2, 0x08))},
+    {16, Wired(P(0, 0x10), P(0, 0x01), P(0, 0x80))},
+    {17, Wired(P(0, 0x02), P(0, 0x04), P(1, 0x04))},
+    {18, Wired(P(0, 0x01), P(0, 0x02), P(1, 0x08))},
+    {19, Wired(P(1, 0x02), P(1, 0x04), P(1, 0x01))},
+    {20, Wired(P(1, 0x02), P(1, 0x04), P(1, 0x01))},
+    {21, Wired(P(1, 0x01), P(1, 0x02), P(2, 0x08))},
+    {22, Wired(P(2, 0x01), P(2, 0x02), P(3, 0x02) | P(1, 0x01))},
+    {23, Wired(P(1, 0x08), P(1, 0x10), P(3, 0x20) | P(2, 0x40) | P(0, 0x01))},
+    {24, Wired(P(0, 0x20), P(0, 0x80), P(0, 0x02), P(0, 0x05))},
+    {25, Wired(P(0, 0x20), P(0, 0x80), P(0, 0x01), P(0, 0x06))},
+    {26, Wired(P(0, 0x01), P(0, 0x02), P(1, 0x02))},
+    {27, Wired(P(3, 0x04), P(3, 0x40), P(2, 0x08))},
+    {28, Wired(P(1, 0x08), P(1, 0x10), P(0, 0x04))},
+    {29, Wired(P(1, 0x01), P(1, 0x40), P(1, 0x08))},
+    {30, Wired(P(0, 0x20), P(0, 0x80), P(0, 0x02), P(0, 0x01), P(0, 0x04))},
+    {31, Wired(P(1, 0x40), P(1, 0x04), P(0, 0x18))},
+});
 // clang-format on
 
 constexpr TwoWireWiring kFixedWiring{
@@ -68,10 +58,7 @@ constexpr TwoWireWiring kFixedWiring{
 bool IsFixed(const DeviceProfile& device) { return device.family == kFixed; }
 
 const TwoWireWiring& WiringOf(const DeviceProfile& device) {
-  if (IsFixed(device)) return kFixedWiring;
-  const auto found = std::ranges::find(kVariants, device.option, &Variant::option);
-  if (found != kVariants.end()) return found->wiring;
-  throw std::invalid_argument("no chip is wired for option " + std::to_string(device.option));
+  return IsFixed(device) ? kFixedWiring : WiringFor(device.option, kVariants);
 }
 
 bool NeedsVpp(const DeviceProfile& device) {
@@ -124,10 +111,7 @@ simulator::Part MakePart(const DeviceProfile& device, const simulator::Clock& cl
 
 }  // namespace
 
-constinit const DeviceKind kTwoWire{.layout = FamilyLayout,
-                                    .rules = kRules,
-                                    .config_bytes = ConfigBytes,
-                                    .reads_config = true,
-                                    .make_part = MakePart};
+constinit const DeviceKind kTwoWire{
+    .rules = kRules, .config_bytes = ConfigBytes, .reads_config = true, .make_part = MakePart};
 
 }  // namespace fliglaf

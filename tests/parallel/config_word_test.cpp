@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "devices/kinds/config_word_sockets.h"
+#include "devices/kinds/config_word.h"
 #include "parallel/config_mode.h"
 #include "parallel/config_word_writer.h"
 #include "tests/support/test_host.h"

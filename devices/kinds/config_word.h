@@ -4,7 +4,6 @@
 
 #include "devices/device_profile.h"
 #include "simulator/clock.h"
-#include "simulator/config_word_wiring.h"
 #include "simulator/part.h"
 
 namespace fliglaf {
@@ -18,10 +17,8 @@ struct ConfigWordSocket {
   bool vpp_first = false;  ///< the programming voltage comes ahead of the supply
 };
 
-/// Throws std::invalid_argument for a package that there is no socket for.
-[[nodiscard]] simulator::ConfigWordWiring ConfigWordWiringOf(const ConfigWordSocket& socket);
-
-/// A new part in a socket, which a profile does not tell in full. `clock` outlives it.
+/// A new part in any of the sockets; a profile gives the pins alone. `clock` outlives the part.
+/// Throws std::invalid_argument for a number of pins that no socket has.
 [[nodiscard]] simulator::Part MakeConfigWordPart(const DeviceProfile& device,
                                                  const ConfigWordSocket& socket,
                                                  const simulator::Clock& clock);

@@ -1,11 +1,10 @@
-#include "devices/catalogue/profile_rules.h"
-
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <string>
 #include <vector>
 
+#include "devices/kinds/kinds.h"
 #include "shared/utf8.h"
 
 namespace fliglaf {
@@ -47,8 +46,6 @@ bool CodesHaveOneMeaning(const DeviceProfile& device) {
   }
   return Distinct(codes);
 }
-
-using D = const DeviceProfile&;
 
 // clang-format off
 /// What every device keeps, of whatever kind.

@@ -1,14 +1,9 @@
-#include "devices/kinds/common.h"
+#include "devices/kinds/kinds.h"
 
 #include <bit>
 #include <chrono>
 
 namespace fliglaf {
-
-ImageLayout FamilyLayout(const DeviceProfile& device) {
-  return LayoutOf(device.family,
-                  {.size = device.size, .data_size = device.data_size, .page = device.page});
-}
 
 simulator::Silicon SiliconOf(const DeviceProfile& device) {
   using std::chrono::microseconds, std::chrono::milliseconds;
