@@ -1,11 +1,8 @@
 #include "simulator/bench/bench.h"
 
-#include <algorithm>
-
 #include "devices/kinds/device_kind.h"
 
 namespace fliglaf::simulator {
-namespace {}  // namespace
 
 Bench::Bench(const DeviceProfile& device, std::int16_t instance, const Faults& faults,
              bool real_time)

@@ -4,7 +4,7 @@
 
 namespace fliglaf::simulator {
 
-/// What was asked of the bench cannot be had: the message names the thing, the place and what would
+/// The bench cannot do what was asked: the message names the thing, the place and what would
 /// be right.
 class BenchError : public std::runtime_error {
  public:

@@ -1,6 +1,7 @@
 #include "simulator/bench/fault_option.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <iterator>
 
@@ -37,11 +38,12 @@ struct Parse {
 };
 
 struct FaultKind {
-  std::string_view name;
-  std::string_view argument;  ///< how it is written; empty for a fault that takes none
-  std::string_view example;   ///< of an argument
+  std::string_view usage;    ///< its name, with "=ARGUMENT" if it takes one
+  std::string_view example;  ///< with an argument
   std::string_view help;
   void (*apply)(const Parse&);
+
+  [[nodiscard]] std::string_view name() const { return usage.substr(0, usage.find('=')); }
 };
 
 /// A number in decimal or, after 0x, hexadecimal. Fails unless it is from `least` to `most`.
@@ -99,17 +101,20 @@ void ApplyStuck(const Parse& parse) {
   parse.faults.stuck_bits.push_back(stuck);
 }
 
-std::vector<std::string_view> OperationNames() {
-  std::vector<std::string_view> names;
-  std::ranges::transform(kOperations, std::back_inserter(names), &Operation::name);
-  return names;
+/// The `field` of every row, such as its name.
+template <typename Rows, typename Field>
+std::vector<std::string_view> Column(const Rows& rows, Field field) {
+  std::vector<std::string_view> column;
+  std::ranges::transform(rows, std::back_inserter(column), field);
+  return column;
 }
 
-/// "did you mean ...?", or all of `names` where none is near.
-std::string Suggestion(std::string_view word, std::span<const std::string_view> names) {
+/// "did you mean ...?", or the whole list where no name is near.
+std::string Suggestion(std::string_view word, std::span<const std::string_view> names,
+                       std::span<const std::string_view> list) {
   const auto nearest = NearestNames(word, names);
   if (!nearest.empty()) return fmt::format("did you mean {}?", nearest.front());
-  return fmt::format("must be one of {}", fmt::join(names, ", "));
+  return fmt::format("must be one of {}", fmt::join(list, ", "));
 }
 
 void ApplyCall(const Parse& parse) {
@@ -117,8 +122,8 @@ void ApplyCall(const Parse& parse) {
   const std::string_view name = parse.argument.substr(0, colon);
   const Operation* const operation = FindOperation(name);
   if (operation == nullptr) {
-    parse.Fail(
-        fmt::format("unknown operation \"{}\"; {}", name, Suggestion(name, OperationNames())));
+    const auto names = Column(kOperations, &Operation::name);
+    parse.Fail(fmt::format("unknown operation \"{}\"; {}", name, Suggestion(name, names, names)));
   }
   const std::uint32_t nth =
       colon == parse.argument.size()
@@ -135,88 +140,64 @@ void ApplyRandom(const Parse& parse) {
 }
 
 constexpr std::array kKinds{
-    FaultKind{"no-programmer", "", "", "no programmer is found",
+    FaultKind{"no-programmer", "", "no programmer is found",
               ApplyToEveryCall<Fault::kRefusal, Op::kOpenProgrammer>},
-    FaultKind{"no-adapter", "", "", "the programmer reports the wrong adapter, or none",
+    FaultKind{"no-adapter", "", "the programmer reports the wrong adapter, or none",
               ApplyToEveryCall<Fault::kRefusal, Op::kSetFigMode>},
-    FaultKind{"no-chip", "", "", "the socket is empty", ApplyNoChip},
-    FaultKind{"supply", "", "", "the device's supply stays off",
+    FaultKind{"no-chip", "", "the socket is empty", ApplyNoChip},
+    FaultKind{"supply", "", "the device's supply stays off",
               ApplyToEveryCall<Fault::kRefusal, Op::kSetVcc>},
-    FaultKind{"usb-timeout", "", "", "bulk reads never report",
+    FaultKind{"usb-timeout", "", "bulk reads never report",
               ApplyToEveryCall<Fault::kSilentTransfer, Op::kUsbBulkRead>},
-    FaultKind{"usb-failure", "", "", "bulk reads report that they failed",
+    FaultKind{"usb-failure", "", "bulk reads report that they failed",
               ApplyToEveryCall<Fault::kFailedTransfer, Op::kUsbBulkRead>},
-    FaultKind{"answer", "LEVEL", "answer=0",
+    FaultKind{"answer=LEVEL", "answer=0",
               "the line on which the chip answers is stuck at LEVEL, 0 or 1", ApplyAnswer},
-    FaultKind{"stuck", "ADDRESS.BIT=VALUE", "stuck=0x1A7.3=0",
+    FaultKind{"stuck=ADDRESS.BIT=VALUE", "stuck=0x1A7.3=0",
               "a bit of the main memory always reads as VALUE, 0 or 1", ApplyStuck},
-    FaultKind{"call", "OPERATION[:NTH]", "call=FlushQueue:3",
+    FaultKind{"call=OPERATION[:NTH]", "call=FlushQueue:3",
               "the NTH call of OPERATION fails, the first unless given", ApplyCall},
-    FaultKind{"random", "SEED", "random=7",
+    FaultKind{"random=SEED", "random=7",
               "faults of the programmer at random: one in 100,000 calls and bytes, one in 100 "
               "bulk reads and power-up calls; the same SEED repeats them",
               ApplyRandom},
 };
 
-std::string Usage(const FaultKind& kind) {
-  return fmt::format("{}{}{}", kind.name, kind.argument.empty() ? "" : "=", kind.argument);
-}
-
-std::vector<std::string_view> KindNames() {
-  std::vector<std::string_view> names;
-  std::ranges::transform(kKinds, std::back_inserter(names), &FaultKind::name);
-  return names;
-}
-
-[[noreturn]] void FailUnknown(const Parse& parse, std::string_view name) {
-  std::vector<std::string> usages;
-  std::ranges::transform(kKinds, std::back_inserter(usages), Usage);
-  const auto nearest = NearestNames(name, KindNames());
-  parse.Fail(fmt::format("unknown fault; {}ust be one of {}",
-                         nearest.empty() ? "m" : "did you mean " + nearest.front() + "? M",
-                         fmt::join(usages, ", ")));
-}
-
 void Apply(Parse parse) {
   const std::size_t equals = parse.fault.find('=');
   const std::string_view name = parse.fault.substr(0, equals);
   const auto kind = std::ranges::find(kKinds, name, &FaultKind::name);
-  if (kind == kKinds.end()) FailUnknown(parse, name);
+  if (kind == kKinds.end()) {
+    parse.Fail("unknown fault; " + Suggestion(name, Column(kKinds, &FaultKind::name),
+                                              Column(kKinds, &FaultKind::usage)));
+  }
   const bool has_argument = equals != parse.fault.npos;
-  if (has_argument && kind->argument.empty()) parse.Fail("takes no argument");
-  if (!has_argument && !kind->argument.empty()) {
-    parse.Fail(fmt::format("must be {}, as in {}", Usage(*kind), kind->example));
+  const bool takes_argument = kind->usage != name;
+  if (has_argument && !takes_argument) parse.Fail("takes no argument");
+  if (!has_argument && takes_argument) {
+    parse.Fail(fmt::format("must be {}, as in {}", kind->usage, kind->example));
   }
   if (has_argument) parse.argument = parse.fault.substr(equals + 1);
   kind->apply(parse);
 }
 
-/// Addresses that a stuck bit may have: those of the configuration words where there is nothing
-/// else.
+/// Number of addresses that a stuck bit may have: those of the configuration words in a device that
+/// has nothing else.
 std::uint32_t MemoryBytes(const DeviceProfile& device) {
   const std::int64_t bytes =
       device.config_words > 0 ? 2 * device.config_words : LayoutOf(device).main_bytes;
   return static_cast<std::uint32_t>(bytes);
 }
 
-std::string_view What(Fault fault) {
-  switch (fault) {
-    case Fault::kRefusal:
-      return "reported an error";
-    case Fault::kFailedTransfer:
-      return "reported a failed transfer";
-    case Fault::kSilentTransfer:
-      return "never reported";
-    case Fault::kLateTransfer:
-      return "came late";
-    case Fault::kShortTransfer:
-      return "brought half of the data";
-    case Fault::kFlippedBit:
-      return "had a wrong bit";
-    default:
-      return "failed";
-  }
-}
+/// What each fault did to its call, in the order of Fault.
+constexpr std::array<std::string_view, kFaults> kEffects{"",
+                                                         "failed",
+                                                         "reported an error",
+                                                         "reported a failed transfer",
+                                                         "never reported",
+                                                         "came late",
+                                                         "brought half of the data",
+                                                         "had a wrong bit"};
 
 std::string RandomReport(const PlannedFaults& faults, std::uint32_t seed) {
   const auto& fired = faults.fired();
@@ -225,7 +206,7 @@ std::string RandomReport(const PlannedFaults& faults, std::uint32_t seed) {
   const auto& first = fired.front();
   return fmt::format("{}{} fault{}; the first at call {}: {} {}", start, fired.size(),
                      fired.size() == 1 ? "" : "s", first.call, Row(first.operation).name,
-                     What(first.fault));
+                     kEffects[static_cast<std::size_t>(first.fault)]);
 }
 
 }  // namespace
@@ -248,8 +229,11 @@ Faults ParseFaults(std::span<const std::string> list, const DeviceProfile& devic
 
 std::vector<FaultHelp> FaultHelps() {
   std::vector<FaultHelp> helps;
-  for (const FaultKind& kind : kKinds) helps.push_back({Usage(kind), std::string(kind.help)});
-  helps.push_back({"OPERATION", fmt::format("one of {}", fmt::join(OperationNames(), ", "))});
+  for (const FaultKind& kind : kKinds) {
+    helps.push_back({std::string(kind.usage), std::string(kind.help)});
+  }
+  const auto operations = Column(kOperations, &Operation::name);
+  helps.push_back({"OPERATION", fmt::format("one of {}", fmt::join(operations, ", "))});
   return helps;
 }
 
