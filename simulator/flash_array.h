@@ -31,10 +31,17 @@ class FlashArray {
   void Program(std::uint32_t address, std::uint8_t byte) {
     cells_[address % cells_.size()] &= byte;
   }
+  /// Programs the page that holds `address` from its buffer, which is erased afterwards.
+  void ProgramPage(std::uint32_t address, std::span<std::uint8_t> buffer) {
+    const auto size = static_cast<std::uint32_t>(buffer.size());
+    std::uint32_t at = address / size * size;
+    for (const std::uint8_t byte : buffer) Program(at++, byte);
+    std::ranges::fill(buffer, kErased);
+  }
   /// What an EEPROM does with a byte: erases its cell first.
   void Rewrite(std::uint32_t address, std::uint8_t byte) { cells_[address % cells_.size()] = byte; }
   void Erase() { std::ranges::fill(cells_, kErased); }
-  /// `count` bytes from `first` on, of those that there are.
+  /// Up to `count` bytes from `first` on, those within the array.
   void Erase(std::size_t first, std::size_t count) {
     const auto end =
         cells_.begin() + static_cast<std::ptrdiff_t>(std::min(first + count, cells_.size()));

@@ -56,7 +56,7 @@ constexpr std::uint8_t kEepromSave = 0x08;
 /// Pages of EEPROM in the bytes of a page of flash.
 constexpr std::size_t kEepromPages = 32;
 
-/// Lock bits that there are; the others read as 1.
+/// Implemented lock bits; the others read as 1.
 constexpr std::uint8_t kLockBits = 0x3F;
 
 }  // namespace
@@ -218,10 +218,7 @@ void AvrJtagChip::Write(std::uint16_t command) {
 }
 
 void AvrJtagChip::WriteFlashPage() {
-  const std::uint32_t size = static_cast<std::uint32_t>(page_.size());
-  const std::uint32_t start = 2 * address_ / size * size;
-  for (std::uint32_t i = 0; i < size; ++i) flash_.Program(start + i, page_[i]);
-  std::ranges::fill(page_, FlashArray::kErased);
+  flash_.ProgramPage(2 * address_, page_);
   BusyFor(silicon_.page_write);
 }
 

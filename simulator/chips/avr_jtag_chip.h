@@ -80,7 +80,7 @@ class AvrJtagChip : public JtagChip {
   bool enabled_ = false;
   /// The command in progress: control signals above, byte below.
   std::uint16_t command_ = 0;
-  /// What the chip has been told to do: flash write, fuse read ...
+  /// The operation that was loaded: flash write, fuse read ...
   std::uint8_t mode_ = 0;
   std::uint32_t address_ = 0;  ///< words; bytes in the EEPROM
   std::array<std::uint8_t, 2> data_{};

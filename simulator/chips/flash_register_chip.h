@@ -19,7 +19,7 @@ namespace fliglaf::simulator {
 ///   writes what stands right ahead of it, 10 latches the register for the next scan to carry out.
 /// - That next scan has bit 0 while the access goes on, then the flash's own busy and failure bits,
 ///   and the byte in bits 3 to 10.
-/// - The control register tells what an access to the data register does: nothing, a read ahead of
+/// - The control register sets what an access to the data register does: nothing, a read ahead of
 ///   the next byte, a read of one byte, the programming of a byte, the erasing of a page, which has
 ///   to be written 0xA5. The address moves on after a read and after a programmed byte.
 /// - The timing register has to fit the clock, or nothing is programmed or erased. While the flash
@@ -48,7 +48,7 @@ class FlashRegisterChip : public JtagChip {
 
   /// A place in one of the two memories.
   struct Place {
-    FlashArray* memory = nullptr;  ///< null: there is nothing
+    FlashArray* memory = nullptr;  ///< null: no memory at this address
     std::uint32_t address = 0;
   };
 

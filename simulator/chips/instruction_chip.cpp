@@ -17,9 +17,13 @@ void InstructionChip::TakeByte(std::uint8_t byte) {
   Execute();
 }
 
-bool InstructionChip::TakeEnable() {
+bool InstructionChip::IsEnable() const {
   constexpr std::uint8_t kProgrammingEnable = 0x53;
-  if (byte_at(0) != kControl || byte_at(1) != kProgrammingEnable) return false;
+  return byte_at(0) == kControl && byte_at(1) == kProgrammingEnable;
+}
+
+bool InstructionChip::TakeEnable() {
+  if (!IsEnable()) return false;
   enabled_ = true;
   return true;
 }

@@ -26,9 +26,11 @@ class InstructionChip : public SerialChip {
   /// A whole instruction has come in.
   virtual void Execute() = 0;
 
-  /// First byte of the instructions that a second one tells apart.
+  /// First byte of the instructions that the second byte tells apart.
   static constexpr std::uint8_t kControl = 0xAC;
-  /// True of the programming enable, which it carries out.
+  /// The first two bytes are those of the programming enable.
+  [[nodiscard]] bool IsEnable() const;
+  /// Carries out the programming enable; false for any other instruction.
   bool TakeEnable();
   /// In programming mode.
   [[nodiscard]] bool enabled() const { return enabled_; }

@@ -3,7 +3,6 @@
 namespace fliglaf::simulator {
 namespace {
 
-constexpr std::uint8_t kProgrammingEnable = 0x53;
 constexpr std::uint8_t kEnableAnswer = 0x69;
 constexpr std::uint8_t kReadPage = 0x30;
 constexpr std::uint8_t kWritePage = 0x50;
@@ -54,7 +53,7 @@ void Isp51Chip::TakeByte(std::uint8_t byte) {
 }
 
 std::optional<std::uint8_t> Isp51Chip::Answer() const {
-  if (byte_at(0) == kControl && byte_at(1) == kProgrammingEnable) return kEnableAnswer;
+  if (IsEnable()) return kEnableAnswer;
   if (byte_at(0) == kReadSignature && enabled()) {
     return silicon_.signature[byte_at(1) % silicon_.signature.size()];
   }

@@ -1,7 +1,5 @@
 #include "simulator/chips/serial_page_chip.h"
 
-#include <algorithm>
-
 namespace fliglaf::simulator {
 namespace {
 
@@ -30,7 +28,7 @@ constexpr std::uint8_t kWriteFuseExtended = 0xA4;
 constexpr std::uint8_t kWriteFuseHigh = 0xA8;
 constexpr std::uint8_t kWriteLock = 0xE0;
 
-/// Lock bits that there are; the others read as 1.
+/// Implemented lock bits; the others read as 1.
 constexpr std::uint8_t kLockBits = 0x3F;
 
 /// Bits of the high fuse byte, or of the only one; 0 is programmed.
@@ -151,13 +149,9 @@ void SerialPageChip::LoadPage(bool high) {
   page_[(2 * address() + (high ? 1 : 0)) % page_.size()] = byte_at(3);
 }
 
-/// The address bits within the page do not count. The buffer is empty afterwards.
 void SerialPageChip::WritePage() {
   if (!may_write()) return;
-  auto at = 2 * address() / static_cast<std::uint32_t>(page_.size()) *
-            static_cast<std::uint32_t>(page_.size());
-  for (const std::uint8_t byte : page_) flash_.Program(at++, byte);
-  std::ranges::fill(page_, FlashArray::kErased);
+  flash_.ProgramPage(2 * address(), page_);
   BusyFor(silicon_.page_write);
 }
 
