@@ -3,7 +3,7 @@
 namespace fliglaf {
 namespace {
 
-/// What quorinbvcch(0) tells of a device with configuration words.
+/// Value of quorinbvcch(0) for a device with two configuration words.
 constexpr std::int16_t kTwoConfigWords = 1;
 
 void SetPins(ByteVariable& variable, const std::vector<std::uint8_t>& pins) {

@@ -5,7 +5,7 @@
 
 namespace fliglaf {
 
-/// Fills in what a host tells the library of a device. `parallel`: for a request to the parallel
+/// Fills in the variables that describe a device to the library. `parallel`: for a request to the parallel
 /// engine, which has the end of the range behind its last address.
 void DescribeDevice(const DeviceProfile& device, bool parallel, SharedVariables& vars);
 

@@ -40,7 +40,7 @@ class FaultyProgrammer : public ForwardingProgrammer, public platform::TimeSourc
 
     bool operator==(const Fired&) const = default;
   };
-  /// Every fault that there was, in order.
+  /// Every fault that happened, in order.
   [[nodiscard]] const std::vector<Fired>& fired() const { return fired_; }
   [[nodiscard]] std::size_t Count(Fault fault) const;
 
@@ -54,10 +54,10 @@ class FaultyProgrammer : public ForwardingProgrammer, public platform::TimeSourc
  protected:
   struct Choice {
     Fault fault = Fault::kNone;
-    std::uint32_t detail = 0;  ///< how many ms late; which bit is flipped, modulo those there are
+    std::uint32_t detail = 0;  ///< how many ms late; which bit is flipped, modulo their number
   };
   /// What goes wrong with the call that is being made. A fault that the operation cannot have is
-  /// none.
+  /// ignored.
   virtual Choice Choose(Op op) = 0;
 
   std::int32_t Perform(Op op, const Arguments& arguments) override;

@@ -17,8 +17,8 @@ inline constexpr Lines kPortLines = (Lines{1} << kPortRegisters / 2 * 8) - 1;
 inline constexpr Lines kVcc = Lines{1} << 62;
 inline constexpr Lines kVpp = Lines{1} << 63;
 
-/// The lines of `mask` on the port that register `number` drives or masks; none for a register that
-/// is no port register.
+/// The lines of `mask` on the port that register `number` drives or masks; none for a number that
+/// is not a port register.
 [[nodiscard]] constexpr Lines LinesOf(int number, std::uint8_t mask) {
   return number >= 0 && number < kPortRegisters ? Lines{mask} << (number / 2 * 8) : 0;
 }
@@ -32,7 +32,7 @@ class Ports {
     outputs_ = high ? ~Lines{0} : Lines{0};
     inputs_ = 0;
   }
-  /// What is written to a number that is no port register, 0 to 11, goes nowhere.
+  /// A write to a number that is not a port register, 0 to 11, has no effect.
   void Write(int number, std::uint8_t value) {
     const Lines all = LinesOf(number, 0xFF);
     const Lines written = LinesOf(number, value);

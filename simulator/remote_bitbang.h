@@ -10,7 +10,7 @@
 
 namespace fliglaf::simulator {
 
-/// A client sent what is no request; what() names it and says which there are.
+/// A client sent an unknown request; what() names it and lists the known ones.
 class UnknownRequest : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

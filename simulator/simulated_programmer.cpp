@@ -65,7 +65,8 @@ std::int32_t SimulatedProgrammer::OpenProgrammer() {
 /// The lines of a programmer on USB come up high, those of one on the parallel port low.
 void SimulatedProgrammer::PresetLines() { wires_.Preset(lines_come_up_high_); }
 
-/// The blocks are held for a run only: their host may make them anew, of another size, after it.
+/// The blocks are held for a run only: afterwards their host may replace them
+/// by blocks of another size.
 void SimulatedProgrammer::OpenBlocks() {
   const auto none = [] {};
   vars_.OpenMainGroup(instance_, none);

@@ -25,8 +25,8 @@ class SimulatedProgrammer : public Programmer, public platform::TimeSource {
   /// `instance`: the number of the shared blocks that it serves.
   SimulatedProgrammer(Clock& clock, Socket& socket, std::int16_t instance);
 
-  /// Lets the message loop of whoever calls turn once: a compare does so at each difference, so
-  /// that it can be stopped.
+  /// Runs one turn of the caller's message loop: a compare does so at each difference, so that it
+  /// can be stopped.
   std::function<void()> on_turn;
 
   /// Has `watch` see the socket as it is now, and every change from now on.

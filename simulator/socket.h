@@ -87,7 +87,7 @@ class Socket {
 
   Chip* chip_;
   Lines sensitive_;   ///< of the chip; none without one
-  Lines levels_ = 0;  ///< as Observe has been told
+  Lines levels_ = 0;  ///< as last passed to Observe
   SupplyPins pins_;
   PinSet vcc_on_;
   PinSet gnd_on_;

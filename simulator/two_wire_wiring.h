@@ -12,7 +12,7 @@ struct TwoWireWiring {
   /// Lines that join the programmer to the chip, and the levels at which they do.
   Lines routing;
   Lines joined;
-  Lines reset_enable = 0;  ///< high at a reset pulse, or it is none
+  Lines reset_enable = 0;  ///< must be high for a reset pulse to count; may be none
 };
 
 }  // namespace fliglaf::simulator

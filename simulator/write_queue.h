@@ -8,7 +8,7 @@
 
 namespace fliglaf::simulator {
 
-/// What the programmer collects until it is told to send it: register writes and delays. A pass
+/// What the programmer collects until FlushQueue: register writes and delays. A pass
 /// queues hundreds of thousands of them, so an entry takes four bytes, and the queue grows by
 /// blocks that stay where they are.
 class WriteQueue {

@@ -298,7 +298,7 @@ class FaultSweep : public testing::TestWithParam<SmallDevice> {
     EXPECT_EQ(bench_.Count("SignalFail"), outcome.result == 0 ? 0U : 1U);
   }
 
-  /// A stop that the parallel engine finds while it writes is told by the verify that follows.
+  /// A stop that the parallel engine finds while it writes is reported by the verify that follows.
   void CheckStopped(const Outcome& outcome) {
     EXPECT_EQ(bench_.Count("SignalFail"), 1U);
     if (outcome.result == 1 && GetParam().parallel) {

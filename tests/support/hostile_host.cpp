@@ -101,7 +101,7 @@ void HostileHost::WriteTexts() {
   }
 }
 
-/// What the host has mapped goes first: a block is made anew, of another size, once nobody has it.
+/// What the host has mapped goes first: a block can be made in another size once nobody has it open.
 void HostileHost::ResizeBuffer() {
   constexpr std::int32_t kLengths[] = {0,
                                        -1,

@@ -166,7 +166,7 @@ class TestHost {
     const auto bytes = vars.quorinibuffer.Range(0, vars.quorinbuflength[0]);
     return {bytes.begin(), bytes.end()};
   }
-  /// The cells of a memory of the chip; empty for one that it has not.
+  /// The cells of a memory of the chip; empty if it has none of that name.
   [[nodiscard]] std::span<std::uint8_t> cells(std::string_view area) {
     for (const simulator::MemoryArea& memory : bench.chip().Memory()) {
       if (memory.name == area) return memory.bytes;
