@@ -1,6 +1,7 @@
-// What holds for every device that the program knows, end to end: host object, engine, programmer
+// What holds for devices of every family, end to end: host object, engine, programmer
 // on lines, chip.
 #include <algorithm>
+#include <cstdlib>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -134,12 +135,24 @@ class EveryDevice : public testing::TestWithParam<DeviceProfile> {
   const DeviceProfile little_ = Little(GetParam());
 };
 
+/// The largest device of each family, and of each choice of fuses that shut the interface; with
+/// FLIGLAF_EXTENDED=1 in the environment, all. Configuration words have a mode of their own.
 std::vector<DeviceProfile> Devices() {
+  const bool all = std::getenv("FLIGLAF_EXTENDED") != nullptr;
   const DeviceCatalogue known = DeviceCatalogue::BuiltIn();
   std::vector<DeviceProfile> devices;
-  std::ranges::copy_if(known.all(), std::back_inserter(devices), [](const DeviceProfile& device) {
-    return device.config_words == 0;  // they have a programming mode of their own
-  });
+  for (const DeviceProfile& device : known.all()) {
+    if (device.config_words > 0) continue;
+    const auto like = std::ranges::find_if(devices, [&device](const DeviceProfile& other) {
+      return other.family == device.family &&
+             ConfigHazardsOf(other).size() == ConfigHazardsOf(device).size();
+    });
+    if (all || like == devices.end()) {
+      devices.push_back(device);
+    } else if (device.size > like->size) {
+      *like = device;
+    }
+  }
   return devices;
 }
 INSTANTIATE_TEST_SUITE_P(Known, EveryDevice, testing::ValuesIn(Devices()), [](const auto& device) {
@@ -176,7 +189,7 @@ TEST_P(EveryDevice, OneWrongBitIsFoundAtItsAddress) {
   host.Fill();
   ASSERT_EQ(host.Run(kVerify), 0) << host.log();
   const std::size_t last = host.cells("flash").size() - 1;
-  for (const std::size_t address : {std::size_t{0}, std::size_t{0x63}, last}) {
+  for (const std::size_t address : {std::size_t{0}, last}) {
     std::uint8_t& cell = host.cells("flash")[address];
     cell ^= 0x10;
     host.TakeLog();
@@ -184,8 +197,10 @@ TEST_P(EveryDevice, OneWrongBitIsFoundAtItsAddress) {
     EXPECT_EQ(host.Run(kVerify), 1);
     EXPECT_THAT(host.TakeLog(), HasSubstr(">>Device Address:" + digits + "H  Device Data:" +
                                           test::Narrow(HexDigits(cell, 2)) + "H"));
-    EXPECT_EQ(host.Run(kCompare), 0) << "a compare lists, it does not fail";
-    EXPECT_THAT(host.TakeLog(), StartsWith("h1\nh2\n>> " + digits + "H  "));
+    if (address == last) {
+      EXPECT_EQ(host.Run(kCompare), 0) << "a compare lists, it does not fail";
+      EXPECT_THAT(host.TakeLog(), StartsWith("h1\nh2\n>> " + digits + "H  "));
+    }
     cell ^= 0x10;
   }
   for (const std::size_t address : {std::size_t{0}, host.data().size() - 1}) {
@@ -304,7 +319,7 @@ TEST_P(EveryDevice, AChipSlowerThanItsProfileIsFound) {
 TEST_P(EveryDevice, AChipFileKeepsItsContents) {
   Host host(little_);
   EXPECT_EQ(simulator::SaveChip(host.bench.chip(), "part").find(": "), std::string::npos)
-      << "of a new chip there is nothing to say";
+      << "a new chip has no rows";
   for (const simulator::MemoryArea& area : host.bench.chip().Memory()) {
     for (std::uint8_t& byte : area.bytes) byte &= static_cast<std::uint8_t>(area.largest & 0x2D);
   }

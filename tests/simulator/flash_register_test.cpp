@@ -100,7 +100,7 @@ TEST(FlashRegisterFamily10, RepeatsAFirstVerifyThatFails) {
 }
 
 TEST(FlashRegisterFamily10, ReachesBeyond64KiB) {
-  const DeviceProfile& device = test::Known("jtag-flash10-128k");
+  const DeviceProfile device = test::Sized("jtag-flash10-128k", 0x1'0C00 + 256);
   TestHost host(device);
   host.vars.quorinwltbigendbuf[0] = 0xFC00;  // the page below, and that above
   host.vars.quorinwltbigendbuf[1] = 0x1'03FF;

@@ -110,6 +110,14 @@ TEST(SerialPageEnable, IsRepeatedUntilASlowChipEchoes) {
   EXPECT_EQ(pulses(1, 1), 1);
   EXPECT_EQ(pulses(2, 0), 2);
   EXPECT_EQ(pulses(9, 0), 2);
+
+  TestHost hasty(Device("isp-page-8k"));
+  hasty.tap.before = [&](const Tap::Call& call) {
+    if (call.operation != "DelayMs") return true;
+    hasty.bench.programmer().DelayMs(15);
+    return false;
+  };
+  EXPECT_EQ(hasty.Run(kBlank), 1) << "the part listens 20 ms after its reset";
 }
 
 TEST(SerialPageConfig, CalibrationByteBelongsToTheClockSource) {

@@ -151,8 +151,10 @@ class TwoWireFaults : public testing::Test {
 };
 
 TEST_F(TwoWireFaults, RefusedCommandsSendNothingMore) {
-  host.tap.before = [](const Tap::Call& call) {
-    return call.operation != "QueueDelay" || call.value != 20000;  // not enabled yet
+  host.tap.before = [this](const Tap::Call& call) {
+    if (call.operation != "QueueDelay" || call.value != 20'000) return true;
+    host.bench.programmer().QueueDelay(15'000);  // not enabled yet
+    return false;
   };
   EXPECT_EQ(host.Run(kProgram), 1);
   EXPECT_EQ(host.tap.Count("ShortDelay"), 0U) << "no operands";
