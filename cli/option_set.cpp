@@ -18,66 +18,60 @@ std::string Alternatives(std::string_view choices) {
   return text;
 }
 
-Option& OptionSet::Add(Option option) { return options_.emplace_back(std::move(option)); }
+Option& OptionSet::Add(std::string names, std::string value, std::string help,
+                       std::function<void(const std::string& word)> take, bool repeats) {
+  return options_.emplace_back(Option{.names = std::move(names),
+                                      .value = std::move(value),
+                                      .help = std::move(help),
+                                      .take = std::move(take),
+                                      .repeats = repeats});
+}
 
 Option& OptionSet::Flag(std::string names, std::string help, bool& value, bool given) {
-  return Add({.names = std::move(names),
-              .value = {},
-              .help = std::move(help),
-              .take = [&value, given](const std::string& /*word*/) { value = given; }});
+  return Add(std::move(names), {}, std::move(help),
+             [&value, given](const std::string& /*word*/) { value = given; });
 }
 
 Option& OptionSet::Text(std::string names, std::string value, std::string help, std::string& text) {
-  return Add({.names = std::move(names),
-              .value = std::move(value),
-              .help = std::move(help),
-              .take = [&text](const std::string& word) { text = word; }});
+  return Add(std::move(names), std::move(value), std::move(help),
+             [&text](const std::string& word) { text = word; });
 }
 
 Option& OptionSet::Texts(std::string names, std::string value, std::string help,
                          std::vector<std::string>& texts) {
-  return Add({.names = std::move(names),
-              .value = std::move(value),
-              .help = std::move(help),
-              .take = [&texts](const std::string& word) { texts.push_back(word); },
-              .repeats = true});
+  return Add(
+      std::move(names), std::move(value), std::move(help),
+      [&texts](const std::string& word) { texts.push_back(word); }, true);
 }
 
 Option& OptionSet::Number(std::string names, std::string value, std::string help, int& number,
                           int first, int last) {
-  return Add({.names = std::move(names),
-              .value = std::move(value),
-              .help = std::move(help),
-              .take = [&number, first, last](const std::string& word) {
-                int read = 0;
-                const char* const stop = word.data() + word.size();
-                const auto [end, error] = std::from_chars(word.data(), stop, read);
-                if (error != std::errc{} || end != stop || read < first || read > last) {
-                  throw UsageError(fmt::format("must be a number from {} to {}", first, last));
-                }
-                number = read;
-              }});
+  return Add(std::move(names), std::move(value), std::move(help),
+             [&number, first, last](const std::string& word) {
+               int read = 0;
+               const char* const stop = word.data() + word.size();
+               const auto [end, error] = std::from_chars(word.data(), stop, read);
+               if (error != std::errc{} || end != stop || read < first || read > last) {
+                 throw UsageError(fmt::format("must be a number from {} to {}", first, last));
+               }
+               number = read;
+             });
 }
 
 Option& OptionSet::File(std::string names, std::string help, std::filesystem::path& path) {
-  Option& option = Add({.names = std::move(names),
-                        .value = "FILE",
-                        .help = std::move(help),
-                        .take = [&path](const std::string& word) {
-                          if (word.empty()) throw UsageError("must be the name of a file");
-                          path = Utf8Path(word);
-                        }});
+  Option& option = Add(std::move(names), "FILE", std::move(help), [&path](const std::string& word) {
+    if (word.empty()) throw UsageError("must be the name of a file");
+    path = Utf8Path(word);
+  });
   files_.push_back({.role = std::string(option.name()), .path = &path});
   return option;
 }
 
 Option& OptionSet::Paths(std::string names, std::string value, std::string help,
                          std::vector<std::filesystem::path>& paths) {
-  return Add({.names = std::move(names),
-              .value = std::move(value),
-              .help = std::move(help),
-              .take = [&paths](const std::string& word) { paths.push_back(Utf8Path(word)); },
-              .repeats = true});
+  return Add(
+      std::move(names), std::move(value), std::move(help),
+      [&paths](const std::string& word) { paths.push_back(Utf8Path(word)); }, true);
 }
 
 Option& OptionSet::Folders(std::string names, std::string help,

@@ -48,7 +48,9 @@ class OptionSet {
   OptionSet(const OptionSet&) = delete;
   OptionSet& operator=(const OptionSet&) = delete;
 
-  Option& Add(Option option);
+  /// One whose value goes to `take`: see Option.
+  Option& Add(std::string names, std::string value, std::string help,
+              std::function<void(const std::string& word)> take, bool repeats = false);
   Option& Flag(std::string names, std::string help, bool& value, bool given = true);
   Option& Text(std::string names, std::string value, std::string help, std::string& text);
   Option& Texts(std::string names, std::string value, std::string help,
@@ -101,15 +103,13 @@ Option& OptionSet::Choice(std::string names, std::string help, T& value,
                           std::vector<std::pair<std::string, T>> choices) {
   std::string words;
   for (const auto& choice : choices) words += (words.empty() ? "" : "|") + choice.first;
-  return Add({.names = std::move(names),
-              .value = words,
-              .help = std::move(help),
-              .take = [&value, choices = std::move(choices), words](const std::string& word) {
-                for (const auto& [name, meaning] : choices) {
-                  if (name == word) return void(value = meaning);
-                }
-                throw UsageError("must be " + Alternatives(words));
-              }});
+  return Add(std::move(names), words, std::move(help),
+             [&value, choices = std::move(choices), words](const std::string& word) {
+               for (const auto& [name, meaning] : choices) {
+                 if (name == word) return void(value = meaning);
+               }
+               throw UsageError("must be " + Alternatives(words));
+             });
 }
 
 }  // namespace fliglaf::cli

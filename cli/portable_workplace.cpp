@@ -59,11 +59,7 @@ class PortableWorkplace : public Workplace {
     }
   }
 
-  [[nodiscard]] StartUp start_up() const override {
-    if (watch_.not_found()) return StartUp::kNotFound;
-    if (watch_.adapter_missing()) return StartUp::kWrongAdapter;
-    return watch_.supply_failed() ? StartUp::kNoSupply : StartUp::kDone;
-  }
+  [[nodiscard]] StartUp start_up() const override { return watch_.start_up(); }
 
   [[nodiscard]] std::vector<std::string> Keep() override {
     if (const auto conflicts = bench_.bench().chip().conflicts(); conflicts > 0) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cli/workplace.h"
 #include "usb/components/forwarding_programmer.h"
 
 namespace fliglaf::cli {
@@ -9,23 +10,24 @@ class ProgrammerWatch : public ForwardingProgrammer {
  public:
   using ForwardingProgrammer::ForwardingProgrammer;
 
-  [[nodiscard]] bool not_found() const { return not_found_; }
-  [[nodiscard]] bool adapter_missing() const { return adapter_missing_; }
-  [[nodiscard]] bool supply_failed() const { return supply_failed_; }
+  [[nodiscard]] StartUp start_up() const { return start_up_; }
 
  protected:
   std::int32_t Perform(Op op, const Arguments& arguments) override {
     const std::int32_t outcome = ForwardingProgrammer::Perform(op, arguments);
-    not_found_ |= op == Op::kOpenProgrammer && outcome == kNoProgrammer;
-    adapter_missing_ |= op == Op::kSetFigMode && outcome != 0;
-    supply_failed_ |= op == Op::kSetVcc && outcome == kSupplyFailed;
+    if (start_up_ == StartUp::kDone) start_up_ = Judge(op, outcome);
     return outcome;
   }
 
  private:
-  bool not_found_ = false;
-  bool adapter_missing_ = false;
-  bool supply_failed_ = false;
+  static StartUp Judge(Op op, std::int32_t outcome) {
+    if (op == Op::kOpenProgrammer && outcome == kNoProgrammer) return StartUp::kNotFound;
+    if (op == Op::kSetFigMode && outcome != 0) return StartUp::kWrongAdapter;
+    if (op == Op::kSetVcc && outcome == kSupplyFailed) return StartUp::kNoSupply;
+    return StartUp::kDone;
+  }
+
+  StartUp start_up_ = StartUp::kDone;
 };
 
 }  // namespace fliglaf::cli

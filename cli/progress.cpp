@@ -12,22 +12,6 @@
 namespace fliglaf::cli {
 namespace {
 
-/// Remembers what was shown last.
-class Changes {
- public:
-  /// True when operation or percent differ from the last time.
-  bool Differs(std::string_view operation, int percent) {
-    if (operation_ == operation && percent_ == percent) return false;
-    operation_ = operation;
-    percent_ = percent;
-    return true;
-  }
-
- private:
-  std::string operation_;
-  int percent_ = -1;
-};
-
 /// In one line less than `width`, since terminals go on to the next one after the last column; the
 /// bar itself only where there is room for it.
 std::string BarLine(std::string_view operation, int percent, int width) {
@@ -42,63 +26,47 @@ std::string BarLine(std::string_view operation, int percent, int width) {
 
 class Bar : public Progress {
  public:
-  explicit Bar(std::ostream& out) : out_(out) {}
+  using Progress::Progress;
 
-  void Update(std::string_view operation, int percent) override {
-    if (!changes_.Differs(operation, percent)) return;
-    Show(BarLine(operation, percent, ColumnsOf(platform::Stream::kError)));
+  void Show(std::string_view operation, int percent) override {
+    Write(BarLine(operation, percent, ColumnsOf(platform::Stream::kError)));
   }
   /// Clears the bar, since the log follows.
   void Finish() override {
-    Show("");
-    Show("");
+    Write("");
+    Write("");
   }
 
  private:
   /// Blanks over the rest of what was there do without an escape sequence.
-  void Show(const std::string& line) {
+  void Write(const std::string& line) {
     const int rest = std::max(shown_ - Columns(line), 0);
-    out_ << fmt::format("\r{}{:{}}", line, "", rest) << std::flush;
+    out() << fmt::format("\r{}{:{}}", line, "", rest) << std::flush;
     shown_ = Columns(line);
   }
 
-  std::ostream& out_;
-  Changes changes_;
   int shown_ = 0;  ///< columns
 };
 
-/// One line where an operation begins and one for each quarter of it.
+/// One line where an operation begins and one for each step of it.
 class Lines : public Progress {
  public:
-  explicit Lines(std::ostream& out) : out_(out) {}
+  using Progress::Progress;
 
-  void Update(std::string_view operation, int percent) override {
-    constexpr int kStep = 25;
-    const int shown = percent / kStep * kStep;
-    if (changes_.Differs(operation, shown)) {
-      out_ << fmt::format("{} {} %\n", operation, shown) << std::flush;
-    }
+  void Show(std::string_view operation, int percent) override {
+    out() << fmt::format("{} {} %\n", operation, percent) << std::flush;
   }
-
- private:
-  std::ostream& out_;
-  Changes changes_;
 };
 
 class JsonLines : public Progress {
  public:
-  explicit JsonLines(std::ostream& out) : out_(out) {}
+  using Progress::Progress;
 
-  void Update(std::string_view operation, int percent) override {
-    if (!changes_.Differs(operation, percent)) return;
+  void Show(std::string_view operation, int percent) override {
     const nlohmann::ordered_json line{{"operation", operation}, {"percent", percent}};
-    out_ << line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace)
-         << std::endl;
+    out() << line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace)
+          << std::endl;
   }
-
- private:
-  std::ostream& out_;
-  Changes changes_;
 };
 
 /// A terminal that cannot go back to the beginning of a line.
@@ -109,10 +77,20 @@ bool IsDumb() {
 
 class Silence : public Progress {
  public:
-  void Update(std::string_view /*operation*/, int /*percent*/) override {}
+  using Progress::Progress;
+
+  void Show(std::string_view /*operation*/, int /*percent*/) override {}
 };
 
 }  // namespace
+
+void Progress::Update(std::string_view operation, int percent) {
+  percent -= percent % step_;
+  if (operation == operation_ && percent == percent_) return;
+  operation_ = operation;
+  percent_ = percent;
+  Show(operation, percent);
+}
 
 std::unique_ptr<Progress> MakeProgress(ProgressStyle style, bool terminal, std::ostream& out) {
   if (style == ProgressStyle::kAuto) style = terminal ? ProgressStyle::kBar : ProgressStyle::kLines;
@@ -121,11 +99,11 @@ std::unique_ptr<Progress> MakeProgress(ProgressStyle style, bool terminal, std::
     case ProgressStyle::kBar:
       return std::make_unique<Bar>(out);
     case ProgressStyle::kLines:
-      return std::make_unique<Lines>(out);
+      return std::make_unique<Lines>(out, 25);
     case ProgressStyle::kJson:
       return std::make_unique<JsonLines>(out);
     default:
-      return std::make_unique<Silence>();
+      return std::make_unique<Silence>(out);
   }
 }
 

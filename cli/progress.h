@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <ostream>
+#include <string>
 #include <string_view>
 
 namespace fliglaf::cli {
@@ -11,16 +12,27 @@ enum class ProgressStyle { kAuto, kBar, kLines, kJson, kNone };
 /// Shows how far a run has come.
 class Progress {
  public:
-  Progress() = default;
+  /// Percents are shown in multiples of `step`.
+  explicit Progress(std::ostream& out, int step = 1) : out_(out), step_(step) {}
   virtual ~Progress() = default;
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
   /// `percent` of `operation`, as the library gives it: 0 to 100, back to 0 for a verify pass.
   /// Called often; what is shown already is not shown again.
-  virtual void Update(std::string_view operation, int percent) = 0;
+  void Update(std::string_view operation, int percent);
   /// The run has ended.
   virtual void Finish() {}
+
+ protected:
+  virtual void Show(std::string_view operation, int percent) = 0;
+  [[nodiscard]] std::ostream& out() { return out_; }
+
+ private:
+  std::ostream& out_;
+  int step_;
+  std::string operation_;  ///< shown last
+  int percent_ = -1;
 };
 
 /// `terminal`: what kAuto goes by, a bar on a terminal, plain lines elsewhere.

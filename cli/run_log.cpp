@@ -33,15 +33,7 @@ std::optional<double> ElapsedSeconds(std::string_view line) {
   return seconds;
 }
 
-/// ">> 000001A7H  02        000001A7H  03H"
-bool IsDifference(std::string_view line) {
-  constexpr std::size_t kDigits = 8;
-  if (!line.starts_with(">> ") || line.size() < 4 + kDigits || line[3 + kDigits] != 'H')
-    return false;
-  const auto address = line.substr(3, kDigits);
-  return std::ranges::all_of(
-      address, [](char c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F'); });
-}
+constexpr std::size_t kAddressDigits = 8;
 
 /// The number in front of an H, of so many digits.
 std::optional<std::uint32_t> Number(std::string_view text, std::size_t digits) {
@@ -51,10 +43,15 @@ std::optional<std::uint32_t> Number(std::string_view text, std::size_t digits) {
   return error == std::errc{} && end == text.data() + digits ? std::optional(number) : std::nullopt;
 }
 
+/// ">> 000001A7H  02        000001A7H  03H"
+bool IsDifference(std::string_view line) {
+  constexpr std::string_view kStart = ">> ";
+  return line.starts_with(kStart) && Number(line.substr(kStart.size()), kAddressDigits);
+}
+
 /// ">>Device Address:00000026H  Device Data:FDH  Buffer Address:00000026H  Buffer Data:FFH", the
 /// words in the user's language; a blank check has the first two numbers only.
 std::optional<Mismatch> MismatchIn(std::string_view line) {
-  constexpr std::size_t kAddressDigits = 8;
   std::vector<std::uint32_t> numbers;
   while (numbers.size() < 4) {
     const std::size_t colon = line.find(':');
