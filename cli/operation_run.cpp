@@ -94,7 +94,8 @@ OperationRun::OperationRun(const OperationOptions& options, const DeviceProfile&
       session_(HostSession::FreeInstance(), device,
                options.parallel ? Engine::kParallel : Engine::kUsb),
       workplace_(MakeWorkplace(options, device, session_.instance())),
-      questions_(options.on_mismatch, platform::IsTerminal(platform::Stream::kInput)),
+      questions_(options.on_mismatch, platform::IsTerminal(platform::Stream::kInput),
+                 device.signature ? DescribeSignature(*device.signature) : ""),
       progress_(MakeProgress(options.progress, platform::IsTerminal(platform::Stream::kError),
                              std::cerr)) {
   workplace_->on_turn = [this] { return Turn(); };

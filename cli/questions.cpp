@@ -36,7 +36,8 @@ int Questions::AnswerMismatch(const std::string& title, const std::string& promp
     case MismatchAnswer::kAsk:
       // Once ignored, it stays ignored: a command may take more than one request.
       chosen = ignored_ ? answer::kIgnore
-                        : AskMismatch(title + " " + prompt + "\n(A)bort, (R)etry or (I)gnore? ");
+                        : AskMismatch(title + " " + prompt + ", expected " + expected_ +
+                                      "\n(A)bort, (R)etry or (I)gnore? ");
       break;
     case MismatchAnswer::kRetry:
       chosen = ++retries_ <= kUnattendedRetries ? answer::kRetry : answer::kAbort;

@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace fliglaf::cli {
 
@@ -11,8 +12,9 @@ enum class MismatchAnswer { kAsk, kAbort, kRetry, kIgnore };
 /// said beforehand or the answer that does nothing to the chip.
 class Questions {
  public:
-  Questions(MismatchAnswer on_mismatch, bool terminal)
-      : on_mismatch_(on_mismatch), terminal_(terminal) {}
+  /// `expected`: the device's signature, as a question shows it.
+  Questions(MismatchAnswer on_mismatch, bool terminal, std::string expected)
+      : on_mismatch_(on_mismatch), terminal_(terminal), expected_(std::move(expected)) {}
 
   int Answer(int style, std::u16string_view title, std::u16string_view prompt);
 
@@ -31,6 +33,7 @@ class Questions {
 
   MismatchAnswer on_mismatch_;
   bool terminal_;
+  std::string expected_;
   int retries_ = 0;
   bool ignored_ = false;
   bool stopped_ = false;
