@@ -28,7 +28,7 @@ const DeviceProfile& DeviceOptions::Find() {
   platform::CatchStopSignals();
   if (const DeviceProfile* const device = Load().Find(name_)) return *device;
   const auto nearest = catalogue_.NearestNames(name_);
-  throw UsageError(fmt::format("{}: unknown device; {}", Excerpt(name_),
+  throw UsageError(fmt::format("unknown device \"{}\"; {}", Excerpt(name_),
                                nearest.empty()
                                    ? "\"fliglaf devices\" lists those that are known"
                                    : fmt::format("did you mean {}?", fmt::join(nearest, ", "))));

@@ -1,6 +1,5 @@
 #include "cli/help_text.h"
 
-#include <map>
 #include <vector>
 
 #include <fmt/format.h>
@@ -27,10 +26,12 @@ std::string NameAndValue(const Option& option) {
 std::string UsageOf(const Command& command, const OptionSet& options) {
   std::string line = "Usage: fliglaf " + command.name();
   for (const Option& option : options.all()) {
-    if (!option.is_argument()) continue;
-    const std::string word = option.names + (option.repeats ? "..." : "");
-    const bool required = option.required || !option.when_missing.empty();
-    line += required ? " " + word : " [" + word + "]";
+    const std::string word = NameAndValue(option) + (option.repeats ? "..." : "");
+    if (option.required || !option.when_missing.empty()) {
+      line += " " + word;
+    } else if (option.is_argument()) {
+      line += " [" + word + "]";
+    }
   }
   return line + " [OPTION...]";
 }

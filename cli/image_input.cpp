@@ -5,7 +5,6 @@
 
 #include <fmt/format.h>
 
-#include "cli/image_options.h"
 #include "cli/parse_options.h"
 #include "cli/usage_error.h"
 #include "devices/kinds/device_kind.h"
@@ -27,17 +26,15 @@ std::string_view NoteOn(std::uint64_t address) {
 
 }  // namespace
 
-void ImageFiles::AddTo(OptionSet& options) {
-  options.File("FILE",
-               "Contents of the main memory: Intel HEX, Motorola S-record or binary (not with "
-               "--image)",
-               memory);
-  AddEepromFile(options, eeprom);
-  AddImageFile(options, image);
+void AddInputFiles(OptionSet& options, ImageFiles& files) {
+  files.AddTo(options, "FILE",
+              "Contents of the main memory: Intel HEX, Motorola S-record or binary (not with "
+              "--image)");
   options.Exclude("--image", {"FILE", "--eeprom"});
 }
 
-ImageInput::ImageInput(const ImageFiles& files, const DeviceProfile& device)
+ImageInput::ImageInput(const std::string& command, const ImageFiles& files,
+                       const DeviceProfile& device)
     : layout_(LayoutOf(device)), image_bytes_(device.image_bytes) {
   const auto& [main_bytes, data_start, data_bytes, config, config_start] = layout_;
   if (!files.image.empty()) {
@@ -51,13 +48,12 @@ ImageInput::ImageInput(const ImageFiles& files, const DeviceProfile& device)
     Add(files.eeprom, data_start, data_bytes, "data memory", device.name);
   }
   if (segments_.empty()) {
-    throw UsageError(fmt::format("{}: name the file with the device's contents{}", files.command,
-                                 SeeHelp(files.command)));
+    throw UsageError(command + ": name the file with the device's contents", SeeHelp(command));
   }
   Measure();
   if (bytes_ == 0) {
     throw UsageError(
-        fmt::format("{}: the file gives none of the device's memories{}", files.command,
+        fmt::format("{}: the file gives none of the device's memories{}", command,
                     RangesOfOthers().empty() ? "" : "; \"fliglaf config\" writes configuration"));
   }
 }

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "cli/image_files.h"
 #include "cli/option_set.h"
 #include "devices/device_profile.h"
 #include "image_layout/image_layout.h"
@@ -15,23 +16,16 @@
 
 namespace fliglaf::cli {
 
-/// The files that give a device's contents.
-struct ImageFiles {
-  std::string command;
-  std::filesystem::path memory;  ///< the main memory
-  std::filesystem::path eeprom;  ///< the data memory
-  std::filesystem::path image;   ///< the whole image
-
-  void AddTo(OptionSet& options);
-};
+/// Adds the files that give a device's contents.
+void AddInputFiles(OptionSet& options, ImageFiles& files);
 
 /// The contents of the device image that the files give.
 class ImageInput {
  public:
-  /// Reads the files. Throws UsageError when none is named, when the device has no such memory, an
+  /// Reads the files for `command`. Throws UsageError when none is named, when the device has no such memory, an
   /// address lies outside it, or they give none of what program, verify and compare work on;
   /// ImageError for a file that cannot be read.
-  ImageInput(const ImageFiles& files, const DeviceProfile& device);
+  ImageInput(const std::string& command, const ImageFiles& files, const DeviceProfile& device);
 
   /// Puts the contents over what `image` holds.
   void CopyTo(std::span<std::uint8_t> image) const;

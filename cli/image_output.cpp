@@ -5,22 +5,13 @@
 #include <fmt/format.h>
 
 #include "cli/attempt.h"
-#include "cli/image_options.h"
 #include "cli/parse_options.h"
 #include "cli/usage_error.h"
 #include "devices/kinds/device_kind.h"
 
 namespace fliglaf::cli {
 
-void OutputFiles::AddTo(OptionSet& options) {
-  options.File("-o,--output",
-               "File for the main memory; its ending selects the format (.hex, .s19, .bin, ...)",
-               memory);
-  AddEepromFile(options, eeprom);
-  AddImageFile(options, image);
-}
-
-ImageOutput::ImageOutput(const OutputFiles& files, const DeviceProfile& device) {
+ImageOutput::ImageOutput(const ImageFiles& files, const DeviceProfile& device) {
   const ImageLayout layout = LayoutOf(device);
   const Area main{.start = 0, .bytes = layout.main_bytes};
   const Area data{.start = layout.data_start, .bytes = layout.data_bytes};
@@ -31,7 +22,7 @@ ImageOutput::ImageOutput(const OutputFiles& files, const DeviceProfile& device) 
   Add(files.eeprom, data);
   Add(files.image, {.start = 0, .bytes = device.image_bytes});
   if (files_.empty()) {
-    throw UsageError("read: name the file to write, with --output, --eeprom or --image" +
+    throw UsageError("read: name the file to write, with --output, --eeprom or --image",
                      SeeHelp("read"));
   }
   if (!files.memory.empty() || !files.image.empty()) memories_.push_back(main);

@@ -7,21 +7,12 @@
 #include <utility>
 #include <vector>
 
-#include "cli/option_set.h"
+#include "cli/image_files.h"
 #include "cli/report.h"
 #include "devices/device_profile.h"
 #include "images/image.h"
 
 namespace fliglaf::cli {
-
-/// The files for a device's contents.
-struct OutputFiles {
-  std::filesystem::path memory;  ///< the main memory
-  std::filesystem::path eeprom;  ///< the data memory
-  std::filesystem::path image;   ///< the whole image
-
-  void AddTo(OptionSet& options);
-};
 
 /// What a memory looks like that was read.
 enum class Contents {
@@ -35,7 +26,7 @@ class ImageOutput {
  public:
   /// Checks that the files can be written. Throws UsageError when no file is named, an ending stands
   /// for no format, or the device has no such memory; ImageError for a file that cannot be written.
-  ImageOutput(const OutputFiles& files, const DeviceProfile& device);
+  ImageOutput(const ImageFiles& files, const DeviceProfile& device);
 
   /// Writes each file whole or not at all. The report gets the number of bytes written and what
   /// could not be written; returns the names of the files that were.

@@ -18,7 +18,7 @@ void Take(const std::string& command, const Option& option, const std::string& w
     option.take(word);
   } catch (const UsageError& error) {
     throw UsageError(fmt::format("{} {}: {}", option.is_argument() ? command : option.name(),
-                                 Excerpt(word), error.what()));
+                                 word.empty() ? "\"\"" : Excerpt(word), error.what()));
   }
 }
 
@@ -71,7 +71,7 @@ void RefuseExtras(const std::string& command, const OptionSet& options,
   if (extras.empty()) return;
   const auto option = std::ranges::find_if(extras, IsOption);
   if (option != extras.end()) RefuseOption(command, options, *option);
-  throw UsageError(fmt::format("{}: {} takes no such argument", Excerpt(extras.front()), command));
+  throw UsageError(fmt::format("{}: unexpected argument \"{}\"", command, Excerpt(extras.front())));
 }
 
 void RefuseValuesOfFlags(const OptionSet& options, std::span<const std::string> words) {
@@ -119,7 +119,7 @@ std::string DidYouMean(std::string_view word, std::span<const std::string_view> 
 }
 
 std::string SeeHelp(const std::string& command) {
-  return fmt::format("\nSee \"fliglaf help{}{}\".", command.empty() ? "" : " ", command);
+  return fmt::format("See \"fliglaf help{}{}\".", command.empty() ? "" : " ", command);
 }
 
 bool ParseOptions(const std::string& command, OptionSet& options,
@@ -131,8 +131,7 @@ bool ParseOptions(const std::string& command, OptionSet& options,
   try {
     Parse(command, options, words);
   } catch (const UsageError& error) {
-    const std::string_view what = error.what();
-    throw UsageError(fmt::format("{}{}", what, SeeHelp(command)));
+    throw UsageError(error.what(), SeeHelp(command));
   }
   return true;
 }

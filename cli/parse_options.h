@@ -17,7 +17,7 @@ namespace fliglaf::cli {
 [[nodiscard]] std::string DidYouMean(std::string_view word,
                                      std::span<const std::string_view> names);
 
-/// The end of a message about the command line: where the reader finds what it must be.
+/// The line below a message about the command line: where the reader finds what it must be.
 [[nodiscard]] std::string SeeHelp(const std::string& command);
 
 }  // namespace fliglaf::cli

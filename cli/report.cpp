@@ -16,6 +16,8 @@ ExitStatus StatusOf(const Report& report) {
   return done && !report.unwritten.empty() ? ExitStatus::kUnwritten : report.status;
 }
 
+std::string OneLine(std::string_view text) { return Excerpt(text, std::string_view::npos); }
+
 void PrintJson(const OperationOptions& options, const Report& report) {
   std::string message = report.message;
   for (const std::string& problem : report.unwritten) {
@@ -37,7 +39,7 @@ void PrintJson(const OperationOptions& options, const Report& report) {
 void PrintText(const Report& report) {
   std::cout << Printable(report.log) << std::flush;
   if (report.status == ExitStatus::kSuccess) {
-    std::cout << Printable(report.message) << "\n";
+    std::cout << OneLine(report.message) << "\n";
   } else {
     PrintProblem(report.message);
   }
@@ -68,8 +70,8 @@ std::string ByteCount(std::size_t count) {
   return fmt::format("{} byte{}", count, count == 1 ? "" : "s");
 }
 
-void PrintProblem(std::string_view problem) {
-  std::cerr << Printable(fmt::format("fliglaf: {}\n", problem));
+void PrintProblem(std::string_view problem, std::string_view see) {
+  std::cerr << fmt::format("fliglaf: {}\n{}{}", OneLine(problem), see, see.empty() ? "" : "\n");
 }
 
 }  // namespace fliglaf::cli

@@ -46,7 +46,8 @@ ExitStatus PrintUnwritten(const Report& report);
 /// "1 byte", "2 bytes"
 [[nodiscard]] std::string ByteCount(std::size_t count);
 
-/// Prints one line about the program's own affairs on standard error, fit for a terminal.
-void PrintProblem(std::string_view problem);
+/// Prints one line about the program's own affairs on standard error, and `see` below it. Control
+/// characters, such as those of a file's name, are shown as U+FFFD.
+void PrintProblem(std::string_view problem, std::string_view see = {});
 
 }  // namespace fliglaf::cli

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <stdexcept>
+#include <string>
+#include <utility>
 
 namespace fliglaf::cli {
 
@@ -8,7 +10,13 @@ namespace fliglaf::cli {
 /// has been done to the chip.
 class UsageError : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  /// `see`: where the reader finds more, as a line below the message.
+  explicit UsageError(const std::string& message, std::string see = {})
+      : std::runtime_error(message), see_(std::move(see)) {}
+  [[nodiscard]] const std::string& see() const { return see_; }
+
+ private:
+  std::string see_;
 };
 
 }  // namespace fliglaf::cli

@@ -116,7 +116,7 @@ class ConfigCommand : public Command {
     options_.command = name();
     options_.device.AddDevice(options, "config: name the device, then the bytes to write, if any");
     options.Texts("NAME=VALUE", "NAME=VALUE",
-                  "Byte to write, in hexadecimal; the device's bytes without any", texts_);
+                  "Byte to write, in hexadecimal; without any the bytes are shown", texts_);
     AddYes(options, yes_);
     options_.AddTo(options);
   }

@@ -16,7 +16,6 @@
 #include "cli/configuration.h"
 #include "cli/fuse_page.h"
 #include "cli/host_session.h"
-#include "cli/image_options.h"
 #include "cli/image_output.h"
 #include "cli/layout.h"
 #include "cli/operation_options.h"
@@ -47,7 +46,7 @@ void PrintTable(const std::vector<FuseLine>& lines) {
     if (!line.changeable) meaning += meaning.empty() ? "shown only" : ", shown only";
     rows.push_back({line.bit, line.name, line.value, meaning});
   }
-  std::cout << Table(rows, ColumnsOf(platform::Stream::kOutput));
+  std::cout << Table(rows, ColumnsOf(platform::Stream::kOutput, kWidest));
 }
 
 void PrintJson(const FuseOptions& options, const std::vector<FuseLine>& lines) {
@@ -240,7 +239,8 @@ class FusesCommand : public Command {
                   "Bit to change: the name as the table has it, or the bit (low.5); the value in "
                   "digits or what it means",
                   options_.assignments);
-    AddImageFile(options, options_.image_file);
+    options.File("--image", "Image file to show or change instead of a device",
+                 options_.image_file);
     options.Exclude("--image", {"--chip", "--record", "--vcd"});
     AddYes(options, options_.yes);
     options_.operation.AddTo(options);
@@ -259,7 +259,7 @@ class FusesCommand : public Command {
  private:
   void CheckAction() const {
     if (options_.changes && options_.assignments.empty()) {
-      throw UsageError("fuses set: name what to change, as NAME=VALUE" + SeeHelp(name()));
+      throw UsageError("fuses set: name what to change, as NAME=VALUE", SeeHelp(name()));
     }
     if (!options_.changes && !options_.assignments.empty()) {
       throw UsageError(fmt::format("{}: \"fuses show\" changes nothing; \"fuses set\" does",

@@ -47,12 +47,13 @@ bool IsKnown(const Commands& commands, std::string_view name) {
     if (std::ranges::find(words, known->name()) != words.end()) command = known->name();
   }
   if (IsKnown(commands, name)) {
-    throw UsageError(fmt::format("{} belongs after the command: fliglaf {} ... {}{}", name, command,
-                                 name, SeeHelp(command == "COMMAND" ? "" : command)));
+    throw UsageError(
+        fmt::format("{} belongs after the command: fliglaf {} ... {}", name, command, name),
+        SeeHelp(command == "COMMAND" ? "" : command));
   }
   constexpr std::array<std::string_view, 2> kOptions{"--version", "--help"};
-  throw UsageError(
-      fmt::format("unknown option {}{}{}", Excerpt(name), DidYouMean(name, kOptions), SeeHelp({})));
+  throw UsageError(fmt::format("unknown option {}{}", Excerpt(name), DidYouMean(name, kOptions)),
+                   SeeHelp({}));
 }
 
 ExitStatus RunCommand(Command& command, Words words) {
@@ -86,8 +87,8 @@ ExitStatus Run(Words words) {
 }
 
 ExitStatus Main(Words words) {
-  const auto end = [](ExitStatus status, std::string_view problem) {
-    PrintProblem(problem);
+  const auto end = [](ExitStatus status, std::string_view problem, std::string_view see = {}) {
+    PrintProblem(problem, see);
     return status;
   };
   try {
@@ -98,7 +99,7 @@ ExitStatus Main(Words words) {
   } catch (const platform::Stopped& stopped) {
     return end(ExitStatus::kStopped, stopped.what());
   } catch (const UsageError& error) {
-    return end(ExitStatus::kUsage, error.what());
+    return end(ExitStatus::kUsage, error.what(), error.see());
   } catch (const simulator::BenchError& error) {
     return end(ExitStatus::kUsage, error.what());
   } catch (const ImageError& error) {

@@ -23,8 +23,7 @@ class ProgramCommand : public OperationCommand {
 
  protected:
   void AddOptions(OptionSet& options) override {
-    files_.command = name();
-    files_.AddTo(options);
+    AddInputFiles(options, files_);
     options.Flag("--no-erase", "Skip the erase and its blank check", erase_, false);
     options.Flag("--erase-all", "With --eeprom alone: clear the main memory too", erase_all_);
     options.Number("--margin", "N", "Verify at the supply plus and minus N times 5 %", margin_, 0,
@@ -34,7 +33,7 @@ class ProgramCommand : public OperationCommand {
   std::vector<std::uint8_t> Check(const DeviceProfile& device) override {
     std::vector<std::uint8_t> codes{operation::kProgram};
     if (erase_) codes.insert(codes.begin(), EraseCode(device));
-    input_.emplace(files_, device);
+    input_.emplace(name(), files_, device);
     // An erase clears all memories, and a program pass writes the erased value to what no file gives.
     if (!erase_all_ && !input_->has_main()) {
       throw UsageError(

@@ -34,7 +34,10 @@ class ReadCommand : public OperationCommand {
                          false, "name the device, and the file to write with --output") {}
 
  protected:
-  void AddOptions(OptionSet& options) override { files_.AddTo(options); }
+  void AddOptions(OptionSet& options) override {
+    files_.AddTo(options, "-o,--output",
+                 "File for the main memory; its ending selects the format (.hex, .s19, .bin, ...)");
+  }
 
   std::vector<std::uint8_t> Check(const DeviceProfile& device) override {
     output_.emplace(files_, device);
@@ -51,7 +54,7 @@ class ReadCommand : public OperationCommand {
   }
 
  private:
-  OutputFiles files_;
+  ImageFiles files_;
   std::optional<ImageOutput> output_;
 };
 

@@ -32,8 +32,8 @@ Command& FindCommand(const Commands& commands, const std::string& name) {
   if (found != commands.end()) return **found;
   std::vector<std::string_view> names;
   for (const auto& command : commands) names.push_back(command->name());
-  throw UsageError(fmt::format("unknown command \"{}\"{}{}", Excerpt(name), DidYouMean(name, names),
-                               SeeHelp({})));
+  throw UsageError(fmt::format("unknown command \"{}\"{}", Excerpt(name), DidYouMean(name, names)),
+                   SeeHelp({}));
 }
 
 }  // namespace fliglaf::cli

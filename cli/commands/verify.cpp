@@ -25,13 +25,10 @@ class VerifyCommand : public OperationCommand {
       : OperationCommand(std::move(help), false, "name the device, then the file"), kind_(kind) {}
 
  protected:
-  void AddOptions(OptionSet& options) override {
-    files_.command = name();
-    files_.AddTo(options);
-  }
+  void AddOptions(OptionSet& options) override { AddInputFiles(options, files_); }
 
   std::vector<std::uint8_t> Check(const DeviceProfile& device) override {
-    input_.emplace(files_, device);
+    input_.emplace(name(), files_, device);
     return {kind_.code};
   }
 
