@@ -18,6 +18,9 @@
 namespace fliglaf::cli {
 namespace {
 
+constexpr std::string_view kReadLock = "read-lock";
+constexpr std::uint8_t kLastBlock = 0x80;
+
 /// The bits with which a write would disable the programming interface.
 std::vector<ConfigHazard> HazardsOf(const std::vector<ConfigAssignment>& assignments,
                                     const DeviceProfile& device) {
@@ -84,8 +87,10 @@ std::uint8_t ByteValue(std::string_view text, std::string_view value) {
 }
 
 void Configuration::RequireWritable() const {
-  if (!bytes_.empty() && device_.operations.config) return;
-  throw UsageError(device_.name + " has no configuration bytes to write");
+  if (bytes_.empty()) throw UsageError(device_.name + " has no configuration bytes");
+  if (!device_.operations.config) {
+    throw UsageError(device_.name + ": its configuration bytes cannot be written");
+  }
 }
 
 OperationRun& Configuration::run() {
@@ -98,7 +103,13 @@ std::string Configuration::Values() {
   for (const ConfigByte& byte : bytes_) {
     values += fmt::format("{}{}={:02X}", values.empty() ? "" : " ", byte.name, Byte(byte));
   }
-  return values;
+  return AreHidden() ? values + "; the read lock hides the true values" : values;
+}
+
+/// A read lock on the last block, its bit 7, covers the lock bytes too: all of them read as 00.
+bool Configuration::AreHidden() {
+  const auto lock = std::ranges::find(bytes_, kReadLock, &ConfigByte::name);
+  return lock != bytes_.end() && Byte(*lock) == 0;
 }
 
 Report Configuration::Read() {
@@ -112,6 +123,12 @@ void Configuration::Plan(std::vector<ConfigAssignment> assignments, bool confirm
 }
 
 Report Configuration::Write() {
+  if (AreHidden() && assignments_.size() < bytes_.size()) {
+    throw UsageError(fmt::format(
+        "{0}: the read lock hides the lock bytes, so both must be given: fliglaf config {0} "
+        "write-lock=XX read-lock=XX",
+        device_.name));
+  }
   for (const ConfigAssignment& assignment : assignments_) Byte(assignment.byte) = assignment.value;
   Report report = run().Run(std::array{*device_.operations.config}, Recorded::kYes);
   if (report.status != ExitStatus::kSuccess) return report;
@@ -121,7 +138,10 @@ Report Configuration::Write() {
     return report;
   }
   if (!ReadsConfig(device_) || !hazards_.empty()) {
-    report.message = device_.name + ": configuration written; it cannot be read back";
+    report.message = fmt::format(
+        "{}: configuration written; {}", device_.name,
+        hazards_.empty() ? "it cannot be read back"
+                         : "not read back, since the new value disables the programming interface");
     return report;
   }
   Report read_back = Read();
@@ -129,12 +149,18 @@ Report Configuration::Write() {
   return Compared(std::move(read_back));
 }
 
+/// The bits of a byte that were read from the device.
+std::uint8_t Configuration::Shown(const ConfigByte& byte) {
+  if (!AreHidden()) return byte.bits;
+  return byte.name == kReadLock ? kLastBlock : 0;
+}
+
 /// Compares what the device now has with what was written.
 Report Configuration::Compared(Report report) {
   std::string wrong;
   for (const ConfigAssignment& assignment : assignments_) {
     const std::uint8_t read = Byte(assignment.byte);
-    if (((read ^ assignment.value) & assignment.byte.bits) == 0) continue;
+    if (((read ^ assignment.value) & Shown(assignment.byte)) == 0) continue;
     wrong += fmt::format("{}{} is {:02X}, not {:02X}", wrong.empty() ? ": " : ", ",
                          assignment.byte.name, read, assignment.value);
   }

@@ -55,19 +55,24 @@ class Configuration {
   [[nodiscard]] std::uint8_t& Byte(const ConfigByte& byte) {
     return run().session().image()[static_cast<std::size_t>(byte.image_byte)];
   }
-  /// All of them: "low=E1 high=D9".
+  /// All of them: "low=E1 high=D9", and whether the device hides what they are.
   [[nodiscard]] std::string Values();
+
+  /// Whether the device hides the bytes: what was read is not what it holds.
+  [[nodiscard]] bool AreHidden();
 
   /// Reads the device into the image.
   [[nodiscard]] Report Read();
   /// Sets what to write. A write that would disable the programming interface must be confirmed, at
   /// the terminal or beforehand: throws UsageError otherwise.
   void Plan(std::vector<ConfigAssignment> assignments, bool confirmed);
-  /// Writes what was planned, and reads it back where that can be done.
+  /// Writes what was planned, and reads it back where that can be done. Throws UsageError where that
+  /// would overwrite a hidden byte.
   [[nodiscard]] Report Write();
 
  private:
   [[nodiscard]] Report Compared(Report report);
+  [[nodiscard]] std::uint8_t Shown(const ConfigByte& byte);
 
   const OperationOptions& options_;
   const DeviceProfile& device_;

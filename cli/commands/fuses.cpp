@@ -30,15 +30,6 @@
 namespace fliglaf::cli {
 namespace {
 
-/// What the command takes.
-struct FuseOptions {
-  OperationOptions operation;
-  bool changes = false;  ///< "set" instead of "show"
-  std::vector<std::string> assignments;
-  std::filesystem::path image_file;
-  bool yes = false;
-};
-
 void PrintTable(const std::vector<FuseLine>& lines) {
   std::vector<Row> rows{{"bit", "name", "value", "meaning"}};
   for (const FuseLine& line : lines) {
@@ -49,7 +40,7 @@ void PrintTable(const std::vector<FuseLine>& lines) {
   std::cout << Table(rows, ColumnsOf(platform::Stream::kOutput, kWidest));
 }
 
-void PrintJson(const FuseOptions& options, const std::vector<FuseLine>& lines) {
+void PrintJson(const OperationOptions& options, const std::vector<FuseLine>& lines) {
   auto bits = nlohmann::ordered_json::array();
   for (const FuseLine& line : lines) {
     bits.push_back({{"bit", line.bit},
@@ -58,15 +49,9 @@ void PrintJson(const FuseOptions& options, const std::vector<FuseLine>& lines) {
                     {"meaning", line.meaning},
                     {"changeable", line.changeable}});
   }
-  const nlohmann::ordered_json object{{"command", options.operation.command},
-                                      {"device", options.operation.device.name()},
-                                      {"bits", bits}};
+  const nlohmann::ordered_json object{
+      {"command", options.command}, {"device", options.device.name()}, {"bits", bits}};
   std::cout << Dump(object) << "\n";
-}
-
-void Print(const FuseOptions& options, const FusePage& page) {
-  if (options.operation.json) return PrintJson(options, page.Lines());
-  PrintTable(page.Lines());
 }
 
 /// Where the rest of the bytes is not known, every bit that can be changed must be given.
@@ -85,31 +70,18 @@ void RequireAll(const FusePage& page, const DeviceProfile& device) {
       device.name, fmt::join(missing, ", "), device.name, fmt::join(all, " ")));
 }
 
-void SetAll(const FuseOptions& options, FusePage& page) {
-  for (const std::string& assignment : options.assignments) page.Set(assignment);
-}
-
-/// Throws UsageError for a name or value that the page does not take, before a device or file is
-/// touched: which rows a page has does not depend on the bytes.
-void CheckAssignments(const FuseOptions& options, const DeviceProfile& device) {
-  HostSession session(HostSession::FreeInstance(), device, Engine::kUsb);
-  PresetConfiguration(session.variables());
-  FusePage page(device, session.variables());
-  SetAll(options, page);
-  if (options.image_file.empty() && !ReadsConfig(device)) RequireAll(page, device);
-}
-
 /// Throws UsageError for a file that is not the whole image of the device. One that leaves gaps is
 /// taken as long as it has the configuration bytes: in their place the page would show, and store,
 /// bytes that nobody chose.
-void CheckImage(const FuseOptions& options, const DeviceProfile& device, const Image& image) {
+void CheckImage(const std::filesystem::path& file, const DeviceProfile& device,
+                const Image& image) {
   const auto fail = [&](const std::string& what) {
     throw UsageError(fmt::format(
         "{}: {}; an image of {}, as \"fliglaf read {} --image FILE\" writes it, has {} bytes",
-        options.image_file.string(), what, device.name, device.name, device.image_bytes));
+        file.string(), what, device.name, device.name, device.image_bytes));
   };
   const auto size = static_cast<std::uint64_t>(device.image_bytes);
-  const bool binary = FormatOfName(options.image_file) == ImageFormat::kBinary;
+  const bool binary = FormatOfName(file) == ImageFormat::kBinary;
   if (binary && image.end() != size) fail(fmt::format("its size is {}", image.end()));
   if (image.end() > size) fail(fmt::format("goes on to address 0x{:04X}", image.end() - 1));
   for (const ConfigByte& byte : ConfigBytesOf(device)) {
@@ -121,104 +93,6 @@ void CheckImage(const FuseOptions& options, const DeviceProfile& device, const I
   }
 }
 
-void LoadWhole(const FuseOptions& options, const DeviceProfile& device,
-               std::span<std::uint8_t> bytes) {
-  const Image image = ReadImage(options.image_file);
-  CheckImage(options, device, image);
-  for (const Segment& segment : image.segments) {
-    std::ranges::copy(segment.bytes, bytes.begin() + segment.address);
-  }
-}
-
-ExitStatus InImage(const FuseOptions& options, const DeviceProfile& device) {
-  HostSession session(HostSession::FreeInstance(), device, Engine::kUsb);
-  LoadWhole(options, device, session.image());
-  FusePage page(device, session.variables());
-  if (!options.changes) {
-    Print(options, page);
-    return ExitStatus::kSuccess;
-  }
-  const ImageOutput output({.memory = {}, .eeprom = {}, .image = options.image_file}, device);
-  SetAll(options, page);
-  page.Confirm();
-  Report report;
-  const std::string files = output.Write(session.image(), report);
-  if (files.empty()) throw ImageError(report.unwritten.front());  // no device was touched
-  report.message = fmt::format("{}: {} written", device.name, files);
-  return PrintReport(options.operation, report);
-}
-
-/// The fuses of the device in the socket: read, changed on the page, written and read back.
-class InDevice {
- public:
-  InDevice(const FuseOptions& options, const DeviceProfile& device)
-      : options_(options), device_(device), configuration_(options.operation, device) {
-    if (options.changes) {
-      configuration_.RequireWritable();
-    } else if (!ReadsConfig(device)) {
-      throw UsageError(device.name +
-                       ": its configuration cannot be read; fuses show --image FILE shows that of "
-                       "an image file");
-    }
-  }
-
-  ExitStatus Run() { return options_.changes ? Change() : Show(); }
-
- private:
-  ExitStatus Show() {
-    OperationRun& run = configuration_.run();
-    Report report = configuration_.Read();
-    const bool read = report.status == ExitStatus::kSuccess;
-    if (read) Print(options_, FusePage(device_, run.session().variables()));
-    run.Keep(report);
-    return read ? PrintUnwritten(report) : PrintReport(options_.operation, report);
-  }
-
-  ExitStatus Change() {
-    OperationRun& run = configuration_.run();
-    return run.Complete([&] {
-      Report report = Prepared();
-      if (report.status != ExitStatus::kSuccess) return report;
-      FusePage page(device_, run.session().variables());
-      return Changed(page);
-    });
-  }
-
-  /// With the device's bytes in the image, or as the parts leave the factory.
-  Report Prepared() {
-    if (ReadsConfig(device_)) return configuration_.Read();
-    PresetConfiguration(configuration_.run().session().variables());
-    return {};
-  }
-
-  Report Changed(FusePage& page) {
-    std::vector<ConfigAssignment> assignments;
-    for (const ConfigByte& byte : configuration_.bytes()) {
-      assignments.push_back({.byte = byte, .value = configuration_.Byte(byte)});
-    }
-    SetAll(options_, page);
-    page.Confirm();
-    for (ConfigAssignment& assignment : assignments) {
-      const std::uint8_t before =
-          std::exchange(assignment.value, configuration_.Byte(assignment.byte));
-      if (!ReadsConfig(device_)) continue;
-      assignment.changed = (before ^ assignment.value) & assignment.byte.bits;
-    }
-    std::erase_if(assignments, [](const auto& assignment) { return assignment.changed == 0; });
-    if (assignments.empty()) {
-      Report report;
-      report.message = device_.name + ": nothing to change: " + configuration_.Values();
-      return report;
-    }
-    configuration_.Plan(std::move(assignments), options_.yes);
-    return configuration_.Write();
-  }
-
-  const FuseOptions& options_;
-  const DeviceProfile& device_;
-  Configuration configuration_;
-};
-
 class FusesCommand : public Command {
  public:
   FusesCommand()
@@ -228,46 +102,155 @@ class FusesCommand : public Command {
                             "bench.chip"}) {}
 
   void Describe(OptionSet& options) override {
-    options_.operation.command = name();
+    options_.command = name();
     options
         .Choice<bool>("ACTION",
                       "show prints a table of bit, name, value and meaning; set changes bits",
-                      options_.changes, {{"show", false}, {"set", true}})
+                      changes_, {{"show", false}, {"set", true}})
         .when_missing = "fuses: must be followed by show or set, then by the device";
-    options_.operation.device.AddDevice(options, "fuses: name the device, then the bits to set");
+    options_.device.AddDevice(options, "fuses: name the device, then the bits to set");
     options.Texts("NAME=VALUE", "NAME=VALUE",
                   "Bit to change: the name as the table has it, or the bit (low.5); the value in "
                   "digits or what it means",
-                  options_.assignments);
-    options.File("--image", "Image file to show or change instead of a device",
-                 options_.image_file);
+                  assignments_);
+    options.File("--image", "Image file to show or change instead of a device", image_file_);
     options.Exclude("--image", {"--chip", "--record", "--vcd"});
-    AddYes(options, options_.yes);
-    options_.operation.AddTo(options);
+    AddYes(options, yes_);
+    options_.AddTo(options);
   }
 
   ExitStatus Run() override {
     CheckAction();
-    options_.operation.writes_device = options_.changes;
-    const DeviceProfile& device = options_.operation.Begin();
+    options_.writes_device = changes_;
+    const DeviceProfile& device = options_.Begin();
     FusePage::RequirePage(device);
-    if (options_.changes) CheckAssignments(options_, device);
-    if (!options_.image_file.empty()) return InImage(options_, device);
-    return InDevice(options_, device).Run();
+    if (changes_) CheckAssignments(device);
+    return image_file_.empty() ? InDevice(device) : InImage(device);
   }
 
  private:
   void CheckAction() const {
-    if (options_.changes && options_.assignments.empty()) {
+    if (changes_ && assignments_.empty()) {
       throw UsageError("fuses set: name what to change, as NAME=VALUE", SeeHelp(name()));
     }
-    if (!options_.changes && !options_.assignments.empty()) {
+    if (!changes_ && !assignments_.empty()) {
       throw UsageError(fmt::format("{}: \"fuses show\" changes nothing; \"fuses set\" does",
-                                   options_.assignments.front()));
+                                   assignments_.front()));
     }
   }
 
-  FuseOptions options_;
+  /// Throws UsageError for a name or value that the page does not take, before a device or file is
+  /// touched: which rows a page has does not depend on the bytes.
+  void CheckAssignments(const DeviceProfile& device) const {
+    HostSession session(HostSession::FreeInstance(), device, Engine::kUsb);
+    PresetConfiguration(session.variables());
+    FusePage page(device, session.variables());
+    SetAll(page);
+    if (image_file_.empty() && !ReadsConfig(device)) RequireAll(page, device);
+  }
+
+  void SetAll(FusePage& page) const {
+    for (const std::string& assignment : assignments_) page.Set(assignment);
+  }
+
+  void Print(const FusePage& page) const {
+    options_.json ? PrintJson(options_, page.Lines()) : PrintTable(page.Lines());
+  }
+
+  void LoadImage(const DeviceProfile& device, std::span<std::uint8_t> bytes) const {
+    const Image image = ReadImage(image_file_);
+    CheckImage(image_file_, device, image);
+    for (const Segment& segment : image.segments) {
+      std::ranges::copy(segment.bytes, bytes.begin() + segment.address);
+    }
+  }
+
+  [[nodiscard]] ExitStatus InImage(const DeviceProfile& device) const {
+    HostSession session(HostSession::FreeInstance(), device, Engine::kUsb);
+    LoadImage(device, session.image());
+    FusePage page(device, session.variables());
+    if (!changes_) {
+      Print(page);
+      return ExitStatus::kSuccess;
+    }
+    const ImageOutput output({.memory = {}, .eeprom = {}, .image = image_file_}, device);
+    SetAll(page);
+    page.Confirm();
+    Report report;
+    const std::string files = output.Write(session.image(), report);
+    if (files.empty()) throw ImageError(report.unwritten.front());  // no device was touched
+    report.message = fmt::format("{}: {} written", device.name, files);
+    return PrintReport(options_, report);
+  }
+
+  [[nodiscard]] ExitStatus InDevice(const DeviceProfile& device) const {
+    Configuration configuration(options_, device);
+    if (changes_) {
+      configuration.RequireWritable();
+      return configuration.run().Complete([&] { return Change(configuration, device); });
+    }
+    if (ReadsConfig(device)) return Show(configuration, device);
+    throw UsageError(
+        device.name +
+        ": its configuration cannot be read; fuses show --image FILE shows that of an image file");
+  }
+
+  ExitStatus Show(Configuration& configuration, const DeviceProfile& device) const {
+    OperationRun& run = configuration.run();
+    Report report = configuration.Read();
+    const bool read = report.status == ExitStatus::kSuccess;
+    if (read) Print(FusePage(device, run.session().variables()));
+    if (read && configuration.AreHidden()) {
+      PrintProblem(device.name + ": the read lock hides the true values");
+    }
+    run.Keep(report);
+    return read ? PrintUnwritten(report) : PrintReport(options_, report);
+  }
+
+  /// Starts from the device's bytes or, where they cannot be read, from those of the factory.
+  Report Change(Configuration& configuration, const DeviceProfile& device) const {
+    SharedVariables& variables = configuration.run().session().variables();
+    if (ReadsConfig(device)) {
+      Report read = configuration.Read();
+      if (read.status != ExitStatus::kSuccess) return read;
+    } else {
+      PresetConfiguration(variables);
+    }
+    FusePage page(device, variables);
+    std::vector<ConfigAssignment> assignments = Changes(configuration, page, device);
+    if (assignments.empty()) {
+      Report report;
+      report.message = device.name + ": nothing to change: " + configuration.Values();
+      return report;
+    }
+    configuration.Plan(std::move(assignments), yes_);
+    return configuration.Write();
+  }
+
+  /// The bytes that the page changes; all of them where the device's cannot be read.
+  [[nodiscard]] std::vector<ConfigAssignment> Changes(Configuration& configuration, FusePage& page,
+                                                      const DeviceProfile& device) const {
+    std::vector<ConfigAssignment> assignments;
+    for (const ConfigByte& byte : configuration.bytes()) {
+      assignments.push_back({.byte = byte, .value = configuration.Byte(byte)});
+    }
+    SetAll(page);
+    page.Confirm();
+    for (ConfigAssignment& assignment : assignments) {
+      const std::uint8_t before =
+          std::exchange(assignment.value, configuration.Byte(assignment.byte));
+      if (!ReadsConfig(device)) continue;
+      assignment.changed = (before ^ assignment.value) & assignment.byte.bits;
+    }
+    std::erase_if(assignments, [](const auto& assignment) { return assignment.changed == 0; });
+    return assignments;
+  }
+
+  OperationOptions options_;
+  bool changes_ = false;  ///< "set" instead of "show"
+  std::vector<std::string> assignments_;
+  std::filesystem::path image_file_;
+  bool yes_ = false;
 };
 
 }  // namespace

@@ -37,6 +37,16 @@ TEST_F(Fuses, BytesAreWrittenAndReadBack) {
   EXPECT_THAT(err_, HasSubstr("another signature was read"));
 }
 
+TEST_F(Fuses, AReadLockThatHidesTheOtherLockKeepsItFromBeingOverwritten) {
+  ASSERT_EQ(Run("config jtag-flash-16k write-lock=FE read-lock=7F --chip c"), 0) << err_;
+  EXPECT_THAT(out_, HasSubstr("write-lock=00 read-lock=00; the read lock hides the true values"));
+  EXPECT_EQ(Run("config jtag-flash-16k read-lock=3F --chip c"), 2);
+  EXPECT_EQ(Run("fuses set jtag-flash-16k write-lock.1=1 --chip c"), 2);
+  EXPECT_THAT(err_, HasSubstr("both must be given: fliglaf config jtag-flash-16k write-lock=XX"));
+  EXPECT_THAT(ReadText(folder_ / "c"), HasSubstr("area lock 2\n0000: FE 7F\n"));
+  EXPECT_EQ(Run("config jtag-flash-16k write-lock=FE read-lock=FF --chip c"), 1);
+}
+
 TEST_F(Fuses, BitsAreShownAndSetByName) {
   ASSERT_EQ(Run("fuses set isp-page-16k ckdiv8=0x1 low.0=enable 'lock bit=Lock Bit1' --chip c"), 0)
       << err_;
@@ -50,7 +60,7 @@ TEST_F(Fuses, BitsAreShownAndSetByName) {
   EXPECT_THAT(out_, HasSubstr("nothing to change"));
   EXPECT_EQ(Run("fuses set isp-page-16k DWEN=0 --chip c"), 2);
   EXPECT_EQ(Run("fuses set isp-page-16k DWEN=0 --chip c --yes"), 0) << err_;
-  EXPECT_THAT(out_, EndsWith("configuration written; it cannot be read back\n"));
+  EXPECT_THAT(out_, EndsWith("disables the programming interface\n"));
 
   EXPECT_EQ(Run("fuses set isp-frame-2k --chip f FUSE.1=1 fuse.2=0 fuse.3=1 'bit 1 lock bit 2=1'"),
             2);
