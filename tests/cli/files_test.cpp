@@ -1,5 +1,5 @@
-// What becomes of the files that a command names: in two roles, under another process, and when the
-// run is killed, stopped or short of space.
+// The files that a command names: in two roles, under another process, and when the run is killed,
+// stopped or short of space.
 #include <csignal>
 #include <sys/stat.h>
 

@@ -1,5 +1,5 @@
 // Dumps of runs, read by the decoders of sigrok-cli: what they find is what the algorithm meant. It
-// ends with status 0 whatever becomes of it, so only what it prints counts.
+// ends with status 0 even when it fails, so only what it prints counts.
 #include <algorithm>
 #include <regex>
 #include <vector>
