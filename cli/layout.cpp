@@ -4,6 +4,8 @@
 #include <charconv>
 #include <cstdlib>
 
+#include <fmt/format.h>
+
 namespace fliglaf::cli {
 namespace {
 
@@ -32,9 +34,7 @@ std::vector<int> Widths(const std::vector<Row>& rows, int widest) {
 std::string Start(const Row& row, const std::vector<int>& widths, int indent) {
   std::string line(static_cast<std::size_t>(indent), ' ');
   for (std::size_t i = 0; i + 1 < row.size(); ++i) {
-    line +=
-        row[i] +
-        std::string(static_cast<std::size_t>(std::max(widths[i] - Columns(row[i]), 0) + kGap), ' ');
+    line += fmt::format("{:<{}}", row[i], widths[i]) + std::string(kGap, ' ');
   }
   return line;
 }

@@ -6,34 +6,25 @@
 #include "simulator/bench/fault_option.h"
 
 namespace fliglaf::cli {
-namespace {
-
-constexpr const char* kBench = "Simulated bench";
-
-}  // namespace
-
 void AddChipFile(OptionSet& options, std::filesystem::path& file) {
-  options
-      .File("--chip",
-            "Keeps the simulated chip's contents between calls; without it the chip is new", file)
-      .group = kBench;
+  options.Under("Simulated bench");
+  options.File("--chip",
+               "Keeps the simulated chip's contents between calls; without it the chip is new",
+               file);
 }
 
 void BenchOptions::AddTo(OptionSet& options) {
   AddChipFile(options, chip_file);
-  options
-      .Texts("--fault", "FAULT",
-             "Something that goes wrong, from the list below. May be given more than once", faults)
-      .group = kBench;
+  options.Texts("--fault", "FAULT", "A fault from the list below; may be given more than once",
+                faults);
+  options.Flag("--real-time", "Take as long as a real programmer would", real_time);
+  options.File("--vcd",
+               "Write a Value Change Dump of the lines, for GTKWave, PulseView and sigrok-cli",
+               waveform_file);
   std::vector<std::vector<std::string>> kinds;
   for (const auto& [usage, meaning] : simulator::FaultHelps()) kinds.push_back({usage, meaning});
   options.Explain("Faults", std::move(kinds));
-  options.Flag("--real-time", "Take as long as a real programmer would", real_time).group = kBench;
-  options
-      .File("--vcd",
-            "Write a Value Change Dump of the lines, for GTKWave, PulseView and sigrok-cli",
-            waveform_file)
-      .group = kBench;
+  options.Under({});
   if (!HasHardware()) return;
   options.Flag("--hardware", "Use the installed programmer, not the simulated bench", hardware);
   options.Exclude("--hardware", {"--chip", "--fault", "--real-time", "--vcd"});

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iostream>
 #include <iterator>
+#include <tuple>
 
 #include <fmt/format.h>
 
@@ -64,17 +65,13 @@ std::string AddedTo(std::string_view before, std::string log) {
   return log.starts_with(before) ? log.substr(before.size()) : log;
 }
 
-struct Outcome {
-  ExitStatus status = ExitStatus::kSuccess;
-  std::string message = {};
-};
-
 /// Of a request that was carried to its end, by the library's result.
-Outcome JudgeResult(std::uint8_t result, const RunLog& log, const std::string& device) {
+std::pair<ExitStatus, std::string> JudgeResult(std::uint8_t result, const RunLog& log,
+                                               const std::string& device) {
   const auto differences = static_cast<std::size_t>(log.differences);
   switch (result) {
     case result::kSuccess:
-      if (differences == 0) return {};
+      if (differences == 0) return {ExitStatus::kSuccess, {}};
       return {ExitStatus::kDiffers, fmt::format("{}: {} differ{}", device, ByteCount(differences),
                                                 differences == 1 ? "s" : "")};
     case result::kStopped:
@@ -121,35 +118,29 @@ Report OperationRun::Run(std::span<const std::uint8_t> codes, Recorded recorded)
   report.signature_ignored = questions_.ignored();
   seconds_ += run.seconds.value_or(0);
   if (run.seconds) report.seconds = seconds_;
-  Judge(report, run);
+  std::tie(report.status, report.message) = Judge(run);
   return report;
 }
 
 /// Decides how the run ended. A programmer failure wins, so that a check that could not be made is
 /// never reported as done.
-void OperationRun::Judge(Report& report, const RunLog& run) const {
-  const std::uint8_t result = session_.result();
-  const auto end = [&report](ExitStatus status, std::string message) {
-    report.status = status;
-    report.message = std::move(message);
-  };
+std::pair<ExitStatus, std::string> OperationRun::Judge(const RunLog& run) const {
   if (std::string problem = StartProblem(workplace_->start_up()); !problem.empty()) {
-    return end(ExitStatus::kProgrammer, std::move(problem));
+    return {ExitStatus::kProgrammer, std::move(problem)};
   }
-  if (questions_.stopped()) return end(ExitStatus::kStopped, device_.name + ": stopped");
+  if (questions_.stopped()) return {ExitStatus::kStopped, device_.name + ": stopped"};
   if (!questions_.mismatch().empty()) {
-    return end(ExitStatus::kDiffers, WrongSignature(options_, device_, questions_.mismatch()));
+    return {ExitStatus::kDiffers, WrongSignature(options_, device_, questions_.mismatch())};
   }
   if (!run.seconds || !run.failure.empty()) {
-    return end(ExitStatus::kProgrammer, BrokenOff(workplace_->start_up(), run.failure));
+    return {ExitStatus::kProgrammer, BrokenOff(workplace_->start_up(), run.failure)};
   }
-  if (session_.lost_blocks() > 0 && result != result::kStopped) {
-    return end(ExitStatus::kProgrammer,
-               fmt::format("{} The result in the log rests on bytes that are not the device's.",
-                           kNothingHandedOver));
+  if (session_.lost_blocks() > 0 && session_.result() != result::kStopped) {
+    return {ExitStatus::kProgrammer,
+            fmt::format("{} The result in the log rests on bytes that are not the device's.",
+                        kNothingHandedOver)};
   }
-  auto [status, message] = JudgeResult(result, run, device_.name);
-  end(status, std::move(message));
+  return JudgeResult(session_.result(), run, device_.name);
 }
 
 void OperationRun::Keep(Report& report) {

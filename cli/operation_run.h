@@ -5,6 +5,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <utility>
 
 #include "cli/host_session.h"
 #include "cli/operation_options.h"
@@ -29,8 +30,8 @@ class OperationRun {
   [[nodiscard]] HostSession& session() { return session_; }
 
   /// Runs the operations of `codes` (see HostSession::Request) and judges the outcome; log and time
-  /// are those of all requests so far. On success the report's message is left to the caller. Throws platform::Stopped when the user stopped the
-  /// program before its first request.
+  /// are those of all requests so far. On success the report's message is left to the caller. Throws
+  /// platform::Stopped when the user stopped the program before its first request.
   [[nodiscard]] Report Run(std::span<const std::uint8_t> codes, Recorded recorded = Recorded::kYes);
 
   /// Writes what the runs leave behind, however they ended: the chip's contents, the waveform and
@@ -42,7 +43,7 @@ class OperationRun {
   ExitStatus Complete(const std::function<Report()>& carry);
 
  private:
-  void Judge(Report& report, const RunLog& run) const;
+  [[nodiscard]] std::pair<ExitStatus, std::string> Judge(const RunLog& run) const;
   bool Turn();
 
   const OperationOptions& options_;

@@ -24,7 +24,8 @@ Option& OptionSet::Add(std::string names, std::string value, std::string help,
                                       .value = std::move(value),
                                       .help = std::move(help),
                                       .take = std::move(take),
-                                      .repeats = repeats});
+                                      .repeats = repeats,
+                                      .group = group_});
 }
 
 Option& OptionSet::Flag(std::string names, std::string help, bool& value, bool given) {

@@ -68,6 +68,8 @@ class OptionSet {
   Option& Choice(std::string names, std::string help, T& value,
                  std::vector<std::pair<std::string, T>> choices);
 
+  /// The options from here on stand under this heading of the help; empty: under the common one.
+  void Under(std::string heading) { group_ = std::move(heading); }
   /// `name` and any of `others` must not be given together.
   void Exclude(std::string name, std::vector<std::string> others) {
     exclusions_.emplace_back(std::move(name), std::move(others));
@@ -91,6 +93,7 @@ class OptionSet {
 
  private:
   std::list<Option> options_;
+  std::string group_;
   std::vector<std::pair<std::string, std::vector<std::vector<std::string>>>> explained_;
   std::vector<NamedFile> files_;
   std::vector<std::filesystem::path> no_folders_;
