@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <ranges>
 #include <utility>
 
 #include <fmt/format.h>
@@ -159,9 +160,7 @@ const PageRow& FusePage::Find(std::string_view name) const {
                                      ? fmt::format("it has {}", fmt::join(names, ", "))
                                      : fmt::format("did you mean {}?", fmt::join(nearest, ", "))));
   }
-  std::vector<std::string> bits;
-  bits.reserve(found.size());
-  for (const PageRow* const row : found) bits.push_back(BitOf(*row));
+  const auto bits = std::views::transform(found, [](const PageRow* row) { return BitOf(*row); });
   throw UsageError(
       fmt::format("{}: more than one bit has this name; use {}", name, fmt::join(bits, " or ")));
 }

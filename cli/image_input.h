@@ -22,9 +22,9 @@ void AddInputFiles(OptionSet& options, ImageFiles& files);
 /// The contents of the device image that the files give.
 class ImageInput {
  public:
-  /// Reads the files for `command`. Throws UsageError when none is named, when the device has no such memory, an
-  /// address lies outside it, or they give none of what program, verify and compare work on;
-  /// ImageError for a file that cannot be read.
+  /// Reads the files for `command`. Throws UsageError when none is named, when the device has no
+  /// such memory, an address lies outside it, or they give none of what program, verify and compare
+  /// work on; ImageError for a file that cannot be read.
   ImageInput(const std::string& command, const ImageFiles& files, const DeviceProfile& device);
 
   /// Puts the contents over what `image` holds.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
+#include <ranges>
 
 #include <fmt/format.h>
 
@@ -63,10 +64,8 @@ std::string Wrapped(std::string_view text, int width, int indent) {
   const std::string margin(static_cast<std::size_t>(indent), ' ');
   std::string lines;
   std::string line = margin;
-  while (!text.empty()) {
-    const std::size_t end = std::min(text.find(' '), text.size());
-    const std::string_view word = text.substr(0, end);
-    text.remove_prefix(std::min(end + 1, text.size()));
+  for (const auto& part : std::views::split(text, ' ')) {
+    const std::string_view word(part.begin(), part.end());
     const bool begins = line.size() == margin.size();
     if (!begins && Columns(line) + 1 + Columns(word) > width) {
       lines += line + "\n";

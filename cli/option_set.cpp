@@ -97,11 +97,9 @@ void OptionSet::CheckGiven() const {
     const Option* const option = Find(name);
     return option != nullptr && option->given;
   };
-  for (const auto& [name, others] : exclusions_) {
-    const auto other = std::ranges::find_if(others, given);
-    if (given(name) && other != others.end()) {
-      throw UsageError(fmt::format("{} and {} must not be given together", name, *other));
-    }
+  for (const auto& [one, other] : exclusions_) {
+    if (!given(one) || !given(other)) continue;
+    throw UsageError(fmt::format("{} and {} must not be given together", one, other));
   }
 }
 

@@ -71,8 +71,8 @@ class OptionSet {
   /// The options from here on stand under this heading of the help; empty: under the common one.
   void Under(std::string heading) { group_ = std::move(heading); }
   /// `name` and any of `others` must not be given together.
-  void Exclude(std::string name, std::vector<std::string> others) {
-    exclusions_.emplace_back(std::move(name), std::move(others));
+  void Exclude(const std::string& name, const std::vector<std::string>& others) {
+    for (const std::string& other : others) exclusions_.emplace_back(name, other);
   }
 
   /// A list of the help, under a heading of its own, behind the options.
@@ -98,7 +98,7 @@ class OptionSet {
   std::vector<NamedFile> files_;
   std::vector<std::filesystem::path> no_folders_;
   const std::vector<std::filesystem::path>* folders_ = &no_folders_;
-  std::vector<std::pair<std::string, std::vector<std::string>>> exclusions_;
+  std::vector<std::pair<std::string, std::string>> exclusions_;
 };
 
 template <class T>

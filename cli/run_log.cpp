@@ -1,7 +1,7 @@
 #include "cli/run_log.h"
 
-#include <algorithm>
 #include <charconv>
+#include <ranges>
 #include <vector>
 
 #include "cli/host_session.h"
@@ -11,13 +11,11 @@ namespace {
 
 constexpr std::string_view kLineStart = ">>";
 
-template <class Body>
-void ForEachLine(std::string_view text, const Body& body) {
-  while (!text.empty()) {
-    const std::size_t end = std::min(text.find('\n'), text.size());
-    body(text.substr(0, end));
-    text.remove_prefix(std::min(end + 1, text.size()));
-  }
+std::vector<std::string_view> LinesOf(std::string_view text) {
+  std::vector<std::string_view> lines;
+  for (const auto& line : std::views::split(text, '\n'))
+    lines.emplace_back(line.begin(), line.end());
+  return lines;
 }
 
 /// ">> 5.71Sec"
@@ -77,7 +75,7 @@ bool IsFailure(std::string_view line) {
 
 RunLog ReadRunLog(std::string_view log) {
   RunLog run;
-  ForEachLine(log, [&run](std::string_view line) {
+  for (const std::string_view line : LinesOf(log)) {
     if (const auto seconds = ElapsedSeconds(line)) {
       run.seconds = seconds;
     } else if (IsDifference(line)) {
@@ -87,18 +85,18 @@ RunLog ReadRunLog(std::string_view log) {
     } else if (!run.mismatch) {
       run.mismatch = MismatchIn(line);
     }
-  });
+  }
   return run;
 }
 
 std::string_view CurrentOperation(std::string_view log) {
   std::string_view name;
-  ForEachLine(log, [&name](std::string_view line) {
-    if (!line.starts_with(kLineStart)) return;
+  for (std::string_view line : LinesOf(log)) {
+    if (!line.starts_with(kLineStart)) continue;
     line.remove_prefix(kLineStart.size());
-    if (!line.starts_with(kNameStart) || !line.ends_with(kNameEnd)) return;
+    if (!line.starts_with(kNameStart) || !line.ends_with(kNameEnd)) continue;
     name = line.substr(kNameStart.size(), line.size() - kNameStart.size() - kNameEnd.size());
-  });
+  }
   return name;
 }
 
