@@ -37,7 +37,7 @@ void PrintTable(const std::vector<FuseLine>& lines) {
     if (!line.changeable) meaning += meaning.empty() ? "shown only" : ", shown only";
     rows.push_back({line.bit, line.name, line.value, meaning});
   }
-  std::cout << Table(rows, ColumnsOf(platform::Stream::kOutput, kWidest));
+  std::cout << Table(rows, ColumnsOf(platform::Stream::kOutput));
 }
 
 void PrintJson(const OperationOptions& options, const std::vector<FuseLine>& lines) {

@@ -64,7 +64,8 @@ const DeviceProfile& Device(const DeviceCatalogue& devices) {
   std::string name = Setting(L"FLIGLAF_SIM_DEVICE");
   if (name.empty()) name = kDefaultDevice;
   if (const DeviceProfile* device = devices.Find(name)) return *device;
-  throw std::invalid_argument("FLIGLAF_SIM_DEVICE is \"" + name + "\", which is not a known device");
+  throw std::invalid_argument("FLIGLAF_SIM_DEVICE is \"" + name +
+                              "\", which is not a known device");
 }
 
 SimulatedComponents*& Current() {

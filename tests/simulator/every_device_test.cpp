@@ -50,9 +50,9 @@ Bytes RandomImage(const DeviceProfile& device) {
   const ImageLayout layout = LayoutOf(device);
   Bytes image(static_cast<std::size_t>(device.image_bytes), 0xFF);
   const Bytes random = RandomBytes(image.size(), 31);
-  std::copy_n(random.begin(), layout.main_bytes, image.begin());
-  std::copy_n(random.begin() + layout.data_start, layout.data_bytes,
-              image.begin() + layout.data_start);
+  std::copy_n(random.data(), layout.main_bytes, image.data());
+  std::copy_n(random.data() + layout.data_start, layout.data_bytes,
+              image.data() + layout.data_start);
   for (const ConfigByte& byte : ConfigBytesOf(device)) {
     std::uint8_t& in_image = image[static_cast<std::size_t>(byte.image_byte)];
     if (!byte.name.ends_with("lock")) in_image = 0xAD;
