@@ -8,10 +8,11 @@ namespace {
 
 std::string Describe(char request) {
   std::array<char, 128> text{};
-  std::snprintf(text.data(), text.size(),
-                "the client sent 0x%02X, not a request of remote_bitbang for JTAG: 0 to 7, R, "
-                "B, b, r, s, t, u, Z, z, Q",
-                static_cast<unsigned char>(request));
+  std::snprintf(
+      text.data(), text.size(),
+      "the client sent 0x%02X, which is not a request of remote_bitbang for JTAG: 0 to 7, R, "
+      "B, b, r, s, t, u, Z, z, Q",
+      static_cast<unsigned char>(request));
   return text.data();
 }
 

@@ -217,7 +217,7 @@ TEST_F(ChipCommand, KeepsTheChipHoweverItEnds) {
   int client = Connect();
   send(client, "GET /", 5, 0);
   expect_end(3);
-  EXPECT_THAT(err_, HasSubstr("the client sent 0x47, which is no request"));
+  EXPECT_THAT(err_, HasSubstr("the client sent 0x47, which is not a request"));
   close(client);
 
   for (const bool connected : {false, true}) {

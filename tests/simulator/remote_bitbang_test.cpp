@@ -72,7 +72,7 @@ TEST_F(RemoteBitbangOnAChip, MovesLinesAndWaits) {
 TEST_F(RemoteBitbangOnAChip, EndsAtQuitAndAtWhatIsNoRequest) {
   try {
     Send("0R8");
-    ADD_FAILURE() << "8 is no request";
+    ADD_FAILURE() << "8 is not a request";
   } catch (const UnknownRequest& error) {
     EXPECT_THAT(error.what(), testing::HasSubstr("0x38"));
   }
