@@ -21,7 +21,7 @@ class Blocks {
   SharedVariables vars;
 };
 
-/// Adds up kBytes elements and writes each anew.
+/// Adds up kBytes elements and writes each again.
 template <class Bytes>
 void AddUp(benchmark::State& state, Bytes& bytes) {
   for (auto _ : state) {

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Makes the run records under tests/records anew, from the simulated bench. Read what changed, call by
+# Regenerates the run records under tests/records on the simulated bench. Read what changed, call by
 # call, before you keep it: a record is the exact traffic that the library is held to.
 #   scripts/make-records.sh [FOLDER]
 set -euo pipefail

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Makes docs/waveform.svg anew: the first page read of a verify, as the simulated bench dumps it and
+# Regenerates docs/waveform.svg: the first page read of a verify, as the simulated bench dumps it and
 # sigrok-cli decodes it.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
