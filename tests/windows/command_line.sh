@@ -25,6 +25,6 @@ expect 3 'could not be started' verify isp51-4k $hex --fault no-programmer
 expect 3 'call=EndRun:9: not reached' program isp51-4k $hex --fault call=FlushQueue:3 --fault call=EndRun:9
 expect 3 'IoHelper is missing' verify isp51-4k $hex --hardware
 expect 2 'no-folder' verify isp51-4k $hex --record no-folder/a.run
-expect 0 'configuration written: low=FE' fuses set isp-page-16k CKSEL0=0 --chip fuses.chip
-expect 0 'low.0        CKSEL0            0      Enable' fuses show isp-page-16k --chip fuses.chip
+expect 0 'configuration written: low=E2' fuses set isp-page-16k CKDIV8=1 --chip fuses.chip
+expect 0 'low.7        CKDIV8            1      Disable' fuses show isp-page-16k --chip fuses.chip
 echo "[command line] passed"
