@@ -128,7 +128,7 @@ class FramedPage : public Family {
     for (std::int64_t page = 0; page < image_.main_bytes; page += page_bytes_) {
       QueuePageInstruction(kWritePage, page);
       for (std::int64_t i = 0; i < page_bytes_; ++i) {
-        lines_.QueueSend({vars.quorinibuffer[page + i]});
+        lines_.QueueSend(vars.quorinibuffer[page + i]);
       }
       QueueRelease();
       io.QueueDelay(run.WriteTime(kPageWrite));
@@ -140,8 +140,8 @@ class FramedPage : public Family {
   /// Select and start of an instruction on the page at `page`; QueueRelease ends it.
   void QueuePageInstruction(std::uint8_t instruction, std::int64_t page) {
     io.QueueRegisterWrite(kSelected, SerialLines::kLineLatch);
-    lines_.QueueSend({kStart, instruction, static_cast<std::uint8_t>(page >> 8),
-                      static_cast<std::uint8_t>(page)});
+    lines_.QueueSend(kStart, instruction, static_cast<std::uint8_t>(page >> 8),
+                     static_cast<std::uint8_t>(page));
   }
 
   void QueueRelease() { io.QueueRegisterWrite(kReleased, SerialLines::kLineLatch); }

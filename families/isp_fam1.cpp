@@ -146,7 +146,7 @@ class IspFam1 : public Family {
 
   void QueuePageReads(std::int32_t block_start, std::int32_t last) {
     for (std::int32_t offset = 0; offset <= last; offset += kPageBytes) {
-      lines_.QueueSend({kReadPage, PageByte(block_start + offset)});
+      lines_.QueueSend(kReadPage, PageByte(block_start + offset));
       for (std::int32_t i = 0; i < kPageBytes; ++i) {
         lines_.QueueCapture();
         if (i % kProgressBytes == 0) ProgressAt(std::int64_t{block_start} + offset + i);
@@ -155,9 +155,9 @@ class IspFam1 : public Family {
   }
 
   void WritePage(std::int32_t address) {
-    lines_.QueueSend({kWritePage, PageByte(address)});
+    lines_.QueueSend(kWritePage, PageByte(address));
     for (std::int32_t i = 0; i < kPageBytes; ++i) {
-      lines_.QueueSend({vars.quorinibuffer[address + i]});
+      lines_.QueueSend(vars.quorinibuffer[address + i]);
       io.QueueDelay(run.WriteTime(kByteWrite));
       if (i % kProgressBytes == 0) ProgressAt(address + i);
     }

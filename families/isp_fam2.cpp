@@ -111,7 +111,7 @@ class IspFam2 : public Family {
   }
 
   void QueueInstruction(Opcode opcode, std::int64_t address) {
-    lines_.QueueSend({opcode.At(address), static_cast<std::uint8_t>(address & 0xFF)});
+    lines_.QueueSend(opcode.At(address), static_cast<std::uint8_t>(address & 0xFF));
   }
 
   /// False when the pass is over.
@@ -134,7 +134,7 @@ class IspFam2 : public Family {
     RequireData(run, area.first, area.last);
     for (std::int64_t image = area.first; image <= area.last; ++image) {
       QueueInstruction(area.write, image - area.memory_start);
-      lines_.QueueSend({vars.quorinibuffer[image]});
+      lines_.QueueSend(vars.quorinibuffer[image]);
       io.QueueDelay(run.WriteTime(kByteWrite));
       if ((image - area.first + 1) % kFlushBytes == 0) {
         ProgressAt(image);

@@ -95,12 +95,12 @@ class IspFam3 : public Family {
   }
 
   void QueueWordInstruction(std::uint8_t instruction, std::int64_t word) {
-    lines_.QueueSend({instruction, static_cast<std::uint8_t>(word >> 8 & 1),
-                      static_cast<std::uint8_t>(word & 0xFF)});
+    lines_.QueueSend(instruction, static_cast<std::uint8_t>(word >> 8 & 1),
+                     static_cast<std::uint8_t>(word & 0xFF));
   }
 
   void QueueEepromInstruction(std::uint8_t instruction, std::int64_t address) {
-    lines_.QueueSend({instruction, 0x00, static_cast<std::uint8_t>(address & 0x3F)});
+    lines_.QueueSend(instruction, 0x00, static_cast<std::uint8_t>(address & 0x3F));
   }
 
   /// False when the pass is over.
@@ -138,7 +138,7 @@ class IspFam3 : public Family {
         const std::uint8_t byte = vars.quorinibuffer[2 * word + (instruction == kWriteHigh)];
         if (byte == kErased) continue;
         QueueWordInstruction(instruction, word);
-        lines_.QueueSend({byte});
+        lines_.QueueSend(byte);
         io.QueueDelay(run.WriteTime(kByteWrite));
       }
       ProgressAt(word);
@@ -150,7 +150,7 @@ class IspFam3 : public Family {
       const std::uint8_t byte = vars.quorinibuffer[kEepromImage + address];
       if (byte == kErased) continue;
       QueueEepromInstruction(kWriteEeprom, address);
-      lines_.QueueSend({byte});
+      lines_.QueueSend(byte);
       io.QueueDelay(run.WriteTime(kByteWrite));
     }
   }

@@ -28,12 +28,12 @@ void SerialLines::SetUp(ResetLevel level) {
 }
 
 void SerialLines::DriveReset(ResetLevel level) {
-  run_.io.WriteLatch(0x00, kResetMaskLatch);
+  io_.WriteLatch(0x00, kResetMaskLatch);
   SetReset(level);
 }
 
 void SerialLines::SetReset(ResetLevel level) {
-  run_.io.WriteLatch(static_cast<std::uint8_t>(level), kResetLatch);
+  io_.WriteLatch(static_cast<std::uint8_t>(level), kResetLatch);
 }
 
 void SerialLines::ConfigureShifter(ShifterLength length, std::uint8_t fixed) {
@@ -46,7 +46,7 @@ void SerialLines::ConfigureShifter(ShifterLength length, std::uint8_t fixed) {
 }
 
 void SerialLines::Send(std::initializer_list<std::uint8_t> bytes) {
-  for (const std::uint8_t byte : bytes) run_.io.WriteRegister(byte, reg::kShiftOut);
+  for (const std::uint8_t byte : bytes) io_.WriteRegister(byte, reg::kShiftOut);
 }
 
 void SerialLines::SendControl(std::initializer_list<std::uint8_t> bytes) {
@@ -55,8 +55,8 @@ void SerialLines::SendControl(std::initializer_list<std::uint8_t> bytes) {
 }
 
 std::uint8_t SerialLines::Receive() {
-  run_.io.WriteRegister(1, reg::kCapture);
-  return static_cast<std::uint8_t>(run_.io.ReadRegister(reg::kCaptured));
+  io_.WriteRegister(1, reg::kCapture);
+  return static_cast<std::uint8_t>(io_.ReadRegister(reg::kCaptured));
 }
 
 Signature SerialLines::ReadWordFamilySignature() {

@@ -2,6 +2,7 @@
 // them byte by byte.
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 #include <initializer_list>
 
@@ -15,7 +16,7 @@ enum class ResetLevel : std::uint8_t { kLow = 0x00, kHigh = 0x08 };
 
 class SerialLines {
  public:
-  explicit SerialLines(Run& run) : run_(run) {}
+  explicit SerialLines(Run& run) : run_(run), io_(run.io) {}
 
   /// The latch of clock and data, which is also their register in the programmer's queue.
   static constexpr std::uint8_t kLineLatch = 0;
@@ -44,17 +45,19 @@ class SerialLines {
   /// Captures one byte at once.
   [[nodiscard]] std::uint8_t Receive();
   /// Queues instruction bytes.
-  void QueueSend(std::initializer_list<std::uint8_t> bytes) {
-    for (const std::uint8_t byte : bytes) run_.io.QueueRegisterWrite(byte, reg::kShiftOut);
+  template <std::convertible_to<std::uint8_t>... Bytes>
+  void QueueSend(Bytes... bytes) {
+    (io_.QueueRegisterWrite(bytes, reg::kShiftOut), ...);
   }
   /// Queues the capture of one byte; it comes with the next bulk read.
-  void QueueCapture() { run_.io.QueueRegisterWrite(1, reg::kCapture); }
+  void QueueCapture() { io_.QueueRegisterWrite(1, reg::kCapture); }
 
   /// Reads the signature of parts whose flash is organised in words.
   [[nodiscard]] Signature ReadWordFamilySignature();
 
  private:
   Run& run_;
+  Programmer& io_;
 };
 
 }  // namespace fliglaf

@@ -185,8 +185,8 @@ class SerialPage : public Family {
   [[nodiscard]] std::int64_t FlashWords() const { return image_.main_bytes / 2; }
 
   void QueueAddressed(std::uint8_t instruction, std::int64_t address) {
-    lines_.QueueSend(
-        {instruction, static_cast<std::uint8_t>(address >> 8), static_cast<std::uint8_t>(address)});
+    lines_.QueueSend(instruction, static_cast<std::uint8_t>(address >> 8),
+                     static_cast<std::uint8_t>(address));
   }
 
   /// False when the pass is over, as ReadEeprom.
@@ -220,14 +220,14 @@ class SerialPage : public Family {
       for (std::int64_t k = 0; k < page_words; ++k) {
         const std::int64_t word = page | k;
         for (const int half : {0, 1}) {
-          lines_.QueueSend(
-              {half == 0 ? kLoadPageLow : kLoadPageHigh, 0x00, static_cast<std::uint8_t>(k)});
-          lines_.QueueSend({vars.quorinibuffer[2 * word + half]});
+          lines_.QueueSend(half == 0 ? kLoadPageLow : kLoadPageHigh, 0x00,
+                           static_cast<std::uint8_t>(k));
+          lines_.QueueSend(vars.quorinibuffer[2 * word + half]);
         }
         if (!GoesOn(word)) return false;
       }
       QueueAddressed(kWritePage, page);
-      lines_.QueueSend({0x00});
+      lines_.QueueSend(0x00);
       io.QueueDelay(run.WriteTime(kPageOrConfigWrite));
     }
     return true;
@@ -236,7 +236,7 @@ class SerialPage : public Family {
   [[nodiscard]] bool WriteEeprom() {
     for (std::int64_t address = 0; address < image_.data_bytes; ++address) {
       QueueAddressed(kWriteEeprom, address);
-      lines_.QueueSend({vars.quorinibuffer[image_.data_start + address]});
+      lines_.QueueSend(vars.quorinibuffer[image_.data_start + address]);
       io.QueueDelay(run.WriteTime(variant_.eeprom_write));
       if (!GoesOn(address)) return false;
     }
