@@ -23,7 +23,7 @@ class DeviceOptions {
   [[nodiscard]] const DeviceProfile& Find();
 
   /// Of the devices known, another one with a signature that the library describes like this; null
-  /// when there is none.
+  /// if no device has it.
   [[nodiscard]] const DeviceProfile* FindBySignature(const std::string& described) const;
 
   /// As the user wrote it.

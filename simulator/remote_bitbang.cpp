@@ -39,7 +39,7 @@ void RemoteBitbang::Take(std::string_view requests, std::string& answers) {
       case 'Q':
         quit_ = true;
         break;
-      case 'B':  // the activity LED; there is none
+      case 'B':  // the activity LED, which this bench does not have
       case 'b':
       case 'r':  // TRST and SRST: these chips have no TRST, and the port has no part in their reset
       case 's':
